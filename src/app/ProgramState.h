@@ -1,0 +1,78 @@
+#pragma once
+
+#include "hostdb/HostDb.h"
+#include "processor/ProcessorClient.h"
+
+#include <QString>
+
+#include <array>
+#include <functional>
+#include <memory>
+
+class Prompter;
+
+// The one shared state of a run, from start-up to the end of the main menu.
+// Passed by reference to every screen and job; there are no globals. Field
+// names are the ones the product's routines use.
+class ProgramState
+{
+public:
+    ProgramState(Prompter &prompter, QString folder);
+    ~ProgramState();
+
+    Prompter &prompter() const { return *m_prompter; }
+    // Screens that show their own prompter (tests, sub-dialogs) can swap it.
+    void setPrompter(Prompter &prompter) { m_prompter = &prompter; }
+
+    // The program's folder (absolute, no trailing separator).
+    const QString &folder() const { return m_folder; }
+    // folder + "/" + name.
+    QString pathOf(const QString &name) const;
+
+    // The open host database; throws RuntimeError::noCurrentRecord if used
+    // before start-up opened it.
+    HostDb &db() const;
+    bool hasDb() const { return m_hostDb != nullptr; }
+    void setHostDb(std::unique_ptr<HostDb> db) { m_hostDb = std::move(db); }
+
+    // A fresh processor client for one job.
+    std::unique_ptr<ProcessorClient> newClient() const;
+
+    QString DatabasePath;
+    QString SiteCode;
+    QString MsgAnswer;
+    std::array<QString, 6> IdItems;
+    bool LoginMissing = false;
+    bool DisbursementEnabled = true;
+    qint16 ResultCode = 0;
+    QString ResultText;
+    QString ProcessorUrl;
+    QString ProcessorUser;
+    QString ProcessorPassword;
+    QString SetupUploadName;
+    QString TenantUploadName;
+    QString PaymentDownloadName;
+    QString OwnerUploadName;
+    QString VendorUploadName;
+    QString DisbursementUploadName;
+
+    // Where the credentials are kept: empty for the user's own settings
+    // store, or an INI file given with --settings.
+    QString SettingsFile;
+    // Seconds a processor call may take before it counts as unanswered.
+    int ProcessorTimeoutSeconds = 120;
+    // Creates the client for each job; the program sets the HTTP client,
+    // tests may hand in a scripted one.
+    ProcessorClientFactory ClientFactory;
+    // Ends the program (unloads the main screen). Set by the program; a
+    // headless run records the request.
+    std::function<void()> EndProgram;
+    bool EndRequested = false;
+
+private:
+    Prompter *m_prompter;
+    QString m_folder;
+    // The host database (the product's HostDb), open from start-up to the
+    // end of the run.
+    std::unique_ptr<HostDb> m_hostDb;
+};

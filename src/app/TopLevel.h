@@ -1,0 +1,38 @@
+#pragma once
+
+#include "app/ProgramState.h"
+#include "core/RuntimeError.h"
+
+#include <exception>
+
+// The program's last line of defence: an error that no routine traps is
+// shown to the user in a message box and the program ends, as the runtime of
+// the host platform does. Every event handler runs its body through here.
+namespace TopLevel {
+
+// The message shown for an untrapped error: "Run-time error '53':" + blank
+// line + description; title "Remitra".
+QString errorText(const RuntimeError &error);
+
+// Shows the error through the state's prompter and requests the end of the
+// program (state.EndProgram). A busy host database is only reported: the
+// writes were rolled back and the command can be run again.
+void reportFatal(ProgramState &state, const RuntimeError &error);
+
+// Runs body; an escaping error is reported and ends the program. Returns
+// false when that happened.
+template <typename Body>
+bool run(ProgramState &state, Body &&body)
+{
+    try {
+        body();
+        return true;
+    } catch (const RuntimeError &error) {
+        reportFatal(state, error);
+    } catch (const std::exception &error) {
+        reportFatal(state, RuntimeError(51, QString::fromLocal8Bit(error.what())));
+    }
+    return false;
+}
+
+} // namespace TopLevel

@@ -1,0 +1,185 @@
+#include "core/VbText.h"
+
+#include <QLocale>
+
+#include <cmath>
+
+namespace VbText {
+
+double Val(const QString &text)
+{
+    qsizetype i = 0;
+    const qsizetype n = text.size();
+    auto skipBlanks = [&] {
+        while (i < n && (text[i] == u' ' || text[i] == u'\t' || text[i] == u'\n' || text[i] == u'\r'))
+            ++i;
+    };
+    skipBlanks();
+    bool negative = false;
+    if (i < n && (text[i] == u'-' || text[i] == u'+')) {
+        negative = text[i] == u'-';
+        ++i;
+    }
+    double value = 0;
+    bool seenDot = false;
+    double scale = 0.1;
+    for (; i < n; ++i) {
+        const QChar ch = text[i];
+        if (ch == u' ' || ch == u'\t')
+            continue; // the runtime's Val ignores blanks between digits
+        if (ch == u'.' && !seenDot) {
+            seenDot = true;
+            continue;
+        }
+        if (ch < u'0' || ch > u'9')
+            break;
+        const int d = ch.unicode() - u'0';
+        if (!seenDot) {
+            value = value * 10 + d;
+        } else {
+            value += d * scale;
+            scale /= 10;
+        }
+    }
+    return negative ? -value : value;
+}
+
+qint64 ValId(const QString &text)
+{
+    const double v = Val(text);
+    if (!std::isfinite(v) || std::fabs(v) > 9.0e18)
+        return 0;
+    return static_cast<qint64>(std::trunc(v));
+}
+
+QString LTrim(const QString &text)
+{
+    if (text.isNull())
+        return {};
+    qsizetype i = 0;
+    while (i < text.size() && text[i] == u' ')
+        ++i;
+    return text.mid(i);
+}
+
+QString RTrim(const QString &text)
+{
+    if (text.isNull())
+        return {};
+    qsizetype n = text.size();
+    while (n > 0 && text[n - 1] == u' ')
+        --n;
+    return text.left(n);
+}
+
+QString Trim(const QString &text)
+{
+    if (text.isNull())
+        return {};
+    QString t = RTrim(LTrim(text));
+    if (t.isNull())
+        return QStringLiteral("");
+    return t;
+}
+
+QString text(const QVariant &value)
+{
+    if (value.isNull() || !value.isValid())
+        return {};
+    QString t = value.toString();
+    if (t.isNull())
+        return QStringLiteral("");
+    return t;
+}
+
+QString TrimV(const QVariant &value)
+{
+    return Trim(text(value));
+}
+
+QString joinNull(const QString &a, const QString &b)
+{
+    if (a.isNull() || b.isNull())
+        return {};
+    return a + b;
+}
+
+bool IsNumeric(const QString &input)
+{
+    QString t = input.trimmed();
+    if (t.startsWith(u'-') || t.startsWith(u'+'))
+        t = t.mid(1).trimmed();
+    if (t.startsWith(u'$'))
+        t = t.mid(1);
+    t.remove(u',');
+    if (t.isEmpty() || t == QStringLiteral("."))
+        return false;
+    bool seenDot = false;
+    for (QChar ch : t) {
+        if (ch == u'.') {
+            if (seenDot)
+                return false;
+            seenDot = true;
+        } else if (ch < u'0' || ch > u'9') {
+            return false;
+        }
+    }
+    return true;
+}
+
+QString Left(const QString &text, qsizetype n)
+{
+    if (text.isNull())
+        return {};
+    return text.left(std::max<qsizetype>(0, n));
+}
+
+QString Mid(const QString &text, qsizetype start1, qsizetype n)
+{
+    if (text.isNull())
+        return {};
+    const qsizetype from = std::max<qsizetype>(0, start1 - 1);
+    if (from >= text.size())
+        return QStringLiteral("");
+    return n < 0 ? text.mid(from) : text.mid(from, n);
+}
+
+QString shortDate(const QDate &date)
+{
+    if (!date.isValid())
+        return QStringLiteral("");
+    return QLocale::system().toString(date, QLocale::ShortFormat);
+}
+
+QDate parseDate(const QString &input)
+{
+    const QString text = input.trimmed();
+    if (text.isEmpty())
+        return {};
+    QDate d = QDate::fromString(text, Qt::ISODate);
+    if (d.isValid())
+        return d;
+    d = QLocale::system().toDate(text, QLocale::ShortFormat);
+    if (d.isValid()) {
+        // Two-digit years of the short form read as 19xx; the host uses the
+        // 1930-2029 window.
+        if (d.year() < 1930)
+            d = d.addYears(100);
+        return d;
+    }
+    const QStringList parts = text.split(u'/');
+    if (parts.size() == 3) {
+        bool okM = false, okD = false, okY = false;
+        int m = parts[0].trimmed().toInt(&okM);
+        int day = parts[1].trimmed().toInt(&okD);
+        int y = parts[2].trimmed().toInt(&okY);
+        if (okM && okD && okY) {
+            if (y < 100)
+                y += y < 30 ? 2000 : 1900;
+            return QDate(y, m, day);
+        }
+    }
+    return {};
+}
+
+} // namespace VbText

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+
+#include <memory>
+
+// The one open host database of a run, shared by every screen and job.
+// SQLite "dxdatafl.db" in the program's folder; where only the host's Access
+// file "dxdatafl.mdb" is there, it is opened through the ODBC Access driver.
+// Failures throw RuntimeError; a database held locked by another writer past
+// the busy wait throws RuntimeError::databaseBusy().
+class HostDb
+{
+public:
+    static constexpr auto SqliteFileName = "dxdatafl.db";
+    static constexpr auto AccessFileName = "dxdatafl.mdb";
+
+    // Opens the host database of the folder. Neither file present: throws
+    // RuntimeError::databaseNotFound (3024).
+    static std::unique_ptr<HostDb> openFolder(const QString &folder);
+    // Opens (and with create=true creates) an SQLite host database file.
+    static std::unique_ptr<HostDb> openSqlite(const QString &path, bool create = false);
+    ~HostDb();
+
+    HostDb(const HostDb &) = delete;
+    HostDb &operator=(const HostDb &) = delete;
+
+    QSqlDatabase database() const;
+    const QString &path() const { return m_path; }
+    bool isAccess() const { return m_access; }
+
+    // Creates every host table and index the program uses (demo site and
+    // test fixtures; the real host database already has them).
+    void createSchema();
+    // Throws RuntimeError::itemNotFound (3265) naming the first table or
+    // field that the program uses and the database lacks.
+    void verifySchema() const;
+
+    // A prepared statement (forward-only); throws on a syntax error.
+    QSqlQuery prepare(const QString &sql) const;
+    // Runs a prepared statement; throws with the operation's name on failure.
+    static void exec(QSqlQuery &query, const char *operation);
+    // Runs a statement without parameters.
+    void execText(const QString &sql, const char *operation) const;
+
+    // Groups writes that belong together. Begins at once with the write lock
+    // taken (so a busy database is found before anything is written); rolls
+    // back on destruction unless committed.
+    class Transaction
+    {
+    public:
+        explicit Transaction(HostDb &db);
+        ~Transaction();
+        void commit();
+        // Commits what was written so far and begins again (where the
+        // product keeps earlier rows after a stop).
+        void commitAndContinue();
+        Transaction(const Transaction &) = delete;
+        Transaction &operator=(const Transaction &) = delete;
+
+    private:
+        HostDb &m_db;
+        bool m_open = false;
+    };
+
+    // How long a locked database is waited for before databaseBusy().
+    static constexpr int BusyTimeoutMs = 4000;
+
+private:
+    HostDb(QString connection, QString path, bool access);
+    QString m_connection;
+    QString m_path;
+    bool m_access;
+};

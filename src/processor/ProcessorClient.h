@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+// The processor's client: one instance per job, used for one call. Url,
+// UserName and Password are set before calling Transmit or TransmitPayees;
+// the call blocks until the processor has answered (or not), then ResultCode
+// and ResponseText hold its outcome. The flag is true when any answer came
+// back, whatever its code.
+class ProcessorClient
+{
+public:
+    virtual ~ProcessorClient() = default;
+
+    virtual void setUrl(const QString &url) = 0;
+    virtual void setUserName(const QString &userName) = 0;
+    virtual void setPassword(const QString &password) = 0;
+
+    virtual qint32 ResultCode() const = 0;
+    virtual QString ResponseText() const = 0;
+
+    // Sends the setup and tenant uploads; both empty fetches rent payments.
+    virtual bool Transmit(const QString &setupText, const QString &tenantText) = 0;
+    // Sends owner/vendor enrolments (payee) or a distribution (payment); the
+    // third text is always empty.
+    virtual bool TransmitPayees(const QString &payeeText, const QString &paymentText,
+                                const QString &thirdText) = 0;
+};
+
+using ProcessorClientFactory = std::function<std::unique_ptr<ProcessorClient>()>;

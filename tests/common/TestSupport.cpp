@@ -1,0 +1,125 @@
+#include "TestSupport.h"
+
+#include "core/TransferFile.h"
+
+#include <QFile>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTest>
+
+TestSite::TestSite()
+{
+    m_folder = m_dir.path();
+    state = std::make_unique<ProgramState>(prompter, m_folder);
+    state->DatabasePath = path(u"dxdatafl.db"_qs);
+    auto db = HostDb::openSqlite(state->DatabasePath, true);
+    db->createSchema();
+    state->setHostDb(std::move(db));
+    state->ProcessorUrl = u"http://127.0.0.1:9/qps/upload.php"_qs;
+    state->ProcessorUser = u"user"_qs;
+    state->ProcessorPassword = u"secret"_qs;
+    state->LoginMissing = false;
+    state->SiteCode = u"DXRM"_qs;
+    state->SetupUploadName = u"DX_Quenta_Setup_DXRM.txt"_qs;
+    state->TenantUploadName = u"DX_Quenta_Tenant_DXRM.txt"_qs;
+    state->PaymentDownloadName = u"DX_Quenta_PaymentFile.txt"_qs;
+    state->OwnerUploadName = u"DX_Quenta_Owner_DXRM.txt"_qs;
+    state->VendorUploadName = u"DX_Quenta_Vendor_DXRM.txt"_qs;
+    state->DisbursementUploadName = u"DX_Quenta_DisbursementPayment.txt"_qs;
+}
+
+TestSite::~TestSite()
+{
+    state.reset();
+}
+
+qint64 TestSite::insert(const QString &table, const QVariantMap &values)
+{
+    QStringList names;
+    QStringList marks;
+    for (auto it = values.cbegin(); it != values.cend(); ++it) {
+        names << it.key();
+        marks << u":"_qs + it.key();
+    }
+    QSqlQuery q(db().database());
+    if (!q.prepare(u"INSERT INTO "_qs + table + u" ("_qs + names.join(u", "_qs) + u") VALUES ("_qs
+                   + marks.join(u", "_qs) + u")"_qs))
+        qFatal("prepare insert into %s: %s", qPrintable(table), qPrintable(q.lastError().text()));
+    for (auto it = values.cbegin(); it != values.cend(); ++it)
+        q.bindValue(u":"_qs + it.key(), it.value());
+    if (!q.exec())
+        qFatal("insert into %s: %s", qPrintable(table), qPrintable(q.lastError().text()));
+    return q.lastInsertId().toLongLong();
+}
+
+QVariant TestSite::scalar(const QString &sql, const QVariantMap &binds)
+{
+    QSqlQuery q(db().database());
+    if (!q.prepare(sql))
+        qFatal("prepare %s: %s", qPrintable(sql), qPrintable(q.lastError().text()));
+    for (auto it = binds.cbegin(); it != binds.cend(); ++it)
+        q.bindValue(it.key(), it.value());
+    if (!q.exec())
+        qFatal("%s: %s", qPrintable(sql), qPrintable(q.lastError().text()));
+    return q.next() ? q.value(0) : QVariant();
+}
+
+QList<QVariantMap> TestSite::rows(const QString &sql, const QVariantMap &binds)
+{
+    QSqlQuery q(db().database());
+    if (!q.prepare(sql))
+        qFatal("prepare %s: %s", qPrintable(sql), qPrintable(q.lastError().text()));
+    for (auto it = binds.cbegin(); it != binds.cend(); ++it)
+        q.bindValue(it.key(), it.value());
+    if (!q.exec())
+        qFatal("%s: %s", qPrintable(sql), qPrintable(q.lastError().text()));
+    QList<QVariantMap> out;
+    while (q.next()) {
+        QVariantMap row;
+        const QSqlRecord rec = q.record();
+        for (int i = 0; i < rec.count(); ++i)
+            row.insert(rec.fieldName(i), q.value(i));
+        out << row;
+    }
+    return out;
+}
+
+void TestSite::writeIdFile(const QStringList &six)
+{
+    Q_ASSERT(six.size() == 6);
+    QStringList items;
+    for (int i = 0; i < 20; ++i)
+        items << u"\"item%1\""_qs.arg(i);
+    items[9] = u'"' + six[0] + u'"';
+    items[10] = u'"' + six[1] + u'"';
+    for (int k = 0; k < 4; ++k)
+        items[15 + k] = u'"' + six[2 + k] + u'"';
+    QString text;
+    for (int i = 0; i < items.size(); ++i)
+        text += items[i] + ((i % 4 == 3) ? u"\r\n"_qs : u","_qs);
+    TransferFile::writeAtomic(path(u"IDFILE.DAT"_qs), text + u"\r\n"_qs);
+    for (int i = 0; i < 6; ++i)
+        state->IdItems[i] = six[i];
+}
+
+QByteArray TestSite::fileBytes(const QString &name) const
+{
+    QFile f(m_folder + u'/' + name);
+    if (!f.open(QIODevice::ReadOnly))
+        return {};
+    QByteArray bytes = f.readAll();
+    if (bytes.isNull())
+        bytes = QByteArray("");
+    return bytes;
+}
+
+void TestSite::writeFile(const QString &name, const QByteArray &bytes)
+{
+    TransferFile::writeAtomicBytes(path(name), bytes);
+}
+
+QString testData(const QString &relative)
+{
+    return QStringLiteral(REMITRA_TEST_DATA) + u'/' + relative;
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "app/ProgramState.h"
+#include "core/ScriptedPrompter.h"
+#include "hostdb/HostDb.h"
+
+#include <QTemporaryDir>
+#include <QVariantMap>
+
+#include <memory>
+
+// A temporary program folder with a fresh host database (all host tables,
+// no rows) and a ProgramState over it with a ScriptedPrompter, complete
+// credentials and the six transfer file names as start-up builds them.
+class TestSite
+{
+public:
+    TestSite();
+    ~TestSite();
+
+    const QString &folder() const { return m_folder; }
+    QString path(const QString &name) const { return m_folder + u'/' + name; }
+    HostDb &db() { return state->db(); }
+
+    // INSERT INTO table (keys...) VALUES (...) with bound values; returns the
+    // new rowid.
+    qint64 insert(const QString &table, const QVariantMap &values);
+    // The first column of the first row of a query (null when no row).
+    QVariant scalar(const QString &sql, const QVariantMap &binds = {});
+    // All rows of a query as maps of field name to value.
+    QList<QVariantMap> rows(const QString &sql, const QVariantMap &binds = {});
+
+    // Writes an IDFILE.DAT whose items 9, 10, 15-18 are the given account
+    // settings (rent category, rent default, fee category, fee remark, late
+    // category, late default); the other items are filler.
+    void writeIdFile(const QStringList &sixItems);
+
+    // Raw bytes of a file in the folder; missing file: null QByteArray.
+    QByteArray fileBytes(const QString &name) const;
+    void writeFile(const QString &name, const QByteArray &bytes);
+
+    ScriptedPrompter prompter;
+    std::unique_ptr<ProgramState> state;
+
+private:
+    QTemporaryDir m_dir;
+    QString m_folder;
+};
+
+// Path of a fixture under tests/data.
+QString testData(const QString &relative);
