@@ -1,0 +1,8 @@
+#pragma once
+
+class ProgramState;
+
+// Writes the tenant upload (state.TenantUploadName); deletes it when empty.
+void BuildTenantUpload(ProgramState &state);
+// Sends the tenant upload with Transmit("", file) and reports the result.
+void SendTenantUpload(ProgramState &state);

@@ -1,0 +1,6 @@
+#pragma once
+
+class ProgramState;
+
+// Writes the vendor file and sends it with TransmitPayees(file, "", "").
+void UploadVendorFile(ProgramState &state);
