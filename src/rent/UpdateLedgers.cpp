@@ -1,0 +1,108 @@
+#include "rent/UpdateLedgers.h"
+
+#include "app/ProgramState.h"
+#include "core/Prompter.h"
+#include "core/RuntimeError.h"
+#include "hostdb/HostDb.h"
+#include "hostdb/RentBackup.h"
+#include "hostdb/RentLedger.h"
+#include "rent/Deposit.h"
+#include "rent/PaymentFile.h"
+#include "rent/PostPayments.h"
+
+#include <optional>
+
+namespace UpdateLedgers {
+
+namespace {
+
+const QString kTitle = u"Remitra"_qs;
+const QString kNothingPosted = u" Nothing was posted to the Dwellix Ledgers."_qs;
+
+QString quoted(const QString &text)
+{
+    return u'"' + VbText::Trim(text).remove(u'\r') + u'"';
+}
+
+QString lineText(const PaymentRow &row)
+{
+    return u"line "_qs + QString::number(row.line) + u" of the Remitra Payment File"_qs;
+}
+
+} // namespace
+
+bool checkReadable(ProgramState &state, const PaymentRows &rows, const PostingChoices &choices)
+{
+    const bool fees = choices.postMgmtFees && PostPayments::managementFee(state).valid;
+    std::optional<RentLedger> ledger;
+    if (fees)
+        ledger.emplace(state.db());
+    for (const PaymentRow &row : rows) {
+        QString problem;
+        if (!row.amount) {
+            problem = u"The amount "_qs + quoted(row.amountText) + u" on "_qs + lineText(row)
+                      + u" cannot be read."_qs;
+        } else if (row.isoDate().isEmpty()) {
+            problem = u"The date "_qs + quoted(row.date) + u" on "_qs + lineText(row)
+                      + u" cannot be read."_qs;
+        } else if (fees && row.isRent()) {
+            const auto setting = ledger->ownerMgmtFee(PaymentRow::key(row.ownerId()));
+            if (setting && !VbText::Trim(*setting).isEmpty()
+                && !PostPayments::managementFeeFor(*setting, *row.amount)) {
+                problem = u"The management fee "_qs + quoted(*setting) + u" of owner "_qs
+                          + PaymentRow::idText(row.ownerId()) + u" (for the payment on "_qs
+                          + lineText(row) + u") cannot be read."_qs;
+            }
+        }
+        if (!problem.isEmpty()) {
+            state.prompter().notice(problem + kNothingPosted, kTitle);
+            return false;
+        }
+    }
+    return true;
+}
+
+bool run(ProgramState &state, const PaymentRows &rows, const PostingChoices &choices)
+{
+    if (!checkReadable(state, rows, choices))
+        return false;
+    HostDb &db = state.db();
+    try {
+        BusyCursor busy(state.prompter());
+        RentBackup::write(db, state.folder());
+    } catch (const RuntimeError &error) {
+        state.prompter().notice(u"A backup copy of the Dwellix data could not be written to the "
+                                "\"backups\" folder ("_qs
+                                    + error.description() + u")."_qs + kNothingPosted,
+                                kTitle);
+        return false;
+    }
+
+    RentLedger ledger(db);
+    PostPayments posting(state, ledger, rows, choices);
+    std::optional<HostDb::Transaction> transaction(std::in_place, db);
+    posting.run();
+    if (posting.failed()) {
+        // The lines written before the stop are kept; the message comes once
+        // they are safe and the database is free again.
+        transaction->commit();
+        transaction.reset();
+        posting.reportStop();
+    }
+    if (choices.createDeposit) {
+        if (!transaction)
+            transaction.emplace(db);
+        Deposit deposit(state, ledger, rows, choices);
+        deposit.CreateDeposit();
+    }
+    if (transaction)
+        transaction->commit();
+
+    if (posting.failed())
+        return false;
+    state.prompter().notice(u"Your Dwellix Ledgers are now updated."_qs, u"Dwellix Remitra"_qs);
+    PaymentFile::moveAside(state);
+    return true;
+}
+
+} // namespace UpdateLedgers
