@@ -12,6 +12,30 @@ const QString kPostedSql = u"SELECT TransDate FROM Transactions"
                            " AND TransDate = :date AND TransCheckNumber IS :check"_qs;
 } // namespace
 
+RentLookup::ReadScope::ReadScope(const HostDb &db) : m_db(db)
+{
+    if (db.isAccess()) {
+        m_open = db.database().transaction();
+    } else {
+        // A deferred transaction: the shared lock comes with the first read,
+        // and no writer of the host is kept out.
+        QSqlQuery begin(db.database());
+        m_open = begin.exec(u"BEGIN DEFERRED"_qs);
+    }
+}
+
+RentLookup::ReadScope::~ReadScope()
+{
+    if (!m_open)
+        return;
+    if (m_db.isAccess()) {
+        m_db.database().commit();
+    } else {
+        QSqlQuery end(m_db.database());
+        end.exec(u"COMMIT"_qs);
+    }
+}
+
 RentLookup::RentLookup(const HostDb &db)
     : m_property(db.prepare(kPropertySql)),
       m_unit(db.prepare(kUnitSql)),

@@ -17,6 +17,24 @@ class RentLookup
 public:
     explicit RentLookup(const HostDb &db);
 
+    // Keeps one read snapshot open for a run of look-ups: one consistent view
+    // of the host database, and the engine's lock and page cache are taken
+    // once rather than for every statement. Best effort: where a snapshot
+    // cannot be begun (a transaction is already open), the look-ups run as
+    // they are. Never used around writes.
+    class ReadScope
+    {
+    public:
+        explicit ReadScope(const HostDb &db);
+        ~ReadScope();
+        ReadScope(const ReadScope &) = delete;
+        ReadScope &operator=(const ReadScope &) = delete;
+
+    private:
+        const HostDb &m_db;
+        bool m_open = false;
+    };
+
     // POwnerID of the property; nullopt when there is no such property.
     std::optional<QVariant> ownerOfProperty(const QVariant &propId);
     // UAddress of the (first) unit of the tenant; nullopt when none.

@@ -18,7 +18,7 @@ constexpr Column kColumns[PaymentTableModel::ColumnCount] = {
     {"Owner", 8, false},     {"Prop", 8, false},     {"Unit", 8, false},
     {"Tenant", 8, false},    {"Unit Address", 24, false}, {"Tenant Name", 22, false},
     {"Amount", 12, true},    {"Date", 10, false},    {"Check #", 9, false},
-    {"Dep Date", 10, false}, {"Method", 10, false},  {"Type", 10, false},
+    {"Dep Date", 10, false}, {"Method", 12, false},  {"Type", 14, false},
 };
 
 QString cell(const QString &text, const Column &column)

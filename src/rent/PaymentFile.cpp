@@ -137,6 +137,7 @@ LoadResult load(ProgramState &state)
     BusyCursor busy(prompter);
     LoadResult result;
     try {
+        RentLookup::ReadScope snapshot(state.db());
         RentLookup lookup(state.db());
         const QString path = state.pathOf(state.PaymentDownloadName);
         const QString text = ReadWholeFile(path);

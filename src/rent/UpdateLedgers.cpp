@@ -6,6 +6,7 @@
 #include "hostdb/HostDb.h"
 #include "hostdb/RentBackup.h"
 #include "hostdb/RentLedger.h"
+#include "hostdb/RentLookup.h"
 #include "rent/Deposit.h"
 #include "rent/PaymentFile.h"
 #include "rent/PostPayments.h"
@@ -35,8 +36,11 @@ bool checkReadable(ProgramState &state, const PaymentRows &rows, const PostingCh
 {
     const bool fees = choices.postMgmtFees && PostPayments::managementFee(state).valid;
     std::optional<RentLedger> ledger;
-    if (fees)
+    std::optional<RentLookup::ReadScope> snapshot;
+    if (fees) {
+        snapshot.emplace(state.db());
         ledger.emplace(state.db());
+    }
     for (const PaymentRow &row : rows) {
         QString problem;
         if (!row.amount) {

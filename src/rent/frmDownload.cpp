@@ -94,6 +94,7 @@ void frmDownload::buildUi()
     gridACHDownload->verticalHeader()->setSectionsClickable(true);
     gridACHDownload->horizontalHeader()->setStretchLastSection(true);
     gridACHDownload->setWordWrap(false);
+    gridACHDownload->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
     gridACHDownload->installEventFilter(this);
 
     labRemitraPayments = new QLabel(kCountLabel, this);
@@ -282,6 +283,7 @@ void frmDownload::cmdUpdate_Click()
         }
         // The file and the rows stay; the rows a stop left in the ledger now
         // show as already posted.
+        RentLookup::ReadScope snapshot(m_state.db());
         RentLookup lookup(m_state.db());
         PaymentFile::markPosted(lookup, m_model->rows());
         m_model->refresh();
