@@ -18,6 +18,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 QLabel *explanation(const QString &name, const QString &text, QWidget *parent)
@@ -27,6 +29,12 @@ QLabel *explanation(const QString &name, const QString &text, QWidget *parent)
     label->setWordWrap(true);
     label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     return label;
+}
+
+// A frame's caption does not wrap: the frame is kept at least as wide.
+void keepTitleWhole(QGroupBox &box)
+{
+    box.setMinimumWidth(box.fontMetrics().horizontalAdvance(box.title()) + 32);
 }
 
 QPushButton *button(const QString &name, const QString &caption, QWidget *parent)
@@ -42,6 +50,7 @@ QGroupBox *frame(const QString &name, const QString &caption, QLabel *label,
 {
     auto *box = new QGroupBox(caption, parent);
     box->setObjectName(name);
+    keepTitleWhole(*box);
     auto *layout = new QVBoxLayout(box);
     layout->addWidget(label, 1);
     auto *row = new QHBoxLayout;
@@ -110,6 +119,7 @@ frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
     cmdVendorUpdate = button(u"cmdVendorUpdate"_qs, u"&Activate or Change VENDORS"_qs, this);
     fraOption3 = new QGroupBox(u"Activate your Owners, Tenants, or Vendors to use Remitra "_qs, this);
     fraOption3->setObjectName(u"fraOption3"_qs);
+    keepTitleWhole(*fraOption3);
     {
         auto *layout = new QVBoxLayout(fraOption3);
         labStep3->setParent(fraOption3);
@@ -129,8 +139,7 @@ frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
         this);
     cmdMakePayments = button(u"cmdMakePayments"_qs, u"Make Payments to Owners and Vendors"_qs, this);
     fraOption4 = frame(u"fraOption4"_qs,
-                       u"Pay Owners and Vendors from your Dwellix records directly into their bank "
-                       "accounts"_qs,
+                       u"Pay Owners and Vendors from Dwellix straight to their bank accounts"_qs,
                        labStep4, {cmdMakePayments}, this);
 
     cmdLogin = button(u"cmdLogin"_qs, u"Reset Log in"_qs, this);
@@ -189,7 +198,9 @@ frmRemitraMain::~frmRemitraMain() = default;
 
 bool frmRemitraMain::Form_Load()
 {
-    adjustSize();
+    // The explanations wrap: the height follows from the width.
+    const int width = std::max(sizeHint().width(), 940);
+    resize(width, heightForWidth(width));
     centreOnScreen(*this);
     labVersion->setText(Startup::versionText());
     return Startup::run(m_state, *this) == Startup::Outcome::ShowMainMenu;
