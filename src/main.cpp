@@ -29,18 +29,15 @@ Options parseCommandLine(const QApplication &app)
         "payment processor."_qs);
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption folderOption(
-        u"folder"_qs,
+    const QCommandLineOption folderOption(u"folder"_qs,
         u"The program's folder (where dxdatafl.db or dxdatafl.mdb, IDFILE.DAT and the transfer "
         "files are). Default: the folder of this program."_qs,
         u"DIR"_qs);
-    const QCommandLineOption settingsOption(
-        u"settings"_qs,
+    const QCommandLineOption settingsOption(u"settings"_qs,
         u"Keep the processor credentials in this INI file instead of the user's settings "
         "store."_qs,
         u"FILE"_qs);
-    const QCommandLineOption timeoutOption(
-        u"processor-timeout"_qs,
+    const QCommandLineOption timeoutOption(u"processor-timeout"_qs,
         u"Seconds a processor call may take before it counts as unanswered (default 120)."_qs,
         u"SECONDS"_qs);
     parser.addOption(folderOption);
@@ -53,7 +50,7 @@ Options parseCommandLine(const QApplication &app)
                                                 : QCoreApplication::applicationDirPath();
     if (!QFileInfo(options.folder).isDir()) {
         std::fprintf(stderr, "remitra: the folder %s does not exist\n",
-                     qPrintable(QDir::toNativeSeparators(options.folder)));
+            qPrintable(QDir::toNativeSeparators(options.folder)));
         std::exit(2);
     }
     if (parser.isSet(settingsOption))
@@ -62,7 +59,8 @@ Options parseCommandLine(const QApplication &app)
         bool ok = false;
         options.processorTimeout = parser.value(timeoutOption).toInt(&ok);
         if (!ok || options.processorTimeout <= 0) {
-            std::fprintf(stderr, "remitra: --processor-timeout takes a positive number of seconds\n");
+            std::fprintf(
+                stderr, "remitra: --processor-timeout takes a positive number of seconds\n");
             std::exit(2);
         }
     }
@@ -86,8 +84,8 @@ int main(int argc, char *argv[])
     state.SettingsFile = options.settingsFile;
     if (options.processorTimeout > 0)
         state.ProcessorTimeoutSeconds = options.processorTimeout;
-    // Processor client: the HTTP client is set here, as
-    // state.ClientFactory = [&state] { return std::make_unique<HttpProcessorClient>(state.ProcessorTimeoutSeconds); };
+    // Each job's processor client: an HttpProcessorClient(state.ProcessorTimeoutSeconds).
+    state.ClientFactory = {}; // PROCESSOR CLIENT FACTORY: set here
     state.EndProgram = [] { QCoreApplication::exit(1); };
 
     frmRemitraMain mainMenu(state);

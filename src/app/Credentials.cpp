@@ -50,8 +50,8 @@ std::unique_ptr<QSettings> openStore(const ProgramState &state)
 {
     std::unique_ptr<QSettings> settings;
     if (state.SettingsFile.isEmpty()) {
-        settings = std::make_unique<QSettings>(QSettings::UserScope, QString::fromLatin1(kOrganisation),
-                                               QString::fromLatin1(kApplication));
+        settings = std::make_unique<QSettings>(QSettings::UserScope,
+            QString::fromLatin1(kOrganisation), QString::fromLatin1(kApplication));
     } else {
         settings = std::make_unique<QSettings>(state.SettingsFile, QSettings::IniFormat);
     }
@@ -79,7 +79,8 @@ QString DecodeSetting(const QString &text)
 Credentials::Stored Credentials::read(const ProgramState &state)
 {
     auto settings = openStore(state);
-    return {readKey(*settings, UserKey), readKey(*settings, PasswordKey), readKey(*settings, UrlKey)};
+    return { readKey(*settings, UserKey), readKey(*settings, PasswordKey),
+        readKey(*settings, UrlKey) };
 }
 
 void Credentials::save(const ProgramState &state, const Stored &stored)
@@ -101,8 +102,9 @@ void Credentials::save(const ProgramState &state, const Stored &stored)
 
 void Credentials::saveFromState(const ProgramState &state)
 {
-    save(state, {EncodeSetting(state.ProcessorUser), EncodeSetting(state.ProcessorPassword),
-                 EncodeSetting(state.ProcessorUrl)});
+    save(state,
+        { EncodeSetting(state.ProcessorUser), EncodeSetting(state.ProcessorPassword),
+            EncodeSetting(state.ProcessorUrl) });
 }
 
 void Credentials::resetLogIn(ProgramState &state, LoginScreen &login)

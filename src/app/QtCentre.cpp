@@ -14,5 +14,5 @@ void centreOnScreen(QWidget &widget)
     const QRect area = screen->availableGeometry();
     const QSize size = widget.frameGeometry().size();
     widget.move(area.x() + (area.width() - size.width()) / 2,
-                area.y() + (area.height() - size.height()) / 2);
+        area.y() + (area.height() - size.height()) / 2);
 }

@@ -27,15 +27,15 @@ bool readCredentials(ProgramState &state, LoginScreen &login)
         }
         // A cancelled screen left the state values empty: empty values are
         // saved then, and the entry counts as missing below.
-        stored = {EncodeSetting(state.ProcessorUser), EncodeSetting(state.ProcessorPassword),
-                  EncodeSetting(state.ProcessorUrl)};
+        stored = { EncodeSetting(state.ProcessorUser), EncodeSetting(state.ProcessorPassword),
+            EncodeSetting(state.ProcessorUrl) };
         Credentials::save(state, stored);
     }
     state.ProcessorUser = DecodeSetting(stored.username);
     state.ProcessorPassword = DecodeSetting(stored.password);
     state.ProcessorUrl = DecodeSetting(stored.url);
     state.LoginMissing = state.ProcessorUser.isEmpty() || state.ProcessorPassword.isEmpty()
-                         || state.ProcessorUrl.isEmpty();
+        || state.ProcessorUrl.isEmpty();
     return true;
 }
 
@@ -58,15 +58,16 @@ Startup::Outcome Startup::run(ProgramState &state, LoginScreen &login)
     return run(state, login, CheckForPaymentFile);
 }
 
-Startup::Outcome Startup::run(ProgramState &state, LoginScreen &login, const PaymentCheck &paymentCheck)
+Startup::Outcome Startup::run(
+    ProgramState &state, LoginScreen &login, const PaymentCheck &paymentCheck)
 {
     try {
         state.LoginMissing = false;
         state.DisbursementEnabled = true;
         const QString sqlite = state.pathOf(QString::fromLatin1(HostDb::SqliteFileName));
         state.DatabasePath = QFileInfo(sqlite).isFile()
-                                 ? sqlite
-                                 : state.pathOf(QString::fromLatin1(HostDb::AccessFileName));
+            ? sqlite
+            : state.pathOf(QString::fromLatin1(HostDb::AccessFileName));
 
         auto db = HostDb::openFolder(state.folder());
         db->verifySchema();
@@ -101,9 +102,9 @@ Startup::Outcome Startup::run(ProgramState &state, LoginScreen &login, const Pay
             // Any other failure during start-up: the error's number and
             // description, and the program ends (the main menu would be of
             // no use after a start-up that broke off half-way).
-            state.prompter().notice(QString::number(error.number()) + u"\n\n"_qs
-                                        + error.description(),
-                                    errorMessageTitle(), Prompter::Icon::Critical);
+            state.prompter().notice(
+                QString::number(error.number()) + u"\n\n"_qs + error.description(),
+                errorMessageTitle(), Prompter::Icon::Critical);
             break;
         }
         return Outcome::EndProgram;
@@ -113,12 +114,13 @@ Startup::Outcome Startup::run(ProgramState &state, LoginScreen &login, const Pay
 QString Startup::versionText()
 {
     return QString::number(REMITRA_VERSION_MAJOR) + u'.' + QString::number(REMITRA_VERSION_MINOR)
-           + u'.' + QString::number(REMITRA_VERSION_PATCH);
+        + u'.' + QString::number(REMITRA_VERSION_PATCH);
 }
 
 QString Startup::dataFileNotFoundText()
 {
-    return u"Dwellix data file not found - be sure that the Remitra Program is copied into the same "
+    return u"Dwellix data file not found - be sure that the Remitra Program is copied into the "
+           u"same "
            "directory or folder as the main Dwellix Program."_qs;
 }
 

@@ -1,8 +1,8 @@
 #include "app/frmLogin.h"
 
 #include "app/ProgramState.h"
-#include "app/TopLevel.h"
 #include "app/QtCentre.h"
+#include "app/TopLevel.h"
 #include "core/VbText.h"
 
 #include <QGridLayout>
@@ -12,7 +12,9 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-frmLogin::frmLogin(ProgramState &state, QWidget *parent) : QDialog(parent), m_state(state)
+frmLogin::frmLogin(ProgramState &state, QWidget *parent)
+    : QDialog(parent)
+    , m_state(state)
 {
     setObjectName(u"frmLogin"_qs);
     setWindowTitle(u"Remitra Login Page"_qs);
@@ -108,7 +110,7 @@ void frmLogin::cmdSave_Click()
         m_state.ProcessorUser = VbText::Trim(txtUserName->text());
         m_state.ProcessorPassword = VbText::Trim(txtPassword->text());
         m_state.LoginMissing = m_state.ProcessorUrl.isEmpty() || m_state.ProcessorUser.isEmpty()
-                               || m_state.ProcessorPassword.isEmpty();
+            || m_state.ProcessorPassword.isEmpty();
         accept();
     });
 }

@@ -46,7 +46,7 @@ QPushButton *button(const QString &name, const QString &caption, QWidget *parent
 }
 
 QGroupBox *frame(const QString &name, const QString &caption, QLabel *label,
-                 std::initializer_list<QPushButton *> buttons, QWidget *parent)
+    std::initializer_list<QPushButton *> buttons, QWidget *parent)
 {
     auto *box = new QGroupBox(caption, parent);
     box->setObjectName(name);
@@ -67,7 +67,8 @@ QGroupBox *frame(const QString &name, const QString &caption, QLabel *label,
 } // namespace
 
 frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
-    : QWidget(parent), m_state(state)
+    : QWidget(parent)
+    , m_state(state)
 {
     setObjectName(u"frmRemitraMain"_qs);
     setWindowTitle(u"Remitra Main Menu"_qs);
@@ -75,7 +76,7 @@ frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
     labIntro = new QLabel(u"Welcome to Dwellix Remitra! Choose from one of the options below to "
                           "upload your information and download any payments that have been "
                           "received."_qs,
-                          this);
+        this);
     labIntro->setObjectName(u"labIntro"_qs);
     labIntro->setWordWrap(true);
     QFont introFont = labIntro->font();
@@ -88,28 +89,27 @@ frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
     labVersion->setAccessibleName(u"Version"_qs);
 
     Label1 = explanation(u"Label1"_qs,
-                         u"Use this step ONLY if you are setting up Remitra for the first time OR if "
-                         "you have added or deleted any Owners, Properties, Units, or Tenants in "
-                         "the Dwellix Program."_qs,
-                         this);
+        u"Use this step ONLY if you are setting up Remitra for the first time OR if "
+        "you have added or deleted any Owners, Properties, Units, or Tenants in "
+        "the Dwellix Program."_qs,
+        this);
     cmdUploadAll = button(u"cmdUploadAll"_qs, u"&Upload All Info NOW"_qs, this);
-    fraOption1 = frame(u"fraOption1"_qs,
-                       u"Upload ALL Dwellix Owners, Properties, Units, and Tenants"_qs, Label1,
-                       {cmdUploadAll}, this);
+    fraOption1
+        = frame(u"fraOption1"_qs, u"Upload ALL Dwellix Owners, Properties, Units, and Tenants"_qs,
+            Label1, { cmdUploadAll }, this);
 
-    labStep2 = explanation(
-        u"labStep2"_qs,
+    labStep2 = explanation(u"labStep2"_qs,
         u"Use this step each time you want to download any Tenant rent payments that have been "
         "made. This will enable you to post the payments automatically to the Dwellix ledgers, "
         "plus you can optionally charge management fees on those payments and create a register "
         "entry."_qs,
         this);
-    cmdDownloadPayment = button(u"cmdDownloadPayment"_qs, u"&Download and Post Rent Payments"_qs, this);
+    cmdDownloadPayment
+        = button(u"cmdDownloadPayment"_qs, u"&Download and Post Rent Payments"_qs, this);
     fraOption2 = frame(u"fraOption2"_qs, u"Check for any Tenant rent payments"_qs, labStep2,
-                       {cmdDownloadPayment}, this);
+        { cmdDownloadPayment }, this);
 
-    labStep3 = explanation(
-        u"labStep3"_qs,
+    labStep3 = explanation(u"labStep3"_qs,
         u"Perform this step to activate or change the Owners, Tenants, or Vendors that use Remitra "
         "service. You must use this section in order to activate any users of the Remitra "
         "system."_qs,
@@ -117,30 +117,31 @@ frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
     cmdTenantUpdate = button(u"cmdTenantUpdate"_qs, u"&Activate or Change TENANTS"_qs, this);
     cmdOwnerUpdate = button(u"cmdOwnerUpdate"_qs, u"&Activate or Change OWNERS"_qs, this);
     cmdVendorUpdate = button(u"cmdVendorUpdate"_qs, u"&Activate or Change VENDORS"_qs, this);
-    fraOption3 = new QGroupBox(u"Activate your Owners, Tenants, or Vendors to use Remitra "_qs, this);
+    fraOption3
+        = new QGroupBox(u"Activate your Owners, Tenants, or Vendors to use Remitra "_qs, this);
     fraOption3->setObjectName(u"fraOption3"_qs);
     keepTitleWhole(*fraOption3);
     {
         auto *layout = new QVBoxLayout(fraOption3);
         labStep3->setParent(fraOption3);
         layout->addWidget(labStep3, 1);
-        for (QPushButton *b : {cmdTenantUpdate, cmdOwnerUpdate, cmdVendorUpdate}) {
+        for (QPushButton *b : { cmdTenantUpdate, cmdOwnerUpdate, cmdVendorUpdate }) {
             b->setParent(fraOption3);
             layout->addWidget(b);
         }
     }
 
-    labStep4 = explanation(
-        u"labStep4"_qs,
+    labStep4 = explanation(u"labStep4"_qs,
         u"Use this step to transfer any checks in the Entered Check File to the bank accounts of "
         "Owners or Vendors automatically. To do this, you must have already set up the bank "
         "accounts for transfer and have set the appropriate Owners or Vendors for payment using "
         "Remitra."_qs,
         this);
-    cmdMakePayments = button(u"cmdMakePayments"_qs, u"Make Payments to Owners and Vendors"_qs, this);
+    cmdMakePayments
+        = button(u"cmdMakePayments"_qs, u"Make Payments to Owners and Vendors"_qs, this);
     fraOption4 = frame(u"fraOption4"_qs,
-                       u"Pay Owners and Vendors from Dwellix straight to their bank accounts"_qs,
-                       labStep4, {cmdMakePayments}, this);
+        u"Pay Owners and Vendors from Dwellix straight to their bank accounts"_qs, labStep4,
+        { cmdMakePayments }, this);
 
     cmdLogin = button(u"cmdLogin"_qs, u"Reset Log in"_qs, this);
     cmdViewFiles = button(u"cmdViewFiles"_qs, u"View Files"_qs, this);
@@ -184,7 +185,8 @@ frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
     setTabOrder(cmdViewFiles, cmdExit);
 
     connect(cmdUploadAll, &QPushButton::clicked, this, &frmRemitraMain::cmdUploadAll_Click);
-    connect(cmdDownloadPayment, &QPushButton::clicked, this, &frmRemitraMain::cmdDownloadPayment_Click);
+    connect(
+        cmdDownloadPayment, &QPushButton::clicked, this, &frmRemitraMain::cmdDownloadPayment_Click);
     connect(cmdTenantUpdate, &QPushButton::clicked, this, &frmRemitraMain::cmdTenantUpdate_Click);
     connect(cmdOwnerUpdate, &QPushButton::clicked, this, &frmRemitraMain::cmdOwnerUpdate_Click);
     connect(cmdVendorUpdate, &QPushButton::clicked, this, &frmRemitraMain::cmdVendorUpdate_Click);
@@ -316,10 +318,10 @@ void frmRemitraMain::closeEvent(QCloseEvent *event)
 }
 
 // The jobs and screens of these commands are wired in here as they land.
-void frmRemitraMain::runUploadAll() {}
-void frmRemitraMain::openDownload() {}
-void frmRemitraMain::openTenantUpdate() {}
-void frmRemitraMain::openOwnerUpdate() {}
-void frmRemitraMain::openVendorUpdate() {}
-void frmRemitraMain::openMakePayments() {}
-void frmRemitraMain::openViewFiles() {}
+void frmRemitraMain::runUploadAll() { }
+void frmRemitraMain::openDownload() { }
+void frmRemitraMain::openTenantUpdate() { }
+void frmRemitraMain::openOwnerUpdate() { }
+void frmRemitraMain::openVendorUpdate() { }
+void frmRemitraMain::openMakePayments() { }
+void frmRemitraMain::openViewFiles() { }

@@ -86,8 +86,8 @@ private slots:
         QVERIFY(ini.open(QIODevice::ReadOnly));
         QVERIFY(!ini.readAll().contains("=pass"));
         // Readable by its owner only.
-        const QFile::Permissions ownerAndUser = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser
-                                                | QFile::WriteUser;
+        const QFile::Permissions ownerAndUser
+            = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
         QCOMPARE(QFile::permissions(state.SettingsFile) | ownerAndUser, ownerAndUser);
         QVERIFY(QFile::permissions(state.SettingsFile) & QFile::ReadOwner);
 
@@ -107,18 +107,16 @@ private slots:
                 text += "\"item" + QByteArray::number(i) + "\"" + (i % 5 == 4 ? "\r\n" : ",");
             return text + "\r\n";
         };
-        const QStringList none = {u""_qs, u""_qs, u""_qs, u""_qs, u""_qs, u""_qs};
+        const QStringList none = { u""_qs, u""_qs, u""_qs, u""_qs, u""_qs, u""_qs };
         QTest::newRow("empty file") << QByteArray() << none;
         QTest::newRow("nine items") << items(9) << none;
         QTest::newRow("ten items")
-            << items(10) << QStringList{u"item9"_qs, u""_qs, u""_qs, u""_qs, u""_qs, u""_qs};
-        QTest::newRow("sixteen items")
-            << items(16)
-            << QStringList{u"item9"_qs, u"item10"_qs, u"item15"_qs, u""_qs, u""_qs, u""_qs};
-        QTest::newRow("thirty items")
-            << items(30)
-            << QStringList{u"item9"_qs,  u"item10"_qs, u"item15"_qs,
-                           u"item16"_qs, u"item17"_qs, u"item18"_qs};
+            << items(10) << QStringList { u"item9"_qs, u""_qs, u""_qs, u""_qs, u""_qs, u""_qs };
+        QTest::newRow("sixteen items") << items(
+            16) << QStringList { u"item9"_qs, u"item10"_qs, u"item15"_qs, u""_qs, u""_qs, u""_qs };
+        QTest::newRow("thirty items") << items(30)
+                                      << QStringList { u"item9"_qs, u"item10"_qs, u"item15"_qs,
+                                             u"item16"_qs, u"item17"_qs, u"item18"_qs };
         // Quoted items keep their commas; unquoted ones end at a comma and
         // lose the blanks around them; an empty line is an empty item; LF
         // alone ends a line too.
@@ -128,11 +126,11 @@ private slots:
                           "\r\n"
                           "7,8,\"Rent Income;4000;B\",Rent payment, received\r\n"
                           "\"a,b\"junk,13,14,\"Mgmt Fee;5200;U\",\"Fee, 8%\",,\"Late;4100;T\"\r\n")
-            << QStringList{u"Rent Income;4000;B"_qs, u"Rent payment"_qs, u"Mgmt Fee;5200;U"_qs,
-                           u"Fee, 8%"_qs, u""_qs, u"Late;4100;T"_qs};
-        QTest::newRow("ANSI text") << QByteArray(",,,,,,,,,\"Caf\xE9 \x80\",x")
-                                   << QStringList{u"Caf\u00E9 \u20AC"_qs, u"x"_qs, u""_qs,
-                                                  u""_qs, u""_qs, u""_qs};
+            << QStringList { u"Rent Income;4000;B"_qs, u"Rent payment"_qs, u"Mgmt Fee;5200;U"_qs,
+                   u"Fee, 8%"_qs, u""_qs, u"Late;4100;T"_qs };
+        QTest::newRow("ANSI text")
+            << QByteArray(",,,,,,,,,\"Caf\xE9 \x80\",x")
+            << QStringList { u"Caf\u00E9 \u20AC"_qs, u"x"_qs, u""_qs, u""_qs, u""_qs, u""_qs };
     }
 
     void idFileItemSelection()

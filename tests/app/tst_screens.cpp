@@ -17,15 +17,15 @@
 
 namespace {
 
-const QStringList kGatedByLogin = {u"cmdUploadAll"_qs, u"cmdDownloadPayment"_qs,
-                                   u"cmdTenantUpdate"_qs};
-const QStringList kGatedByDisbursement = {u"cmdOwnerUpdate"_qs, u"cmdVendorUpdate"_qs,
-                                          u"cmdMakePayments"_qs};
+const QStringList kGatedByLogin
+    = { u"cmdUploadAll"_qs, u"cmdDownloadPayment"_qs, u"cmdTenantUpdate"_qs };
+const QStringList kGatedByDisbursement
+    = { u"cmdOwnerUpdate"_qs, u"cmdVendorUpdate"_qs, u"cmdMakePayments"_qs };
 
 // Acts on the login screen once it is shown modally: types the entries
 // (null: leave the box alone) and presses the button.
 void onLoginScreen(const QString &user, const QString &password, const QString &url,
-                   const char *buttonName, bool *openedEmpty = nullptr)
+    const char *buttonName, bool *openedEmpty = nullptr)
 {
     QTimer::singleShot(0, [=] {
         auto *screen = qobject_cast<frmLogin *>(QApplication::activeModalWidget());
@@ -33,8 +33,8 @@ void onLoginScreen(const QString &user, const QString &password, const QString &
             onLoginScreen(user, password, url, buttonName, openedEmpty);
             return;
         }
-        const std::pair<const char *, QString> boxes[] = {
-            {"txtUserName", user}, {"txtPassword", password}, {"txtURL", url}};
+        const std::pair<const char *, QString> boxes[]
+            = { { "txtUserName", user }, { "txtPassword", password }, { "txtURL", url } };
         bool empty = true;
         for (const auto &[name, text] : boxes) {
             auto *box = screen->findChild<QLineEdit *>(QString::fromLatin1(name));
@@ -44,8 +44,8 @@ void onLoginScreen(const QString &user, const QString &password, const QString &
         }
         if (openedEmpty)
             *openedEmpty = empty;
-        QTest::mouseClick(screen->findChild<QPushButton *>(QString::fromLatin1(buttonName)),
-                          Qt::LeftButton);
+        QTest::mouseClick(
+            screen->findChild<QPushButton *>(QString::fromLatin1(buttonName)), Qt::LeftButton);
     });
 }
 
@@ -96,25 +96,24 @@ private slots:
             return u"<missing>"_qs;
         };
         QVERIFY(text("labIntro").startsWith(u"Welcome to Dwellix Remitra! Choose"_qs));
-        QCOMPARE(text("fraOption1"), u"Upload ALL Dwellix Owners, Properties, Units, and Tenants"_qs);
+        QCOMPARE(
+            text("fraOption1"), u"Upload ALL Dwellix Owners, Properties, Units, and Tenants"_qs);
         QCOMPARE(text("fraOption2"), u"Check for any Tenant rent payments"_qs);
-        QCOMPARE(text("fraOption3"), u"Activate your Owners, Tenants, or Vendors to use Remitra "_qs);
+        QCOMPARE(
+            text("fraOption3"), u"Activate your Owners, Tenants, or Vendors to use Remitra "_qs);
         QVERIFY(text("fraOption4") != u"<missing>"_qs);
         QVERIFY(text("Label1").startsWith(u"Use this step ONLY"_qs));
         QVERIFY(text("labStep2").endsWith(u"create a register entry."_qs));
         QVERIFY(text("labStep3").startsWith(u"Perform this step"_qs));
         QVERIFY(text("labStep4").endsWith(u"for payment using Remitra."_qs));
-        const QStringList captions = {text("cmdUploadAll"),    text("cmdDownloadPayment"),
-                                      text("cmdTenantUpdate"), text("cmdOwnerUpdate"),
-                                      text("cmdVendorUpdate"), text("cmdMakePayments"),
-                                      text("cmdLogin"),        text("cmdViewFiles"),
-                                      text("cmdExit")};
+        const QStringList captions = { text("cmdUploadAll"), text("cmdDownloadPayment"),
+            text("cmdTenantUpdate"), text("cmdOwnerUpdate"), text("cmdVendorUpdate"),
+            text("cmdMakePayments"), text("cmdLogin"), text("cmdViewFiles"), text("cmdExit") };
         QCOMPARE(captions,
-                 (QStringList{u"&Upload All Info NOW"_qs, u"&Download and Post Rent Payments"_qs,
-                              u"&Activate or Change TENANTS"_qs, u"&Activate or Change OWNERS"_qs,
-                              u"&Activate or Change VENDORS"_qs,
-                              u"Make Payments to Owners and Vendors"_qs, u"Reset Log in"_qs,
-                              u"View Files"_qs, u"&Exit"_qs}));
+            (QStringList { u"&Upload All Info NOW"_qs, u"&Download and Post Rent Payments"_qs,
+                u"&Activate or Change TENANTS"_qs, u"&Activate or Change OWNERS"_qs,
+                u"&Activate or Change VENDORS"_qs, u"Make Payments to Owners and Vendors"_qs,
+                u"Reset Log in"_qs, u"View Files"_qs, u"&Exit"_qs }));
     }
 
     void loginMissingRefusesEveryProcessorCommand()
@@ -124,8 +123,8 @@ private slots:
         for (const QString &name : kGatedByLogin + kGatedByDisbursement) {
             s.site.prompter.clear();
             s.click(name);
-            QCOMPARE(s.site.prompter.texts(), QStringList{Credentials::loginNoticeText()});
-            QCOMPARE(s.site.prompter.titles(), QStringList{u"Login Message"_qs});
+            QCOMPARE(s.site.prompter.texts(), QStringList { Credentials::loginNoticeText() });
+            QCOMPARE(s.site.prompter.titles(), QStringList { u"Login Message"_qs });
         }
         s.site.prompter.clear();
         s.click(u"cmdViewFiles"_qs);
@@ -141,13 +140,14 @@ private slots:
         for (const QString &name : kGatedByDisbursement) {
             s.site.prompter.clear();
             s.click(name);
-            QCOMPARE(s.site.prompter.texts(), QStringList{frmRemitraMain::notYetAvailableText()});
-            QCOMPARE(s.site.prompter.titles(), QStringList{u"Dwellix Remitra"_qs});
+            QCOMPARE(
+                s.site.prompter.texts(), QStringList { frmRemitraMain::notYetAvailableText() });
+            QCOMPARE(s.site.prompter.titles(), QStringList { u"Dwellix Remitra"_qs });
         }
         for (const QString &name : kGatedByLogin) {
             s.site.prompter.clear();
             s.click(name);
-            QCOMPARE(s.site.prompter.titles(), QStringList{u"Login Message"_qs});
+            QCOMPARE(s.site.prompter.titles(), QStringList { u"Login Message"_qs });
         }
         QVERIFY(!s.site.state->DisbursementEnabled);
 
@@ -162,8 +162,8 @@ private slots:
     void completeLoginLetsCommandsThrough()
     {
         MenuSite s;
-        for (const QString &name : {u"cmdUploadAll"_qs, u"cmdTenantUpdate"_qs, u"cmdOwnerUpdate"_qs,
-                                    u"cmdVendorUpdate"_qs, u"cmdMakePayments"_qs})
+        for (const QString &name : { u"cmdUploadAll"_qs, u"cmdTenantUpdate"_qs,
+                 u"cmdOwnerUpdate"_qs, u"cmdVendorUpdate"_qs, u"cmdMakePayments"_qs })
             s.click(name);
         QVERIFY(s.site.prompter.shown().isEmpty());
     }
@@ -173,8 +173,8 @@ private slots:
         TestSite site;
         ProgramState &state = *site.state;
         bool openedEmpty = false;
-        onLoginScreen(u"  acme  "_qs, u" pass"_qs, u"http://h/qps/upload.php "_qs, "cmdSave",
-                      &openedEmpty);
+        onLoginScreen(
+            u"  acme  "_qs, u" pass"_qs, u"http://h/qps/upload.php "_qs, "cmdSave", &openedEmpty);
         frmLogin::showModal(state, nullptr);
         QVERIFY(openedEmpty); // the current values are never shown
         QCOMPARE(state.ProcessorUser, u"acme"_qs);
@@ -207,7 +207,8 @@ private slots:
         QVERIFY(s.site.prompter.shown().isEmpty());
         QCOMPARE(s.stored("username").toString(), u"dfph"_qs);
         QCOMPARE(s.stored("password").toString(), u"sdvv"_qs);
-        QCOMPARE(s.stored("url").toString(), EncodeSetting(u"https://pay.example/qps/upload.php"_qs));
+        QCOMPARE(
+            s.stored("url").toString(), EncodeSetting(u"https://pay.example/qps/upload.php"_qs));
         // The names built at start-up are left as they are.
         QCOMPARE(state.SetupUploadName, u"DX_Quenta_Setup_DXRM.txt"_qs);
 
@@ -224,11 +225,11 @@ private slots:
         onLoginScreen(u"newuser"_qs, u"newpass"_qs, u"  "_qs, "cmdSave");
         s.click(u"cmdLogin"_qs);
         QVERIFY(state.LoginMissing);
-        QCOMPARE(s.site.prompter.titles(), QStringList{u"Login Message"_qs});
+        QCOMPARE(s.site.prompter.titles(), QStringList { u"Login Message"_qs });
         QCOMPARE(s.stored("username").toString(), u"dfph"_qs);
         s.site.prompter.clear();
         s.click(u"cmdTenantUpdate"_qs);
-        QCOMPARE(s.site.prompter.titles(), QStringList{u"Login Message"_qs});
+        QCOMPARE(s.site.prompter.titles(), QStringList { u"Login Message"_qs });
     }
 
     void firstStartAsksForLogin()
@@ -238,8 +239,8 @@ private slots:
         state.SettingsFile = s.site.path(u"first-run.ini"_qs);
         // A payment file is already waiting, so the payment check at the end
         // of start-up stops at its notice instead of calling the processor.
-        s.site.writeIdFile({u"Rent Income;4000;B"_qs, u"Rent"_qs, u"Management Fee;5200;U"_qs,
-                            u"Fee"_qs, u"Late Fee;4100;T"_qs, u"Late"_qs});
+        s.site.writeIdFile({ u"Rent Income;4000;B"_qs, u"Rent"_qs, u"Management Fee;5200;U"_qs,
+            u"Fee"_qs, u"Late Fee;4100;T"_qs, u"Late"_qs });
         s.site.writeFile(u"DX_Quenta_PaymentFile.txt"_qs, "waiting\r\n");
         frmRemitraMain menu(state);
 
@@ -251,7 +252,7 @@ private slots:
         QCOMPARE(QSettings(state.SettingsFile, QSettings::IniFormat)
                      .value(u"Parameters/password"_qs)
                      .toString(),
-                 u"sdvv"_qs);
+            u"sdvv"_qs);
         QCOMPARE(state.PaymentDownloadName, u"DX_Quenta_PaymentFile.txt"_qs);
     }
 };

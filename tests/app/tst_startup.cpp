@@ -25,7 +25,7 @@ public:
         state.ProcessorPassword = password.trimmed();
         state.ProcessorUrl = url.trimmed();
         state.LoginMissing = state.ProcessorUser.isEmpty() || state.ProcessorPassword.isEmpty()
-                             || state.ProcessorUrl.isEmpty();
+            || state.ProcessorUrl.isEmpty();
     }
     int shown = 0;
     bool cancel = false;
@@ -61,8 +61,8 @@ struct StartupSite
     }
     QStringList fileNames() const
     {
-        return {state->SetupUploadName,  state->TenantUploadName, state->PaymentDownloadName,
-                state->OwnerUploadName,  state->VendorUploadName, state->DisbursementUploadName};
+        return { state->SetupUploadName, state->TenantUploadName, state->PaymentDownloadName,
+            state->OwnerUploadName, state->VendorUploadName, state->DisbursementUploadName };
     }
 
     TestSite site;
@@ -100,10 +100,9 @@ private slots:
         QCOMPARE(s.state->ProcessorUrl, u"http://127.0.0.1:9/qps/upload.php"_qs);
         QCOMPARE(s.state->SiteCode, u"DXRM"_qs);
         QCOMPARE(s.fileNames(),
-                 (QStringList{u"DX_Quenta_Setup_DXRM.txt"_qs, u"DX_Quenta_Tenant_DXRM.txt"_qs,
-                              u"DX_Quenta_PaymentFile.txt"_qs, u"DX_Quenta_Owner_DXRM.txt"_qs,
-                              u"DX_Quenta_Vendor_DXRM.txt"_qs,
-                              u"DX_Quenta_DisbursementPayment.txt"_qs}));
+            (QStringList { u"DX_Quenta_Setup_DXRM.txt"_qs, u"DX_Quenta_Tenant_DXRM.txt"_qs,
+                u"DX_Quenta_PaymentFile.txt"_qs, u"DX_Quenta_Owner_DXRM.txt"_qs,
+                u"DX_Quenta_Vendor_DXRM.txt"_qs, u"DX_Quenta_DisbursementPayment.txt"_qs }));
         QCOMPARE(s.paymentChecks, 1);
     }
 
@@ -148,8 +147,8 @@ private slots:
         QCOMPARE(s.run(), Startup::Outcome::ShowMainMenu);
         QCOMPARE(s.login.shown, 1);
         QVERIFY(s.state->LoginMissing);
-        QCOMPARE(s.prompter.texts(), QStringList{Credentials::loginNoticeText()});
-        QCOMPARE(s.prompter.titles(), QStringList{u"Login Message"_qs});
+        QCOMPARE(s.prompter.texts(), QStringList { Credentials::loginNoticeText() });
+        QCOMPARE(s.prompter.titles(), QStringList { u"Login Message"_qs });
         QCOMPARE(s.fileNames(), QStringList(6, QString()));
         QVERIFY(s.state->SiteCode.isEmpty());
         QCOMPARE(s.paymentChecks, 0);
@@ -170,12 +169,12 @@ private slots:
         FakeLogin login;
         int checks = 0;
         QCOMPARE(Startup::run(state, login, [&](ProgramState &) { ++checks; }),
-                 Startup::Outcome::EndProgram);
+            Startup::Outcome::EndProgram);
         QCOMPARE(prompter.texts(),
-                 QStringList{u"Dwellix data file not found - be sure that the Remitra Program is "
-                             "copied into the same directory or folder as the main Dwellix "
-                             "Program."_qs});
-        QCOMPARE(prompter.titles(), QStringList{u"Remitra"_qs});
+            QStringList { u"Dwellix data file not found - be sure that the Remitra Program is "
+                          "copied into the same directory or folder as the main Dwellix "
+                          "Program."_qs });
+        QCOMPARE(prompter.titles(), QStringList { u"Remitra"_qs });
         QCOMPARE(prompter.shown().front().icon, Prompter::Icon::Information);
         QCOMPARE(login.shown, 0);
         QCOMPARE(checks, 0);
@@ -188,8 +187,8 @@ private slots:
         s.storeCredentials(u"acme"_qs, u"pass"_qs, u"http://x"_qs);
         s.site.db().execText(u"ALTER TABLE Tenants DROP COLUMN TACH"_qs, "test");
         QCOMPARE(s.run(), Startup::Outcome::EndProgram);
-        QCOMPARE(s.prompter.texts(), QStringList{u"Company Remitra field not found"_qs});
-        QCOMPARE(s.prompter.titles(), QStringList{u"Remitra"_qs});
+        QCOMPARE(s.prompter.texts(), QStringList { u"Company Remitra field not found"_qs });
+        QCOMPARE(s.prompter.titles(), QStringList { u"Remitra"_qs });
         QCOMPARE(s.login.shown, 0);
         QCOMPARE(s.paymentChecks, 0);
     }
@@ -203,7 +202,7 @@ private slots:
             throw RuntimeError::fileNotFound(); // IDFILE.DAT missing, say
         });
         QCOMPARE(outcome, Startup::Outcome::EndProgram);
-        QCOMPARE(s.prompter.titles(), QStringList{u"Remitra Error Message"_qs});
+        QCOMPARE(s.prompter.titles(), QStringList { u"Remitra Error Message"_qs });
         QVERIFY(s.prompter.texts().front().startsWith(u"53"_qs));
         QVERIFY(s.prompter.texts().front().contains(u"File not found"_qs));
         QCOMPARE(s.prompter.busyDepth(), 0);

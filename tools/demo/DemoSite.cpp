@@ -19,41 +19,36 @@ namespace DemoSite {
 
 namespace {
 
-const QStringList kFirstNames = {
-    u"James"_qs,   u"Maria"_qs,   u"Robert"_qs,  u"Linda"_qs,  u"Michael"_qs, u"Patricia"_qs,
-    u"David"_qs,   u"Jennifer"_qs, u"William"_qs, u"Elena"_qs,  u"Richard"_qs, u"Susan"_qs,
-    u"Joseph"_qs,  u"Karen"_qs,   u"Thomas"_qs,  u"Nancy"_qs,  u"Carlos"_qs,  u"Lisa"_qs,
-    u"Daniel"_qs,  u"Betty"_qs,   u"Anthony"_qs, u"Sandra"_qs, u"Kevin"_qs,   u"Ashley"_qs,
-    u"Brian"_qs,   u"Dorothy"_qs, u"George"_qs,  u"Kimberly"_qs, u"Edward"_qs, u"Grace"_qs};
-const QStringList kLastNames = {
-    u"Smith"_qs,   u"Johnson"_qs, u"Garcia"_qs,   u"Miller"_qs,  u"Davis"_qs,    u"Rodriguez"_qs,
-    u"Martinez"_qs, u"Hernandez"_qs, u"Lopez"_qs, u"Wilson"_qs,  u"Anderson"_qs, u"Thomas"_qs,
-    u"Taylor"_qs,  u"Moore"_qs,   u"Jackson"_qs,  u"Martin"_qs,  u"Lee"_qs,      u"Perez"_qs,
-    u"Thompson"_qs, u"White"_qs,  u"Harris"_qs,   u"Sanchez"_qs, u"Clark"_qs,    u"Ramirez"_qs,
-    u"Lewis"_qs,   u"Robinson"_qs, u"Walker"_qs,  u"Young"_qs,   u"Allen"_qs,    u"King"_qs,
-    u"Wright"_qs};
-const QStringList kStreets = {
-    u"Maple Ave"_qs,   u"Oak St"_qs,        u"Harbor Blvd"_qs, u"Cedar Ln"_qs,
-    u"Mission Rd"_qs,  u"Sycamore Dr"_qs,   u"Pine St"_qs,     u"Lakeview Ter"_qs,
-    u"Elm St"_qs,      u"Canyon View Rd"_qs, u"Birch Ct"_qs,   u"Willow Way"_qs,
-    u"Main St"_qs,     u"Sunset Blvd"_qs,   u"Park Pl"_qs};
+const QStringList kFirstNames = { u"James"_qs, u"Maria"_qs, u"Robert"_qs, u"Linda"_qs,
+    u"Michael"_qs, u"Patricia"_qs, u"David"_qs, u"Jennifer"_qs, u"William"_qs, u"Elena"_qs,
+    u"Richard"_qs, u"Susan"_qs, u"Joseph"_qs, u"Karen"_qs, u"Thomas"_qs, u"Nancy"_qs, u"Carlos"_qs,
+    u"Lisa"_qs, u"Daniel"_qs, u"Betty"_qs, u"Anthony"_qs, u"Sandra"_qs, u"Kevin"_qs, u"Ashley"_qs,
+    u"Brian"_qs, u"Dorothy"_qs, u"George"_qs, u"Kimberly"_qs, u"Edward"_qs, u"Grace"_qs };
+const QStringList kLastNames = { u"Smith"_qs, u"Johnson"_qs, u"Garcia"_qs, u"Miller"_qs,
+    u"Davis"_qs, u"Rodriguez"_qs, u"Martinez"_qs, u"Hernandez"_qs, u"Lopez"_qs, u"Wilson"_qs,
+    u"Anderson"_qs, u"Thomas"_qs, u"Taylor"_qs, u"Moore"_qs, u"Jackson"_qs, u"Martin"_qs, u"Lee"_qs,
+    u"Perez"_qs, u"Thompson"_qs, u"White"_qs, u"Harris"_qs, u"Sanchez"_qs, u"Clark"_qs,
+    u"Ramirez"_qs, u"Lewis"_qs, u"Robinson"_qs, u"Walker"_qs, u"Young"_qs, u"Allen"_qs, u"King"_qs,
+    u"Wright"_qs };
+const QStringList kStreets
+    = { u"Maple Ave"_qs, u"Oak St"_qs, u"Harbor Blvd"_qs, u"Cedar Ln"_qs, u"Mission Rd"_qs,
+          u"Sycamore Dr"_qs, u"Pine St"_qs, u"Lakeview Ter"_qs, u"Elm St"_qs, u"Canyon View Rd"_qs,
+          u"Birch Ct"_qs, u"Willow Way"_qs, u"Main St"_qs, u"Sunset Blvd"_qs, u"Park Pl"_qs };
 struct Town
 {
     const char16_t *city;
     const char16_t *state;
     const char16_t *zip;
 };
-constexpr Town kTowns[] = {
-    {u"Ventura", u"CA", u"93001"},     {u"Oxnard", u"CA", u"93030"},
-    {u"Santa Barbara", u"CA", u"93101"}, {u"Camarillo", u"CA", u"93010"},
-    {u"Thousand Oaks", u"CA", u"91360"}, {u"Simi Valley", u"CA", u"93065"},
-    {u"Ojai", u"CA", u"93023"},        {u"Goleta", u"CA", u"93117"}};
+constexpr Town kTowns[] = { { u"Ventura", u"CA", u"93001" }, { u"Oxnard", u"CA", u"93030" },
+    { u"Santa Barbara", u"CA", u"93101" }, { u"Camarillo", u"CA", u"93010" },
+    { u"Thousand Oaks", u"CA", u"91360" }, { u"Simi Valley", u"CA", u"93065" },
+    { u"Ojai", u"CA", u"93023" }, { u"Goleta", u"CA", u"93117" } };
 constexpr int kTownCount = int(sizeof kTowns / sizeof kTowns[0]);
-const QStringList kPropertyNames = {
-    u"Maple Court"_qs,   u"Harbor View"_qs,  u"Cedar Gardens"_qs, u"Mission Plaza"_qs,
-    u"Sycamore Place"_qs, u"Pine Ridge"_qs,   u"Lakeview Terrace"_qs, u"Elm Street Duplex"_qs,
-    u"Canyon Villas"_qs, u"Birch Commons"_qs, u"Willow Flats"_qs,  u"Main Street Lofts"_qs,
-    u"Sunset Arms"_qs,   u"Park Place"_qs,    u"Oak Hollow"_qs};
+const QStringList kPropertyNames = { u"Maple Court"_qs, u"Harbor View"_qs, u"Cedar Gardens"_qs,
+    u"Mission Plaza"_qs, u"Sycamore Place"_qs, u"Pine Ridge"_qs, u"Lakeview Terrace"_qs,
+    u"Elm Street Duplex"_qs, u"Canyon Villas"_qs, u"Birch Commons"_qs, u"Willow Flats"_qs,
+    u"Main Street Lofts"_qs, u"Sunset Arms"_qs, u"Park Place"_qs, u"Oak Hollow"_qs };
 
 struct VendorSeed
 {
@@ -61,15 +56,14 @@ struct VendorSeed
     const char16_t *contact;
     const char16_t *ach;
 };
-constexpr VendorSeed kVendors[] = {
-    {u"Coastal Plumbing & Rooter", u"Frank Ortiz", u"Y"},
-    {u"Bright Spark Electric", u"Dana Kim", u"Y"},
-    {u"Green Valley Landscaping", u"Luis Ramos", u"N"},
-    {u"Pacific Pest Control", u"Amy Chen", u"Y"},
-    {u"Ace Appliance Repair", u"Tom Becker", u"D"},
-    {u"Harbor Roofing Co", u"Steve Grant", u"Y"},
-    {u"Clean Sweep Janitorial", u"Rosa Diaz", u""},
-    {u"Ventura Water District", u"Customer Service", u"N"}};
+constexpr VendorSeed kVendors[] = { { u"Coastal Plumbing & Rooter", u"Frank Ortiz", u"Y" },
+    { u"Bright Spark Electric", u"Dana Kim", u"Y" },
+    { u"Green Valley Landscaping", u"Luis Ramos", u"N" },
+    { u"Pacific Pest Control", u"Amy Chen", u"Y" },
+    { u"Ace Appliance Repair", u"Tom Becker", u"D" },
+    { u"Harbor Roofing Co", u"Steve Grant", u"Y" },
+    { u"Clean Sweep Janitorial", u"Rosa Diaz", u"" },
+    { u"Ventura Water District", u"Customer Service", u"N" } };
 constexpr int kVendorCount = int(sizeof kVendors / sizeof kVendors[0]);
 
 QString pick(const QStringList &list, qint64 i)
@@ -137,15 +131,16 @@ Counts fillPortfolio(HostDb &db, int tenants)
     // through enrolled, not enrolled and to be removed.
     QList<Owner> owners;
     QSqlQuery owner = db.prepare(
-        u"INSERT INTO Owners (OwnerID, OFirstName1, OLastName1, OFirstName2, OLastName2, OAddress1, "
+        u"INSERT INTO Owners (OwnerID, OFirstName1, OLastName1, OFirstName2, OLastName2, "
+        u"OAddress1, "
         "OAddress2, OCity, OState, OZip, OPhone1, OPhone2, OEmail1, OACH, OPercent2, OMgmtFee, "
         "OCurrBal) VALUES (:id, :first, :last, :first2, :last2, :address1, :address2, :city, "
         ":state, :zip, :phone1, :phone2, :email, :ach, :percent2, :fee, :balance)"_qs);
-    const QStringList ownerAch = {u"Y"_qs, u"Y"_qs, u"N"_qs, u"Y"_qs, u"D"_qs, u"Y"_qs, u""_qs};
-    const QStringList fees = {u"8%"_qs, u"25"_qs, u"10%"_qs, u""_qs, u"6.5%"_qs};
+    const QStringList ownerAch = { u"Y"_qs, u"Y"_qs, u"N"_qs, u"Y"_qs, u"D"_qs, u"Y"_qs, u""_qs };
+    const QStringList fees = { u"8%"_qs, u"25"_qs, u"10%"_qs, u""_qs, u"6.5%"_qs };
     for (int i = 0; i < counts.owners; ++i) {
-        Owner o{i + 1, pick(kFirstNames, i * 7 + 3), pick(kLastNames, i * 11 + 5), {}, {},
-                pick(ownerAch, i)};
+        Owner o { i + 1, pick(kFirstNames, i * 7 + 3), pick(kLastNames, i * 11 + 5), {}, {},
+            pick(ownerAch, i) };
         if (i == 0) {
             o.first2 = pick(kFirstNames, 9);
             o.last2 = o.last;
@@ -156,15 +151,17 @@ Counts fillPortfolio(HostDb &db, int tenants)
         owner.bindValue(u":last"_qs, o.last);
         owner.bindValue(u":first2"_qs, o.first2.isEmpty() ? QVariant() : QVariant(o.first2));
         owner.bindValue(u":last2"_qs, o.last2.isEmpty() ? QVariant() : QVariant(o.last2));
-        owner.bindValue(u":address1"_qs,
-                        u"%1 %2"_qs.arg(100 + (i * 53) % 8800).arg(pick(kStreets, i * 5 + 1)));
-        owner.bindValue(u":address2"_qs, i % 4 == 1 ? QVariant(u"Apt %1"_qs.arg(i % 30 + 1)) : QVariant());
+        owner.bindValue(
+            u":address1"_qs, u"%1 %2"_qs.arg(100 + (i * 53) % 8800).arg(pick(kStreets, i * 5 + 1)));
+        owner.bindValue(
+            u":address2"_qs, i % 4 == 1 ? QVariant(u"Apt %1"_qs.arg(i % 30 + 1)) : QVariant());
         owner.bindValue(u":city"_qs, QString::fromUtf16(town.city));
         owner.bindValue(u":state"_qs, QString::fromUtf16(town.state));
         owner.bindValue(u":zip"_qs, QString::fromUtf16(town.zip));
         owner.bindValue(u":phone1"_qs, phone(i * 3 + 1));
         owner.bindValue(u":phone2"_qs, i % 3 == 0 ? QVariant(phone(i * 3 + 2)) : QVariant());
-        owner.bindValue(u":email"_qs, u"%1.%2@mail.example"_qs.arg(o.first.toLower(), o.last.toLower()));
+        owner.bindValue(
+            u":email"_qs, u"%1.%2@mail.example"_qs.arg(o.first.toLower(), o.last.toLower()));
         owner.bindValue(u":ach"_qs, o.ach);
         owner.bindValue(u":percent2"_qs, i == 0 ? QVariant(u"50"_qs) : QVariant());
         owner.bindValue(u":fee"_qs, pick(fees, i));
@@ -174,7 +171,8 @@ Counts fillPortfolio(HostDb &db, int tenants)
     }
 
     QSqlQuery property = db.prepare(
-        u"INSERT INTO Properties (PropID, POwnerID, PropName, PropAddress1, PropAddress2, PropCity, "
+        u"INSERT INTO Properties (PropID, POwnerID, PropName, PropAddress1, PropAddress2, "
+        u"PropCity, "
         "PropState, PropZip, CName1, CEmail1, CPhone1, CPhone2, PCurrBal) VALUES (:id, :owner, "
         ":name, :address1, :address2, :city, :state, :zip, :contact, :email, :phone1, :phone2, "
         ":balance)"_qs);
@@ -194,7 +192,8 @@ Counts fillPortfolio(HostDb &db, int tenants)
         property.bindValue(u":city"_qs, QString::fromUtf16(town.city));
         property.bindValue(u":state"_qs, QString::fromUtf16(town.state));
         property.bindValue(u":zip"_qs, QString::fromUtf16(town.zip));
-        property.bindValue(u":contact"_qs, pick(kFirstNames, p * 13) + u" "_qs + pick(kLastNames, p * 17));
+        property.bindValue(
+            u":contact"_qs, pick(kFirstNames, p * 13) + u" "_qs + pick(kLastNames, p * 17));
         property.bindValue(u":email"_qs, u"manager%1@sunrise-pm.example"_qs.arg(p % 9 + 1));
         property.bindValue(u":phone1"_qs, phone(p * 5 + 7));
         property.bindValue(u":phone2"_qs, QVariant());
@@ -205,20 +204,21 @@ Counts fillPortfolio(HostDb &db, int tenants)
     // Tenants and their units: every tenth unit is vacant (a VACANT
     // placeholder tenant); enrolment flags cycle through Y, N, D and blank.
     QSqlQuery tenant = db.prepare(
-        u"INSERT INTO Tenants (TenantID, TPropID, TFirstName1, TLastName1, TAddress, TCity, TState, "
+        u"INSERT INTO Tenants (TenantID, TPropID, TFirstName1, TLastName1, TAddress, TCity, "
+        u"TState, "
         "TZip, TEmail1, TEmail2, TACH, TCurrBal, TStartDate) VALUES (:id, :prop, :first, :last, "
         ":address, :city, :state, :zip, :email1, :email2, :ach, :balance, :start)"_qs);
     QSqlQuery unit = db.prepare(
         u"INSERT INTO Units (UTenantID, UAddress, UNumber, UCurrBal) VALUES (:tenant, :address, "
         ":number, :balance)"_qs);
-    const QStringList tenantAch = {u"Y"_qs, u"Y"_qs, u"N"_qs, u"Y"_qs, u"D"_qs, u""_qs, u"Y"_qs};
+    const QStringList tenantAch = { u"Y"_qs, u"Y"_qs, u"N"_qs, u"Y"_qs, u"D"_qs, u""_qs, u"Y"_qs };
     const QDate firstStart(2015, 1, 1);
     for (int t = 0; t < counts.tenants; ++t) {
         const int id = 1000 + t + 1;
         const int p = int(qint64(t) * counts.properties / counts.tenants);
         const Town &town = kTowns[p % kTownCount];
-        const int inProperty = t - int((qint64(p) * counts.tenants + counts.properties - 1)
-                                       / counts.properties);
+        const int inProperty
+            = t - int((qint64(p) * counts.tenants + counts.properties - 1) / counts.properties);
         const QString number = u"%1%2"_qs.arg(inProperty / 4 + 1).arg(QChar(u'A' + inProperty % 4));
         const bool vacant = t % 10 == 9;
         const QString first = vacant ? (t % 20 == 19 ? u"VACANT "_qs + number : u"VACANT"_qs)
@@ -235,11 +235,15 @@ Counts fillPortfolio(HostDb &db, int tenants)
         tenant.bindValue(u":city"_qs, QString::fromUtf16(town.city));
         tenant.bindValue(u":state"_qs, QString::fromUtf16(town.state));
         tenant.bindValue(u":zip"_qs, QString::fromUtf16(town.zip));
-        tenant.bindValue(u":email1"_qs, vacant ? QVariant() : QVariant(u"%1.%2%3@mail.example"_qs.arg(first.toLower(), last.toLower()).arg(id)));
+        tenant.bindValue(u":email1"_qs,
+            vacant ? QVariant()
+                   : QVariant(
+                       u"%1.%2%3@mail.example"_qs.arg(first.toLower(), last.toLower()).arg(id)));
         tenant.bindValue(u":email2"_qs, QVariant());
         tenant.bindValue(u":ach"_qs, vacant ? QVariant(u"N"_qs) : QVariant(pick(tenantAch, t)));
         tenant.bindValue(u":balance"_qs, cents(balance));
-        tenant.bindValue(u":start"_qs, firstStart.addDays((qint64(t) * 97) % 3500).toString(Qt::ISODate));
+        tenant.bindValue(
+            u":start"_qs, firstStart.addDays((qint64(t) * 97) % 3500).toString(Qt::ISODate));
         run(tenant, "writing tenants");
 
         unit.bindValue(u":tenant"_qs, id);
@@ -250,14 +254,16 @@ Counts fillPortfolio(HostDb &db, int tenants)
     }
 
     QSqlQuery vendor = db.prepare(
-        u"INSERT INTO Vendors (VenID, VenName, VenAddress1, VenAddress2, VenCity, VenState, VenZip, "
+        u"INSERT INTO Vendors (VenID, VenName, VenAddress1, VenAddress2, VenCity, VenState, "
+        u"VenZip, "
         "VenContact, VenPhone1, VenPhone2, VenEmail1, VACH) VALUES (:id, :name, :address1, "
         ":address2, :city, :state, :zip, :contact, :phone1, :phone2, :email, :ach)"_qs);
     for (int v = 0; v < kVendorCount; ++v) {
         const Town &town = kTowns[(v * 5) % kTownCount];
         vendor.bindValue(u":id"_qs, 500 + v + 1);
         vendor.bindValue(u":name"_qs, QString::fromUtf16(kVendors[v].name));
-        vendor.bindValue(u":address1"_qs, u"%1 %2"_qs.arg(10 + v * 211).arg(pick(kStreets, v * 3 + 2)));
+        vendor.bindValue(
+            u":address1"_qs, u"%1 %2"_qs.arg(10 + v * 211).arg(pick(kStreets, v * 3 + 2)));
         vendor.bindValue(u":address2"_qs, QVariant());
         vendor.bindValue(u":city"_qs, QString::fromUtf16(town.city));
         vendor.bindValue(u":state"_qs, QString::fromUtf16(town.state));
@@ -280,7 +286,8 @@ Counts fillPortfolio(HostDb &db, int tenants)
         ":date, :amount, :invoice, :remark, :vendor, '', :split, :account, :postToId, :postTo, 0, "
         "'C')"_qs);
     QSqlQuery split = db.prepare(
-        u"INSERT INTO SplitChecks (CkNumber, CkAmount, CkAccountID, CkPostToID, CkRemark, CkStatus, "
+        u"INSERT INTO SplitChecks (CkNumber, CkAmount, CkAccountID, CkPostToID, CkRemark, "
+        u"CkStatus, "
         "CkType, CkPostTo) VALUES (:check, :amount, :account, :postToId, :remark, '', 'C', "
         ":postTo)"_qs);
     struct SplitLine
@@ -324,37 +331,38 @@ Counts fillPortfolio(HostDb &db, int tenants)
 
     // The tenant (and unit) ids of a property: the first tenant of it.
     auto firstTenantOf = [&](int p) {
-        return 1000 + int((qint64(p) * counts.tenants + counts.properties - 1) / counts.properties) + 1;
+        return 1000 + int((qint64(p) * counts.tenants + counts.properties - 1) / counts.properties)
+            + 1;
     };
     const int ownerChecks = std::min<int>(owners.size(), 8);
     for (int i = 0; i < ownerChecks; ++i) {
         const Owner &o = owners[i];
         const int prop = 100 + i + 1; // property i belongs to owner i + 1
         addCheck(o.first + u" "_qs + o.last, 0, u"DIST-%1"_qs.arg(checkDate.toString(u"yyyyMM"_qs)),
-                 u"Owner distribution"_qs,
-                 i % 2 == 0 ? QList<SplitLine>{{125000 + i * 7350, 3100, o.id, u"O"_qs,
-                                               u"Owner distribution"_qs},
-                                              {20000 + i * 500, 3150, prop, u"P"_qs,
-                                               u"Property reserve release"_qs}}
-                            : QList<SplitLine>{{98000 + i * 6100, 3100, o.id, u"O"_qs,
-                                                u"Owner distribution"_qs}});
+            u"Owner distribution"_qs,
+            i % 2 == 0 ? QList<SplitLine> { { 125000 + i * 7350, 3100, o.id, u"O"_qs,
+                                                u"Owner distribution"_qs },
+                { 20000 + i * 500, 3150, prop, u"P"_qs, u"Property reserve release"_qs } }
+                       : QList<SplitLine> {
+                           { 98000 + i * 6100, 3100, o.id, u"O"_qs, u"Owner distribution"_qs } });
     }
     // Paid to the second owner by name.
     addCheck(owners[0].first2 + u" "_qs + owners[0].last2, 0, u"DIST-2ND"_qs,
-             u"Second owner share"_qs, {{62500, 3100, owners[0].id, u"O"_qs, u"50% share"_qs}});
+        u"Second owner share"_qs, { { 62500, 3100, owners[0].id, u"O"_qs, u"50% share"_qs } });
 
     for (int v = 0; v < kVendorCount; ++v) {
         const int p = v % counts.properties;
         const int tenantId = firstTenantOf(p);
-        QList<SplitLine> lines = {{18500 + v * 1225, 6100, 100 + p + 1, u"P"_qs, u"Repairs"_qs}};
+        QList<SplitLine> lines
+            = { { 18500 + v * 1225, 6100, 100 + p + 1, u"P"_qs, u"Repairs"_qs } };
         if (v % 2 == 0)
-            lines.append({7500 + v * 300, 6150, tenantId, u"T"_qs, u"Tenant damage"_qs});
+            lines.append({ 7500 + v * 300, 6150, tenantId, u"T"_qs, u"Tenant damage"_qs });
         if (v % 2 == 1)
-            lines.append({3500 + v * 150, 6200, tenantId, u"U"_qs, u"Unit lock change"_qs});
+            lines.append({ 3500 + v * 150, 6200, tenantId, u"U"_qs, u"Unit lock change"_qs });
         if (v % 3 == 0)
-            lines.append({4200, 6160, tenantId, u"B"_qs, u"Charged to tenant and unit"_qs});
+            lines.append({ 4200, 6160, tenantId, u"B"_qs, u"Charged to tenant and unit"_qs });
         addCheck(QString::fromUtf16(kVendors[v].name), -1, u"INV-%1"_qs.arg(4100 + v * 17),
-                 u"Service call"_qs, lines);
+            u"Service call"_qs, lines);
     }
 
     tx.commit();
@@ -363,31 +371,19 @@ Counts fillPortfolio(HostDb &db, int tenants)
 
 QString idFileText()
 {
-    const QStringList items = {
-        u"Sunrise Property Management"_qs, // 0
-        u"1200 Harbor Blvd, Suite 300"_qs,
-        u"Ventura"_qs,
-        u"CA"_qs,
-        u"93001"_qs,
+    const QStringList items = { u"Sunrise Property Management"_qs, // 0
+        u"1200 Harbor Blvd, Suite 300"_qs, u"Ventura"_qs, u"CA"_qs, u"93001"_qs,
         u"805-555-0100"_qs, // 5
-        u"office@sunrise-pm.example"_qs,
-        u"DX-20417"_qs,
-        u"7.2"_qs,
-        u"Rent Income;4000;B"_qs,          // 9: rent income category
-        u"Rent payment received"_qs,       // 10: rent income default remark
-        u"Security Deposit;2200;T"_qs,
-        u"Security deposit received"_qs,
-        u"Owner Draw;3100;O"_qs,
+        u"office@sunrise-pm.example"_qs, u"DX-20417"_qs, u"7.2"_qs,
+        u"Rent Income;4000;B"_qs, // 9: rent income category
+        u"Rent payment received"_qs, // 10: rent income default remark
+        u"Security Deposit;2200;T"_qs, u"Security deposit received"_qs, u"Owner Draw;3100;O"_qs,
         u"Owner distribution"_qs,
-        u"Management Fee;5200;U"_qs,       // 15: management fee category
-        u"Management fee"_qs,              // 16: fee remark
-        u"Late Fee Received;4100;T"_qs,    // 17: late fee category
-        u"Late fee received"_qs,           // 18: late fee default remark
-        u"Repairs;6100;P"_qs,
-        u"Repair and maintenance"_qs,
-        u"Y"_qs,
-        u"N"_qs,
-        u"12/31"_qs};
+        u"Management Fee;5200;U"_qs, // 15: management fee category
+        u"Management fee"_qs, // 16: fee remark
+        u"Late Fee Received;4100;T"_qs, // 17: late fee category
+        u"Late fee received"_qs, // 18: late fee default remark
+        u"Repairs;6100;P"_qs, u"Repair and maintenance"_qs, u"Y"_qs, u"N"_qs, u"12/31"_qs };
     QString text;
     for (int i = 0; i < items.size(); ++i) {
         text += u'"' + items[i] + u'"';
@@ -399,7 +395,8 @@ QString idFileText()
 Counts writeSite(const QString &folder, int tenants)
 {
     QDir().mkpath(folder);
-    const QString dbPath = QDir(folder).absoluteFilePath(QString::fromLatin1(HostDb::SqliteFileName));
+    const QString dbPath
+        = QDir(folder).absoluteFilePath(QString::fromLatin1(HostDb::SqliteFileName));
     QFile::remove(dbPath);
     QFile::remove(dbPath + u"-journal"_qs);
     Counts counts;
@@ -412,8 +409,8 @@ Counts writeSite(const QString &folder, int tenants)
     return counts;
 }
 
-void writeSettings(const QString &iniFile, const QString &url, const QString &user,
-                   const QString &password)
+void writeSettings(
+    const QString &iniFile, const QString &url, const QString &user, const QString &password)
 {
     ScriptedPrompter prompter;
     ProgramState state(prompter, QDir::currentPath());

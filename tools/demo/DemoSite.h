@@ -38,7 +38,7 @@ Counts writeSite(const QString &folder, int tenants);
 
 // Writes the processor credentials, encoded, into an INI settings file the
 // way the program keeps them.
-void writeSettings(const QString &iniFile, const QString &url, const QString &user,
-                   const QString &password);
+void writeSettings(
+    const QString &iniFile, const QString &url, const QString &user, const QString &password);
 
 } // namespace DemoSite

@@ -13,8 +13,8 @@ namespace {
 int usage()
 {
     std::fprintf(stderr,
-                 "usage: remitra-demo-site DIR [--tenants N]\n"
-                 "       remitra-demo-site --write-settings INI URL USER PASSWORD\n");
+        "usage: remitra-demo-site DIR [--tenants N]\n"
+        "       remitra-demo-site --write-settings INI URL USER PASSWORD\n");
     return 2;
 }
 
@@ -52,8 +52,8 @@ int main(int argc, char *argv[])
         const DemoSite::Counts c = DemoSite::writeSite(folder, tenants);
         std::printf("%s: %d owners, %d properties, %d tenants and units, %d vendors, %d entered "
                     "checks with %d split lines (%lld ms)\n",
-                    qPrintable(folder), c.owners, c.properties, c.tenants, c.vendors, c.checks,
-                    c.splits, static_cast<long long>(timer.elapsed()));
+            qPrintable(folder), c.owners, c.properties, c.tenants, c.vendors, c.checks, c.splits,
+            static_cast<long long>(timer.elapsed()));
         return 0;
     } catch (const RuntimeError &error) {
         std::fprintf(stderr, "remitra-demo-site: %s\n", qPrintable(error.description()));
