@@ -17,8 +17,6 @@ const QString kLogin = u"You must have a valid LOGIN entry in the User Name, Pas
 const QString kWaitingAtStart = u"You already have Remitra Tenant transactions waiting to be processed - no more Tenant transactions can be downloaded until you have taken care of the existing ones. To post these deposits to the Dwellix, click on the 'Download and Post Rent Payments' button."_qs;
 const QString kWaitingFromMenu = u"You already have Remitra Tenant transactions waiting to be processed from a previous download - no more Tenant transactions can be downloaded until you have taken care of the existing ones. Please either post these payments to the Dwellix ledgers or delete them from the next screen."_qs;
 const QString kSuccess = u"Successful connection to Quenta Payment Services!"_qs;
-const QString kNone = u"There were no Remita Tenant transactions found"_qs;
-const QString kBusy = u"The action could not be performed because of a technical problem with the Internet server. Please notify us of this error."_qs;
 
 struct Site : TestSite
 {
@@ -98,34 +96,6 @@ private slots:
         QCOMPARE(archive.size(), 1);
         QVERIFY(archive[0].startsWith(u"DX_Quenta_PaymentFile_"_qs));
         QCOMPARE(site.archived(archive[0]), QByteArray("X\r\n"));
-    }
-
-    void anEmptyResponseLeavesNoFile()
-    {
-        Site site;
-        DownloadPaymentFile(*site.state);
-        QCOMPARE(site.prompter.texts(), (QStringList{kSuccess, kNone}));
-        QCOMPARE(site.prompter.titles(), (QStringList{u"Dwellix Remitra"_qs, u"Dwellix Remitra"_qs}));
-        QVERIFY(site.fileBytes(kPaymentFile).isNull());
-        QVERIFY(site.archive().isEmpty());
-    }
-
-    void aFailedCallStillUsesItsBody()
-    {
-        Site site;
-        site.script->replies = {{true, 503, u"P1,U2,T3,10,1/1/2026,1,1/1/2026,ACH,Rent\r\n"_qs},
-                                {false, 501, QString()}};
-        DownloadPaymentFile(*site.state);
-        QCOMPARE(site.prompter.texts(), QStringList{kBusy});
-        QCOMPARE(site.fileBytes(kPaymentFile), QByteArray("P1,U2,T3,10,1/1/2026,1,1/1/2026,ACH,Rent\r\n\r\n"));
-
-        // Without a body: the error, then the "none found" notice.
-        QFile::remove(site.path(kPaymentFile));
-        site.prompter.clear();
-        DownloadPaymentFile(*site.state);
-        QCOMPARE(site.prompter.texts().size(), 2);
-        QCOMPARE(site.prompter.texts()[1], kNone);
-        QVERIFY(site.fileBytes(kPaymentFile).isNull());
     }
 
     void theArchiveKeepsEveryDownload()
