@@ -21,7 +21,7 @@ void prune(QDir &folder, const QString &suffix)
 {
     // Names carry the time stamp, so name order is age order.
     const QStringList copies
-        = folder.entryList({kPrefix + u'*' + suffix}, QDir::Files, QDir::Name | QDir::Reversed);
+        = folder.entryList({ kPrefix + u'*' + suffix }, QDir::Files, QDir::Name | QDir::Reversed);
     for (qsizetype i = Kept; i < copies.size(); ++i)
         folder.remove(copies.at(i));
 }

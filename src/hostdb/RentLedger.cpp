@@ -18,8 +18,7 @@ const QString kUnitBalanceAccessSql
     = u"SELECT UTenantID, UCurrBal FROM Units WHERE UTenantID = :id"_qs;
 const QString kSetUnitBalanceAccessSql
     = u"UPDATE Units SET UCurrBal = :balance WHERE UTenantID = :row"_qs;
-const QString kTenantBalanceSql
-    = u"SELECT TenantID, TCurrBal FROM Tenants WHERE TenantID = :id"_qs;
+const QString kTenantBalanceSql = u"SELECT TenantID, TCurrBal FROM Tenants WHERE TenantID = :id"_qs;
 const QString kSetTenantBalanceSql
     = u"UPDATE Tenants SET TCurrBal = :balance WHERE TenantID = :row"_qs;
 const QString kOwnerFeeSql = u"SELECT OMgmtFee FROM Owners WHERE OwnerID = :id"_qs;
@@ -38,16 +37,16 @@ const QString kSetDepositAmountSql
 } // namespace
 
 RentLedger::RentLedger(const HostDb &db)
-    : m_insertTransaction(db.prepare(kInsertTransactionSql)),
-      m_unitBalance(db.prepare(db.isAccess() ? kUnitBalanceAccessSql : kUnitBalanceSql)),
-      m_setUnitBalance(db.prepare(db.isAccess() ? kSetUnitBalanceAccessSql : kSetUnitBalanceSql)),
-      m_tenantBalance(db.prepare(kTenantBalanceSql)),
-      m_setTenantBalance(db.prepare(kSetTenantBalanceSql)),
-      m_ownerFee(db.prepare(kOwnerFeeSql)),
-      m_insertDeposit(db.prepare(kInsertDepositSql)),
-      m_insertSplit(db.prepare(kInsertSplitSql)),
-      m_setDepositAmount(db.prepare(kSetDepositAmountSql)),
-      m_lastDeposit(db.prepare(kLastDepositSql))
+    : m_insertTransaction(db.prepare(kInsertTransactionSql))
+    , m_unitBalance(db.prepare(db.isAccess() ? kUnitBalanceAccessSql : kUnitBalanceSql))
+    , m_setUnitBalance(db.prepare(db.isAccess() ? kSetUnitBalanceAccessSql : kSetUnitBalanceSql))
+    , m_tenantBalance(db.prepare(kTenantBalanceSql))
+    , m_setTenantBalance(db.prepare(kSetTenantBalanceSql))
+    , m_ownerFee(db.prepare(kOwnerFeeSql))
+    , m_insertDeposit(db.prepare(kInsertDepositSql))
+    , m_insertSplit(db.prepare(kInsertSplitSql))
+    , m_setDepositAmount(db.prepare(kSetDepositAmountSql))
+    , m_lastDeposit(db.prepare(kLastDepositSql))
 {
 }
 
@@ -70,16 +69,15 @@ void RentLedger::addTransaction(const Line &line)
     HostDb::exec(q, "adding a ledger transaction");
 }
 
-std::optional<std::pair<qint64, Currency>> RentLedger::balanceRow(QSqlQuery &select,
-                                                                  const QVariant &id,
-                                                                  const char *operation)
+std::optional<std::pair<qint64, Currency>> RentLedger::balanceRow(
+    QSqlQuery &select, const QVariant &id, const char *operation)
 {
     select.bindValue(u":id"_qs, id);
     HostDb::exec(select, operation);
     std::optional<std::pair<qint64, Currency>> row;
     if (select.next())
-        row = std::pair{select.value(0).toLongLong(),
-                        Currency::fromVariant(select.value(1)).value_or(Currency())};
+        row = std::pair { select.value(0).toLongLong(),
+            Currency::fromVariant(select.value(1)).value_or(Currency()) };
     select.finish();
     return row;
 }

@@ -22,9 +22,9 @@ public:
         qint64 accountId = 0;
         qint64 postToId = 0;
         Currency amount;
-        QString date;          // ISO
-        QVariant checkNumber;  // Null or a number
-        QVariant remark;       // Null when not set
+        QString date; // ISO
+        QVariant checkNumber; // Null or a number
+        QVariant remark; // Null when not set
         QString type;
         QString status;
         QString tax;
@@ -44,8 +44,8 @@ public:
 
     struct Deposit
     {
-        QString date;       // ISO
-        qint64 number = 0;  // CkNumber: the deposit number the user typed
+        QString date; // ISO
+        qint64 number = 0; // CkNumber: the deposit number the user typed
     };
     // Adds the deposit row (amount 0 until setDepositAmount) and returns its CkID.
     qint64 addDeposit(const Deposit &deposit);
@@ -66,8 +66,8 @@ public:
     bool setDepositAmount(qint64 depositId, Currency total);
 
 private:
-    std::optional<std::pair<qint64, Currency>> balanceRow(QSqlQuery &select, const QVariant &id,
-                                                          const char *operation);
+    std::optional<std::pair<qint64, Currency>> balanceRow(
+        QSqlQuery &select, const QVariant &id, const char *operation);
 
     QSqlQuery m_insertTransaction;
     QSqlQuery m_unitBalance;

@@ -3,8 +3,7 @@
 namespace {
 const QString kPropertySql = u"SELECT POwnerID FROM Properties WHERE PropID = :id"_qs;
 const QString kUnitSql = u"SELECT UAddress FROM Units WHERE UTenantID = :id"_qs;
-const QString kTenantSql
-    = u"SELECT TFirstName1, TLastName1 FROM Tenants WHERE TenantID = :id"_qs;
+const QString kTenantSql = u"SELECT TFirstName1, TLastName1 FROM Tenants WHERE TenantID = :id"_qs;
 // Income lines of one tenant (TransTenantIndex), narrowed to the payment.
 // "IS" matches a Null check number with Null.
 const QString kPostedSql = u"SELECT TransDate FROM Transactions"
@@ -12,7 +11,8 @@ const QString kPostedSql = u"SELECT TransDate FROM Transactions"
                            " AND TransDate = :date AND TransCheckNumber IS :check"_qs;
 } // namespace
 
-RentLookup::ReadScope::ReadScope(const HostDb &db) : m_db(db)
+RentLookup::ReadScope::ReadScope(const HostDb &db)
+    : m_db(db)
 {
     if (db.isAccess()) {
         m_open = db.database().transaction();
@@ -37,10 +37,10 @@ RentLookup::ReadScope::~ReadScope()
 }
 
 RentLookup::RentLookup(const HostDb &db)
-    : m_property(db.prepare(kPropertySql)),
-      m_unit(db.prepare(kUnitSql)),
-      m_tenant(db.prepare(kTenantSql)),
-      m_hasPosted(!db.isAccess())
+    : m_property(db.prepare(kPropertySql))
+    , m_unit(db.prepare(kUnitSql))
+    , m_tenant(db.prepare(kTenantSql))
+    , m_hasPosted(!db.isAccess())
 {
     if (m_hasPosted)
         m_posted = db.prepare(kPostedSql);
@@ -74,15 +74,13 @@ std::optional<RentLookup::TenantName> RentLookup::tenantName(const QVariant &ten
     HostDb::exec(m_tenant, "finding a tenant");
     std::optional<TenantName> name;
     if (m_tenant.next())
-        name = TenantName{m_tenant.value(0), m_tenant.value(1)};
+        name = TenantName { m_tenant.value(0), m_tenant.value(1) };
     m_tenant.finish();
     return name;
 }
 
-std::optional<RentLookup::Posted> RentLookup::postedPayment(const QVariant &tenantId,
-                                                            Currency amount,
-                                                            const QString &isoDate,
-                                                            const QVariant &checkNumber)
+std::optional<RentLookup::Posted> RentLookup::postedPayment(
+    const QVariant &tenantId, Currency amount, const QString &isoDate, const QVariant &checkNumber)
 {
     if (!m_hasPosted)
         return std::nullopt;
@@ -93,7 +91,7 @@ std::optional<RentLookup::Posted> RentLookup::postedPayment(const QVariant &tena
     HostDb::exec(m_posted, "looking for an earlier posting");
     std::optional<Posted> posted;
     if (m_posted.next())
-        posted = Posted{m_posted.value(0).toString()};
+        posted = Posted { m_posted.value(0).toString() };
     m_posted.finish();
     return posted;
 }

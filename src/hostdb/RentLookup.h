@@ -55,7 +55,7 @@ public:
         QString date;
     };
     std::optional<Posted> postedPayment(const QVariant &tenantId, Currency amount,
-                                        const QString &isoDate, const QVariant &checkNumber);
+        const QString &isoDate, const QVariant &checkNumber);
 
 private:
     QSqlQuery m_property;

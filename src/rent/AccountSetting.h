@@ -6,11 +6,11 @@
 // identification file: "category text;account id;posting code".
 struct AccountSetting
 {
-    QString item;        // the setting as it stands
-    QString text;        // the category text: everything before the first ";"
+    QString item; // the setting as it stands
+    QString text; // the category text: everything before the first ";"
     double accountId = 0; // Val of the text after the first ";"
     QString postingCode; // the text after the last ";", trimmed ("U", "T" or "B")
-    bool valid = false;  // not blank, and its account part is a number
+    bool valid = false; // not blank, and its account part is a number
 
     static AccountSetting fromItem(const QString &item);
     // The remark text of an account default setting: its text before any ";".

@@ -7,9 +7,12 @@
 
 #include <QDate>
 
-Deposit::Deposit(ProgramState &state, RentLedger &ledger, const PaymentRows &rows,
-                 const PostingChoices &choices)
-    : m_state(state), m_ledger(ledger), m_rows(rows), m_choices(choices)
+Deposit::Deposit(
+    ProgramState &state, RentLedger &ledger, const PaymentRows &rows, const PostingChoices &choices)
+    : m_state(state)
+    , m_ledger(ledger)
+    , m_rows(rows)
+    , m_choices(choices)
 {
 }
 

@@ -13,7 +13,7 @@ class Deposit
 {
 public:
     Deposit(ProgramState &state, RentLedger &ledger, const PaymentRows &rows,
-            const PostingChoices &choices);
+        const PostingChoices &choices);
 
     // Writes the deposit, its splits, then stores the total on it ("Deposit
     // Not found" when it cannot be found again; the amount then stays 0).

@@ -15,10 +15,18 @@ struct Column
 
 // In the grid's column order.
 constexpr Column kColumns[PaymentTableModel::ColumnCount] = {
-    {"Owner", 8, false},     {"Prop", 8, false},     {"Unit", 8, false},
-    {"Tenant", 8, false},    {"Unit Address", 24, false}, {"Tenant Name", 22, false},
-    {"Amount", 12, true},    {"Date", 10, false},    {"Check #", 9, false},
-    {"Dep Date", 10, false}, {"Method", 12, false},  {"Type", 14, false},
+    { "Owner", 8, false },
+    { "Prop", 8, false },
+    { "Unit", 8, false },
+    { "Tenant", 8, false },
+    { "Unit Address", 24, false },
+    { "Tenant Name", 22, false },
+    { "Amount", 12, true },
+    { "Date", 10, false },
+    { "Check #", 9, false },
+    { "Dep Date", 10, false },
+    { "Method", 12, false },
+    { "Type", 14, false },
 };
 
 QString cell(const QString &text, const Column &column)
@@ -49,8 +57,8 @@ QStringList heading(const QDateTime &printedAt)
     for (int c = 0; c < PaymentTableModel::ColumnCount; ++c)
         captions[std::size_t(c)] = QString::fromLatin1(kColumns[c].heading);
     const QString headings = row(captions);
-    return {Title, u"Printed "_qs + printedAt.toString(u"yyyy-MM-dd HH:mm"_qs), QString(),
-            headings, QString(headings.size(), u'-')};
+    return { Title, u"Printed "_qs + printedAt.toString(u"yyyy-MM-dd HH:mm"_qs), QString(),
+        headings, QString(headings.size(), u'-') };
 }
 
 QStringList body(const PaymentRows &rows)
@@ -68,11 +76,11 @@ QStringList body(const PaymentRows &rows)
 
 QStringList footer(const std::optional<Currency> &total)
 {
-    return {QString(), u"Total Amount: "_qs + (total ? total->toDollars() : QString())};
+    return { QString(), u"Total Amount: "_qs + (total ? total->toDollars() : QString()) };
 }
 
-QStringList lines(const PaymentRows &rows, const std::optional<Currency> &total,
-                  const QDateTime &printedAt)
+QStringList lines(
+    const PaymentRows &rows, const std::optional<Currency> &total, const QDateTime &printedAt)
 {
     return heading(printedAt) + body(rows) + footer(total);
 }

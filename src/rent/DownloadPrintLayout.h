@@ -21,7 +21,7 @@ QStringList body(const PaymentRows &rows);
 // amount is left out when the total is not known.
 QStringList footer(const std::optional<Currency> &total);
 // Everything on one sheet of endless paper: heading, body, footer.
-QStringList lines(const PaymentRows &rows, const std::optional<Currency> &total,
-                  const QDateTime &printedAt);
+QStringList lines(
+    const PaymentRows &rows, const std::optional<Currency> &total, const QDateTime &printedAt);
 
 } // namespace DownloadPrintLayout

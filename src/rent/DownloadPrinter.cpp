@@ -8,7 +8,7 @@
 #include <algorithm>
 
 bool DownloadPrinter::print(QPrinter &printer, const QStringList &heading, const QStringList &body,
-                            const QStringList &footer)
+    const QStringList &footer)
 {
     QPainter painter;
     if (!painter.begin(&printer))
@@ -16,7 +16,7 @@ bool DownloadPrinter::print(QPrinter &printer, const QStringList &heading, const
     const QRectF page = printer.pageLayout().paintRectPixels(printer.resolution());
 
     qsizetype widest = 0;
-    for (const QStringList *part : {&heading, &body, &footer})
+    for (const QStringList *part : { &heading, &body, &footer })
         for (const QString &line : *part)
             widest = std::max(widest, line.size());
 

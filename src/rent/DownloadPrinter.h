@@ -12,5 +12,5 @@ class DownloadPrinter
 public:
     // False when the printer could not be started.
     static bool print(QPrinter &printer, const QStringList &heading, const QStringList &body,
-                      const QStringList &footer);
+        const QStringList &footer);
 };

@@ -63,8 +63,8 @@ PaymentRow matchLine(const QString &line, int lineNumber, RentLookup &lookup)
 QString postedNoteFor(const PaymentRow &row, const QString &isoDate)
 {
     QString note = u"This payment looks already posted: the tenant's ledger holds a payment of "_qs
-                   + row.amount->abs().toDollars() + u" dated "_qs
-                   + VbText::shortDate(QDate::fromString(isoDate, Qt::ISODate));
+        + row.amount->abs().toDollars() + u" dated "_qs
+        + VbText::shortDate(QDate::fromString(isoDate, Qt::ISODate));
     const QVariant check = row.checkValue();
     note += check.isNull() ? u" without a check number."_qs
                            : u" with check number "_qs + check.toString() + u'.';
@@ -116,8 +116,8 @@ void markPosted(RentLookup &lookup, PaymentRows &rows)
         const QString iso = row.isoDate();
         if (!row.amount || iso.isEmpty())
             continue;
-        const auto posted = lookup.postedPayment(PaymentRow::key(row.tenantId()), row.amount->abs(),
-                                                 iso, row.checkValue());
+        const auto posted = lookup.postedPayment(
+            PaymentRow::key(row.tenantId()), row.amount->abs(), iso, row.checkValue());
         if (posted)
             row.postedNote = postedNoteFor(row, posted->date);
     }
@@ -164,9 +164,9 @@ LoadResult load(ProgramState &state)
             result.status = LoadStatus::FileMissing;
             break;
         default:
-            prompter.notice(kUnexpected + QString::number(error.number()) + u" - "_qs
-                                + error.description(),
-                            kUnexpectedTitle);
+            prompter.notice(
+                kUnexpected + QString::number(error.number()) + u" - "_qs + error.description(),
+                kUnexpectedTitle);
             result.status = LoadStatus::Failed;
             break;
         }

@@ -20,11 +20,11 @@ inline const QString OwnerNotFound = u"(Owner not found - cannot post!)"_qs;
 inline const QString NotFound = u"(not found - cannot post!)"_qs;
 
 enum class LoadStatus {
-    Loaded,      // rows read (possibly none before a line not starting with "P")
-    NoPayments,  // no candidate line: told, file deleted; the commands are off
+    Loaded, // rows read (possibly none before a line not starting with "P")
+    NoPayments, // no candidate line: told, file deleted; the commands are off
     FileMissing, // no payment file: the commands are off, nothing said
-    Malformed,   // a line with too few fields: told, no rows
-    Failed,      // any other error: told; when only the total failed, the rows are kept
+    Malformed, // a line with too few fields: told, no rows
+    Failed, // any other error: told; when only the total failed, the rows are kept
 };
 
 struct LoadResult

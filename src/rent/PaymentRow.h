@@ -14,21 +14,21 @@
 // grid columns, in order) and as the posting reads it back.
 struct PaymentRow
 {
-    int line = 0;             // 1-based line of the payment file it came from
-    QString owner;            // "O" + owner id, or the owner-not-found text
-    QString property;         // field 0 as in the file ("P12")
-    QString unit;             // field 1 as in the file
-    QString tenant;           // field 2 as in the file
-    QString address;          // the unit's address, or the not-found text
-    QString tenantName;       // "Last, First" / "Last", or the not-found text
-    QString amountText;       // field 3 as in the file
+    int line = 0; // 1-based line of the payment file it came from
+    QString owner; // "O" + owner id, or the owner-not-found text
+    QString property; // field 0 as in the file ("P12")
+    QString unit; // field 1 as in the file
+    QString tenant; // field 2 as in the file
+    QString address; // the unit's address, or the not-found text
+    QString tenantName; // "Last, First" / "Last", or the not-found text
+    QString amountText; // field 3 as in the file
     std::optional<Currency> amount; // field 3 read as money; nullopt when unreadable
-    QString date;             // field 4
-    QString checkNumber;      // first 9 characters of the trimmed field 5 when numeric, else ""
-    QString depositDate;      // field 6
-    QString method;           // field 7
-    QString transType;        // field 8; a carriage return before the line feed stays here
-    QString postedNote;       // set when the ledger seems to hold this payment already
+    QString date; // field 4
+    QString checkNumber; // first 9 characters of the trimmed field 5 when numeric, else ""
+    QString depositDate; // field 6
+    QString method; // field 7
+    QString transType; // field 8; a carriage return before the line feed stays here
+    QString postedNote; // set when the ledger seems to hold this payment already
 
     // A late fee: the type's first 8 characters are "Late Fee" (case matters).
     bool isLateFee() const { return transType.left(8) == u"Late Fee"_qs; }
@@ -54,7 +54,10 @@ struct PaymentRow
 
     // The id in a cell: its first character (the kind letter) dropped, then
     // trimmed and read as a number.
-    static double cellId(const QString &cell) { return VbText::Val(VbText::Trim(VbText::Mid(cell, 2))); }
+    static double cellId(const QString &cell)
+    {
+        return VbText::Val(VbText::Trim(VbText::Mid(cell, 2)));
+    }
     double ownerId() const { return cellId(owner); }
     double propertyId() const { return cellId(property); }
     double unitId() const { return cellId(unit); }

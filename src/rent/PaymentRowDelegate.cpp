@@ -2,8 +2,8 @@
 
 #include "rent/PaymentTableModel.h"
 
-void PaymentRowDelegate::initStyleOption(QStyleOptionViewItem *option,
-                                         const QModelIndex &index) const
+void PaymentRowDelegate::initStyleOption(
+    QStyleOptionViewItem *option, const QModelIndex &index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
     if (index.data(PaymentTableModel::PostedRole).toBool()) {

@@ -2,11 +2,14 @@
 
 namespace {
 const char *const kCaptions[PaymentTableModel::ColumnCount]
-    = {"OID", "PID", "UID", "TID", "Rental Unit Address", "Tenant Name", "Amount", "Date",
-       "Check #", "Deposit Date", "Method", "Trans Type"};
+    = { "OID", "PID", "UID", "TID", "Rental Unit Address", "Tenant Name", "Amount", "Date",
+          "Check #", "Deposit Date", "Method", "Trans Type" };
 } // namespace
 
-PaymentTableModel::PaymentTableModel(QObject *parent) : QAbstractTableModel(parent) {}
+PaymentTableModel::PaymentTableModel(QObject *parent)
+    : QAbstractTableModel(parent)
+{
+}
 
 void PaymentTableModel::setRows(PaymentRows rows)
 {
@@ -46,21 +49,34 @@ QString PaymentTableModel::caption(int column)
 QString PaymentTableModel::cellText(const PaymentRow &row, int column)
 {
     switch (column) {
-    case OID: return row.owner;
-    case PID: return row.property;
-    case UID: return row.unit;
-    case TID: return row.tenant;
-    case Address: return row.address;
-    case TenantName: return row.tenantName;
+    case OID:
+        return row.owner;
+    case PID:
+        return row.property;
+    case UID:
+        return row.unit;
+    case TID:
+        return row.tenant;
+    case Address:
+        return row.address;
+    case TenantName:
+        return row.tenantName;
     // The grid's "Currency" format: "$1,250.00", negatives "($125.00)";
     // a text that is no amount is shown as it stands.
-    case Amount: return row.amount ? row.amount->toDollarsParen() : row.amountText;
-    case Date: return row.date;
-    case CheckNumber: return row.checkNumber;
-    case DepositDate: return row.depositDate;
-    case Method: return row.method;
-    case TransType: return row.transType;
-    default: return {};
+    case Amount:
+        return row.amount ? row.amount->toDollarsParen() : row.amountText;
+    case Date:
+        return row.date;
+    case CheckNumber:
+        return row.checkNumber;
+    case DepositDate:
+        return row.depositDate;
+    case Method:
+        return row.method;
+    case TransType:
+        return row.transType;
+    default:
+        return {};
     }
 }
 

@@ -13,8 +13,19 @@ class PaymentTableModel : public QAbstractTableModel
 
 public:
     enum Column {
-        OID, PID, UID, TID, Address, TenantName, Amount, Date, CheckNumber, DepositDate, Method,
-        TransType, ColumnCount
+        OID,
+        PID,
+        UID,
+        TID,
+        Address,
+        TenantName,
+        Amount,
+        Date,
+        CheckNumber,
+        DepositDate,
+        Method,
+        TransType,
+        ColumnCount
     };
     static constexpr int PostedRole = Qt::UserRole + 1;
 
@@ -30,8 +41,8 @@ public:
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
-    QVariant headerData(int section, Qt::Orientation orientation,
-                        int role = Qt::DisplayRole) const override;
+    QVariant headerData(
+        int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     bool removeRows(int row, int count, const QModelIndex &parent = {}) override;
 
     // The cell text as the grid shows it (the amount in currency form).

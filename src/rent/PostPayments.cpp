@@ -28,9 +28,12 @@ enum Item { RentCategory = 0, RentDefault = 1, FeeCategory = 2, LateCategory = 4
 
 } // namespace
 
-PostPayments::PostPayments(ProgramState &state, RentLedger &ledger, const PaymentRows &rows,
-                           const PostingChoices &choices)
-    : m_state(state), m_ledger(ledger), m_rows(rows), m_choices(choices)
+PostPayments::PostPayments(
+    ProgramState &state, RentLedger &ledger, const PaymentRows &rows, const PostingChoices &choices)
+    : m_state(state)
+    , m_ledger(ledger)
+    , m_rows(rows)
+    , m_choices(choices)
 {
 }
 
@@ -59,8 +62,8 @@ QString PostPayments::lateDefaultRemark(const ProgramState &state)
     return AccountSetting::defaultText(state.IdItems[LateDefault]);
 }
 
-std::optional<Currency> PostPayments::managementFeeFor(const QString &ownerSetting,
-                                                       Currency payment)
+std::optional<Currency> PostPayments::managementFeeFor(
+    const QString &ownerSetting, Currency payment)
 {
     const qsizetype percent = ownerSetting.indexOf(u'%');
     if (percent < 0) {
@@ -111,8 +114,8 @@ bool PostPayments::postRow(const PaymentRow &row)
     const double tenantId = row.tenantId();
     const QVariant tenantKey = PaymentRow::key(tenantId);
     const Currency amount = row.amount.value_or(Currency()).abs();
-    const QVariant remark
-        = m_choices.remarkFor(row.method, late ? lateDefaultRemark(m_state) : rentDefaultRemark(m_state));
+    const QVariant remark = m_choices.remarkFor(
+        row.method, late ? lateDefaultRemark(m_state) : rentDefaultRemark(m_state));
 
     RentLedger::Line line;
     line.accountId = PaymentRow::longValue(setting.accountId);
@@ -137,9 +140,9 @@ bool PostPayments::postRow(const PaymentRow &row)
     if (code == u"T"_qs || code == u"B"_qs) {
         if (!m_ledger.addToTenantBalance(tenantKey, amount)) {
             return stop(u"Not found: Tenant ID #"_qs + PaymentRow::idText(tenantId)
-                        + u"\nAmount: "_qs + row.amountText + u"\nDate: "_qs + row.date
-                        + u"\nCheck Number: "_qs + row.checkNumber + u"\nRemark: "_qs
-                        + remark.toString() + u'\n' + kTenantMissing);
+                + u"\nAmount: "_qs + row.amountText + u"\nDate: "_qs + row.date
+                + u"\nCheck Number: "_qs + row.checkNumber + u"\nRemark: "_qs + remark.toString()
+                + u'\n' + kTenantMissing);
         }
     }
 

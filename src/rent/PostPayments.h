@@ -16,7 +16,7 @@ class PostPayments
 {
 public:
     PostPayments(ProgramState &state, RentLedger &ledger, const PaymentRows &rows,
-                 const PostingChoices &choices);
+        const PostingChoices &choices);
 
     // Runs the posting; false (and failed()) when it stopped on an error.
     bool run();

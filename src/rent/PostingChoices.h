@@ -11,11 +11,11 @@ struct PostingChoices
 {
     enum Remark { NoRemarkChoice = -1, DefaultRemark = 0, MethodRemark = 1, OwnRemark = 2 };
 
-    bool postMgmtFees = false;   // chkPostMgmtFees
-    bool createDeposit = true;   // chkCreateDeposit
-    QString depositNumber;       // txtCreateDeposit
+    bool postMgmtFees = false; // chkPostMgmtFees
+    bool createDeposit = true; // chkCreateDeposit
+    QString depositNumber; // txtCreateDeposit
     int remark = NoRemarkChoice; // optRemark list index (-1: nothing chosen)
-    QString remarkText;          // txtRemark
+    QString remarkText; // txtRemark
 
     // The remark of a ledger line: the method column or the own text, trimmed
     // and cut to 60 characters, or the default text; Null when no choice.

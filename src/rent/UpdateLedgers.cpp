@@ -45,17 +45,17 @@ bool checkReadable(ProgramState &state, const PaymentRows &rows, const PostingCh
         QString problem;
         if (!row.amount) {
             problem = u"The amount "_qs + quoted(row.amountText) + u" on "_qs + lineText(row)
-                      + u" cannot be read."_qs;
+                + u" cannot be read."_qs;
         } else if (row.isoDate().isEmpty()) {
             problem = u"The date "_qs + quoted(row.date) + u" on "_qs + lineText(row)
-                      + u" cannot be read."_qs;
+                + u" cannot be read."_qs;
         } else if (fees && row.isRent()) {
             const auto setting = ledger->ownerMgmtFee(PaymentRow::key(row.ownerId()));
             if (setting && !VbText::Trim(*setting).isEmpty()
                 && !PostPayments::managementFeeFor(*setting, *row.amount)) {
                 problem = u"The management fee "_qs + quoted(*setting) + u" of owner "_qs
-                          + PaymentRow::idText(row.ownerId()) + u" (for the payment on "_qs
-                          + lineText(row) + u") cannot be read."_qs;
+                    + PaymentRow::idText(row.ownerId()) + u" (for the payment on "_qs
+                    + lineText(row) + u") cannot be read."_qs;
             }
         }
         if (!problem.isEmpty()) {
@@ -71,14 +71,14 @@ bool run(ProgramState &state, const PaymentRows &rows, const PostingChoices &cho
     if (!checkReadable(state, rows, choices))
         return false;
     HostDb &db = state.db();
+    BusyCursor busy(state.prompter());
     try {
-        BusyCursor busy(state.prompter());
         RentBackup::write(db, state.folder());
     } catch (const RuntimeError &error) {
         state.prompter().notice(u"A backup copy of the Dwellix data could not be written to the "
                                 "\"backups\" folder ("_qs
-                                    + error.description() + u")."_qs + kNothingPosted,
-                                kTitle);
+                + error.description() + u")."_qs + kNothingPosted,
+            kTitle);
         return false;
     }
 
@@ -102,6 +102,7 @@ bool run(ProgramState &state, const PaymentRows &rows, const PostingChoices &cho
     if (transaction)
         transaction->commit();
 
+    busy.release();
     if (posting.failed())
         return false;
     state.prompter().notice(u"Your Dwellix Ledgers are now updated."_qs, u"Dwellix Remitra"_qs);

@@ -60,7 +60,8 @@ QString answerText(Prompter::Answer answer)
 } // namespace
 
 frmDownload::frmDownload(ProgramState &state, QWidget *parent)
-    : QDialog(parent), m_state(state)
+    : QDialog(parent)
+    , m_state(state)
 {
     m_choosePrinter = [this](QPrinter &printer) {
         QPrintDialog dialog(&printer, this);
@@ -118,8 +119,8 @@ void frmDownload::buildUi()
 
     auto *frmCreateDeposit = new QGroupBox(u"Create Deposit:"_qs, this);
     frmCreateDeposit->setObjectName(u"frmCreateDeposit"_qs);
-    chkCreateDeposit = new QCheckBox(u"Yes, create a deposit using this deposit number:"_qs,
-                                     frmCreateDeposit);
+    chkCreateDeposit
+        = new QCheckBox(u"Yes, create a deposit using this deposit number:"_qs, frmCreateDeposit);
     chkCreateDeposit->setObjectName(u"chkCreateDeposit"_qs);
     txtCreateDeposit = new QLineEdit(frmCreateDeposit);
     txtCreateDeposit->setObjectName(u"txtCreateDeposit"_qs);
@@ -133,9 +134,8 @@ void frmDownload::buildUi()
     fraRemark->setObjectName(u"optRemark"_qs);
     fraRemark->setAccessibleName(u"Transaction Remark Choices"_qs);
     optRemark = new QButtonGroup(this);
-    const QString choices[] = {u"Use standard 'default' REMARK entered under 'Preferences'."_qs,
-                               u"Use the 'Method' column entry for the Remark."_qs,
-                               u"Use this Remark: "_qs};
+    const QString choices[] = { u"Use standard 'default' REMARK entered under 'Preferences'."_qs,
+        u"Use the 'Method' column entry for the Remark."_qs, u"Use this Remark: "_qs };
     auto *remarkLayout = new QVBoxLayout(fraRemark);
     QRadioButton *ownRemark = nullptr;
     for (int i = 0; i < 3; ++i) {
@@ -165,7 +165,7 @@ void frmDownload::buildUi()
     cmdPrintScreen->setObjectName(u"cmdPrintScreen"_qs);
     cmdExit = new QPushButton(u"&Exit"_qs, this);
     cmdExit->setObjectName(u"cmdExit"_qs);
-    for (QPushButton *b : {cmdUpdate, cmdDeleteAll, cmdPrintScreen, cmdExit})
+    for (QPushButton *b : { cmdUpdate, cmdDeleteAll, cmdPrintScreen, cmdExit })
         b->setAutoDefault(false);
     connect(cmdUpdate, &QPushButton::clicked, this, &frmDownload::cmdUpdate_Click);
     connect(cmdDeleteAll, &QPushButton::clicked, this, &frmDownload::cmdDeleteAll_Click);
@@ -201,9 +201,9 @@ void frmDownload::buildUi()
     layout->addLayout(buttons);
 
     // Tab order follows the layout, top to bottom, left to right.
-    QWidget *order[] = {gridACHDownload, chkPostMgmtFees, chkCreateDeposit, txtCreateDeposit,
-                        optRemark->button(0), optRemark->button(1), optRemark->button(2),
-                        txtRemark, cmdUpdate, cmdDeleteAll, cmdPrintScreen, cmdExit};
+    QWidget *order[] = { gridACHDownload, chkPostMgmtFees, chkCreateDeposit, txtCreateDeposit,
+        optRemark->button(0), optRemark->button(1), optRemark->button(2), txtRemark, cmdUpdate,
+        cmdDeleteAll, cmdPrintScreen, cmdExit };
     for (std::size_t i = 1; i < std::size(order); ++i)
         setTabOrder(order[i - 1], order[i]);
 
@@ -344,8 +344,8 @@ void frmDownload::txtCreateDeposit_LostFocus()
     if (text.isEmpty() || VbText::IsNumeric(text))
         return;
     m_checkingDeposit = true;
-    m_state.prompter().notice(u"Please enter a number only for the Deposit Number"_qs,
-                              u"Create Deposit"_qs);
+    m_state.prompter().notice(
+        u"Please enter a number only for the Deposit Number"_qs, u"Create Deposit"_qs);
     txtCreateDeposit->setFocus();
     m_checkingDeposit = false;
 }
@@ -363,9 +363,8 @@ void frmDownload::PrintScreen()
     if (!m_choosePrinter || !m_choosePrinter(printer))
         return;
     const bool printed = DownloadPrinter::print(printer,
-                                                DownloadPrintLayout::heading(QDateTime::currentDateTime()),
-                                                DownloadPrintLayout::body(m_model->rows()),
-                                                DownloadPrintLayout::footer(m_total));
+        DownloadPrintLayout::heading(QDateTime::currentDateTime()),
+        DownloadPrintLayout::body(m_model->rows()), DownloadPrintLayout::footer(m_total));
     if (!printed) {
         m_state.prompter().notice(u"The printer could not be started."_qs, u"Remitra"_qs);
         return;
