@@ -137,8 +137,6 @@ LoadResult load(ProgramState &state)
     BusyCursor busy(prompter);
     LoadResult result;
     try {
-        RentLookup::ReadScope snapshot(state.db());
-        RentLookup lookup(state.db());
         const QString path = state.pathOf(state.PaymentDownloadName);
         const QString text = ReadWholeFile(path);
         if (candidateCount(text.split(u'\n')) <= 0) {
@@ -148,8 +146,14 @@ LoadResult load(ProgramState &state)
             result.status = LoadStatus::NoPayments;
             return result;
         }
-        PaymentRows rows = parse(text, lookup);
-        markPosted(lookup, rows);
+        PaymentRows rows;
+        {
+            // No message is shown while the snapshot holds the database.
+            RentLookup::ReadScope snapshot(state.db());
+            RentLookup lookup(state.db());
+            rows = parse(text, lookup);
+            markPosted(lookup, rows);
+        }
         // The rows are on screen before their total is taken: an amount that
         // cannot be read fails the total, not the rows.
         result.rows = std::move(rows);

@@ -32,38 +32,47 @@ QString lineText(const PaymentRow &row)
 
 } // namespace
 
-bool checkReadable(ProgramState &state, const PaymentRows &rows, const PostingChoices &choices)
+namespace {
+
+// The first row whose values cannot be read, as a sentence; "" when none.
+QString firstUnreadable(ProgramState &state, const PaymentRows &rows, const PostingChoices &choices)
 {
     const bool fees = choices.postMgmtFees && PostPayments::managementFee(state).valid;
-    std::optional<RentLedger> ledger;
     std::optional<RentLookup::ReadScope> snapshot;
+    std::optional<RentLedger> ledger;
     if (fees) {
         snapshot.emplace(state.db());
         ledger.emplace(state.db());
     }
     for (const PaymentRow &row : rows) {
-        QString problem;
-        if (!row.amount) {
-            problem = u"The amount "_qs + quoted(row.amountText) + u" on "_qs + lineText(row)
+        if (!row.amount)
+            return u"The amount "_qs + quoted(row.amountText) + u" on "_qs + lineText(row)
                 + u" cannot be read."_qs;
-        } else if (row.isoDate().isEmpty()) {
-            problem = u"The date "_qs + quoted(row.date) + u" on "_qs + lineText(row)
+        if (row.isoDate().isEmpty())
+            return u"The date "_qs + quoted(row.date) + u" on "_qs + lineText(row)
                 + u" cannot be read."_qs;
-        } else if (fees && row.isRent()) {
-            const auto setting = ledger->ownerMgmtFee(PaymentRow::key(row.ownerId()));
-            if (setting && !VbText::Trim(*setting).isEmpty()
-                && !PostPayments::managementFeeFor(*setting, *row.amount)) {
-                problem = u"The management fee "_qs + quoted(*setting) + u" of owner "_qs
-                    + PaymentRow::idText(row.ownerId()) + u" (for the payment on "_qs
-                    + lineText(row) + u") cannot be read."_qs;
-            }
-        }
-        if (!problem.isEmpty()) {
-            state.prompter().notice(problem + kNothingPosted, kTitle);
-            return false;
+        if (!fees || !row.isRent())
+            continue;
+        const auto setting = ledger->ownerMgmtFee(PaymentRow::key(row.ownerId()));
+        if (setting && !VbText::Trim(*setting).isEmpty()
+            && !PostPayments::managementFeeFor(*setting, *row.amount)) {
+            return u"The management fee "_qs + quoted(*setting) + u" of owner "_qs
+                + PaymentRow::idText(row.ownerId()) + u" (for the payment on "_qs + lineText(row)
+                + u") cannot be read."_qs;
         }
     }
-    return true;
+    return {};
+}
+
+} // namespace
+
+bool checkReadable(ProgramState &state, const PaymentRows &rows, const PostingChoices &choices)
+{
+    const QString problem = firstUnreadable(state, rows, choices);
+    if (problem.isEmpty())
+        return true;
+    state.prompter().notice(problem + kNothingPosted, kTitle);
+    return false;
 }
 
 bool run(ProgramState &state, const PaymentRows &rows, const PostingChoices &choices)
