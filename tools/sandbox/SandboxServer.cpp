@@ -140,15 +140,8 @@ void SandboxServer::handle(const QHttpServerRequest &request, QTcpSocket *socket
     bool wellFormed = false;
     const QMap<QByteArray, QByteArray> parts =
         Multipart::parse(request.body(), Multipart::boundary(header(request, "Content-Type")), &wellFormed);
-    QJsonObject entry{{u"path"_qs, path},
-                      {u"method"_qs, request.method() == QHttpServerRequest::Method::Post ? u"POST"_qs
-                                                                                           : u"other"_qs},
-                      {u"authorized"_qs, isAuthorized},
-                      {u"bodySize"_qs, double(request.body().size())}};
-    QJsonObject partsJson;
-    for (auto it = parts.cbegin(); it != parts.cend(); ++it)
-        partsJson.insert(QString::fromLatin1(it.key()), QString::fromLatin1(it.value().toBase64()));
-    entry.insert(u"parts"_qs, partsJson);
+    Received entry{path, request.method() == QHttpServerRequest::Method::Post, isAuthorized,
+                   request.body().size(), parts, 0, {}};
 
     Force force;
     if (!m_forces.isEmpty())
@@ -168,12 +161,12 @@ void SandboxServer::handle(const QHttpServerRequest &request, QTcpSocket *socket
     } else {
         answer = processorAnswer(path, parts);
     }
-    entry.insert(u"status"_qs, force.drop ? -1 : answer.status);
-    entry.insert(u"outcome"_qs, force.drop ? u"dropped"_qs
-                                : force.truncate ? u"truncated"_qs
-                                : force.delayMs > 0 ? u"delayed"_qs
-                                                    : u"answered"_qs);
-    m_received.append(entry);
+    entry.status = force.drop ? -1 : answer.status;
+    entry.outcome = force.drop ? u"dropped"_qs
+                    : force.truncate ? u"truncated"_qs
+                    : force.delayMs > 0 ? u"delayed"_qs
+                                        : u"answered"_qs;
+    m_received.append(std::move(entry));
 
     if (force.drop) {
         socket->abort();
@@ -264,17 +257,15 @@ SandboxServer::Answer SandboxServer::control(const QString &path, const QHttpSer
         answer.body = json({{u"forced"_qs, int(m_forces.size())}});
     } else if (path == u"/control/received"_qs) {
         QJsonObject counts;
-        for (const QJsonValue &v : std::as_const(m_received)) {
-            const QString p = v.toObject().value(u"path"_qs).toString();
-            counts.insert(p, counts.value(p).toInt() + 1);
-        }
+        for (const Received &r : std::as_const(m_received))
+            counts.insert(r.path, counts.value(r.path).toInt() + 1);
         answer.body = json({{u"total"_qs, int(m_received.size())},
                             {u"counts"_qs, counts},
-                            {u"requests"_qs, m_received}});
+                            {u"requests"_qs, receivedJson()}});
     } else if (path == u"/control/records"_qs) {
         answer.body = json(m_records.toJson());
     } else if (path == u"/control/clear"_qs) {
-        m_received = QJsonArray();
+        m_received.clear();
         m_forces.clear();
         answer.body = json({{u"ok"_qs, true}});
     } else {
@@ -282,6 +273,24 @@ SandboxServer::Answer SandboxServer::control(const QString &path, const QHttpSer
         answer.body.clear();
     }
     return answer;
+}
+
+QJsonArray SandboxServer::receivedJson() const
+{
+    QJsonArray out;
+    for (const Received &r : m_received) {
+        QJsonObject parts;
+        for (auto it = r.parts.cbegin(); it != r.parts.cend(); ++it)
+            parts.insert(QString::fromLatin1(it.key()), QString::fromLatin1(it.value().toBase64()));
+        out.append(QJsonObject{{u"path"_qs, r.path},
+                               {u"method"_qs, r.post ? u"POST"_qs : u"other"_qs},
+                               {u"authorized"_qs, r.authorized},
+                               {u"bodySize"_qs, double(r.bodySize)},
+                               {u"parts"_qs, parts},
+                               {u"status"_qs, r.status},
+                               {u"outcome"_qs, r.outcome}});
+    }
+    return out;
 }
 
 void SandboxServer::send(QTcpSocket *socket, const Answer &answer, bool truncate)

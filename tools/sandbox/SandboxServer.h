@@ -69,6 +69,19 @@ private:
     SandboxRecords m_records;
     QHttpServer m_server;
     quint16 m_port = 0;
+    // What came in, kept raw; turned into JSON only when asked for.
+    struct Received
+    {
+        QString path;
+        bool post = false;
+        bool authorized = false;
+        qint64 bodySize = 0;
+        QMap<QByteArray, QByteArray> parts;
+        int status = 0;
+        QString outcome;
+    };
+    QJsonArray receivedJson() const;
+
     QQueue<Force> m_forces;
-    QJsonArray m_received;
+    QList<Received> m_received;
 };
