@@ -45,11 +45,11 @@ private:
     // How the next processor request is to be answered instead of normally.
     struct Force
     {
-        int status = 0;          // answer with this code, without processing
-        QByteArray body;         // body for that answer
-        int delayMs = 0;         // process, then answer after this long
-        bool drop = false;       // process, then close without answering
-        bool truncate = false;   // process, then send half the body and close
+        int status = 0; // answer with this code, without processing
+        QByteArray body; // body for that answer
+        int delayMs = 0; // process, then answer after this long
+        bool drop = false; // process, then close without answering
+        bool truncate = false; // process, then send half the body and close
     };
     struct Answer
     {
