@@ -14,7 +14,7 @@ QString line(const PaymentRow &row, bool secondPair)
     else
         payee = u"V"_qs + QString::number(row.IDField);
     return u"B"_qs + QString::number(row.CkID) + u'|' + payee + u'|' + VbText::Trim(row.CkRemark)
-           + u'|' + row.CkAmount.abs().toPlainText();
+        + u'|' + row.CkAmount.abs().toPlainText();
 }
 
 void write(const HostDb &db, const QString &path, const QList<PaymentRow> &rows)

@@ -28,7 +28,8 @@ void touch(const QString &path)
 } // namespace
 
 DistributionRun::DistributionRun(ProgramState &state, bool &stopRejections)
-    : m_state(state), m_stopRejections(stopRejections)
+    : m_state(state)
+    , m_stopRejections(stopRejections)
 {
 }
 
@@ -43,8 +44,8 @@ QString DistributionRun::completeText()
            "correct the error and try again or process them manually."_qs;
 }
 
-bool DistributionRun::MakePaymentsNow(const QList<PaymentRow> &selected,
-                                      const std::function<void()> &emptySelection)
+bool DistributionRun::MakePaymentsNow(
+    const QList<PaymentRow> &selected, const std::function<void()> &emptySelection)
 {
     Prompter &prompter = m_state.prompter();
     if (selected.isEmpty()) {
@@ -74,13 +75,13 @@ bool DistributionRun::MakePaymentsNow(const QList<PaymentRow> &selected,
             busy.release();
             prompter.notice(u"The Remitra distribution file was not found. Please make sure that "
                             "you have Owner or Vendor payments to process."_qs,
-                            u"Remitra"_qs);
+                u"Remitra"_qs);
             return false;
         }
         paymentText = ReadWholeFile(distribution);
     }
-    const ProcessorCall::Outcome outcome =
-        ProcessorCall::transmitPayees(m_state, QStringLiteral(""), paymentText);
+    const ProcessorCall::Outcome outcome
+        = ProcessorCall::transmitPayees(m_state, QStringLiteral(""), paymentText);
     if (m_state.ResultCode != 200)
         return false;
 
@@ -94,7 +95,7 @@ bool DistributionRun::MakePaymentsNow(const QList<PaymentRow> &selected,
                         "them was posted. The checks remain in your 'Entered Check File'. Look "
                         "up the payments at the Quenta Payment website before sending them "
                         "again."_qs,
-                        kNoticeTitle);
+            kNoticeTitle);
         return false;
     }
     const ResponseMatcher response(ReadWholeFile(responsePath));
@@ -103,8 +104,8 @@ bool DistributionRun::MakePaymentsNow(const QList<PaymentRow> &selected,
 }
 
 void DistributionRun::finish(ProgramState &state, const QList<PaymentRow> &rows,
-                             const ResponseMatcher &response, bool &stopRejections,
-                             const std::function<void()> &emptySelection)
+    const ResponseMatcher &response, bool &stopRejections,
+    const std::function<void()> &emptySelection)
 {
     Prompter &prompter = state.prompter();
     QList<PaidCheckPosting::Message> messages;
@@ -120,7 +121,7 @@ void DistributionRun::finish(ProgramState &state, const QList<PaymentRow> &rows,
         messages = posting.messages();
 
         TransferFile::renameReplacing(state.pathOf(state.DisbursementUploadName),
-                                      state.pathOf(DistributionFile::LastUploadName));
+            state.pathOf(DistributionFile::LastUploadName));
     }
     PaidCheckPosting::showMessages(state, messages, stopRejections);
     if (emptySelection)

@@ -27,16 +27,16 @@ public:
     // The rows in the order they were chosen. emptySelection is called once
     // the accepted checks are posted. Returns true when the run reached its
     // end (the list has changed).
-    bool MakePaymentsNow(const QList<PaymentRow> &selected,
-                         const std::function<void()> &emptySelection);
+    bool MakePaymentsNow(
+        const QList<PaymentRow> &selected, const std::function<void()> &emptySelection);
 
     // Posts the accepted rows and removes the paid entered checks and splits
     // in one transaction, renames the distribution file to the last-upload
     // file, shows the collected messages, calls emptySelection and closes
     // with the completion notice.
     static void finish(ProgramState &state, const QList<PaymentRow> &rows,
-                       const ResponseMatcher &response, bool &stopRejections,
-                       const std::function<void()> &emptySelection);
+        const ResponseMatcher &response, bool &stopRejections,
+        const std::function<void()> &emptySelection);
 
     static QString noSelectionText();
     static QString completeText();

@@ -57,9 +57,8 @@ QList<QStringList> load(ProgramState &state)
             return {};
         busy.release();
         state.prompter().notice(u"Unexpected error in payment file: "_qs
-                                    + QString::number(error.number()) + u" - "_qs
-                                    + error.description(),
-                                u"Payment File Download"_qs);
+                + QString::number(error.number()) + u" - "_qs + error.description(),
+            u"Payment File Download"_qs);
         return {};
     }
 }

@@ -13,7 +13,7 @@ const QString kNotPostedTitle = u"Post Transaction"_qs;
 bool isLedgerCode(const QString &code)
 {
     return code == u"U"_qs || code == u"B"_qs || code == u"T"_qs || code == u"O"_qs
-           || code == u"P"_qs;
+        || code == u"P"_qs;
 }
 
 // A date as the host shows it; text that is not a date as it stands.
@@ -26,7 +26,11 @@ QString dateText(const QVariant &value)
 
 } // namespace
 
-PaidCheckPosting::PaidCheckPosting(HostDb &db) : m_db(db), m_targets(db) {}
+PaidCheckPosting::PaidCheckPosting(HostDb &db)
+    : m_db(db)
+    , m_targets(db)
+{
+}
 
 int PaidCheckPosting::PostCheck(const QList<PaymentRow> &rows, const ResponseMatcher &response)
 {
@@ -34,8 +38,8 @@ int PaidCheckPosting::PostCheck(const QList<PaymentRow> &rows, const ResponseMat
     for (const PaymentRow &check : rows) {
         const ResponseMatcher::Verdict verdict = response.verdict(check.payeeId(), check.CkID);
         if (!verdict.accepted) {
-            m_messages.append({Message::Rejected,
-                               rejectionText(check, verdict.payeeField, verdict.reason)});
+            m_messages.append(
+                { Message::Rejected, rejectionText(check, verdict.payeeField, verdict.reason) });
             continue;
         }
         const qint64 printedId = m_db.addPrintedCheck(check);
@@ -62,7 +66,7 @@ int PaidCheckPosting::PostCheck(const QList<PaymentRow> &rows, const ResponseMat
 void PaidCheckPosting::PostTransaction(const Work &work, const PaymentRow &check)
 {
     if (!m_db.addToBalance(work.postTo, work.postToId, work.amount)) {
-        m_messages.append({Message::NotPosted, notPostedText(check.CkNumber)});
+        m_messages.append({ Message::NotPosted, notPostedText(check.CkNumber) });
         return;
     }
     CheckPosting::LedgerEntry entry;
@@ -87,8 +91,8 @@ void PaidCheckPosting::DeleteEnteredChecks(const QList<PaymentRow> &rows)
         m_db.deleteEnteredIfPaid(check.CkID);
 }
 
-void PaidCheckPosting::showMessages(ProgramState &state, const QList<Message> &messages,
-                                    bool &stopRejections)
+void PaidCheckPosting::showMessages(
+    ProgramState &state, const QList<Message> &messages, bool &stopRejections)
 {
     Prompter &prompter = state.prompter();
     for (const Message &m : messages) {
@@ -103,23 +107,21 @@ void PaidCheckPosting::showMessages(ProgramState &state, const QList<Message> &m
     }
 }
 
-QString PaidCheckPosting::rejectionText(const PaymentRow &check, const QString &payeeField,
-                                        const QString &reason)
+QString PaidCheckPosting::rejectionText(
+    const PaymentRow &check, const QString &payeeField, const QString &reason)
 {
     const QChar cr(u'\r');
     return u"This transaction was NOT successfully posted to Quenta Property Pay and will still "
            "remain in your 'Entered Check File' so you can process it later:"_qs
-           + cr + cr + u"Payee ID: "_qs + payeeField
-           + cr + u"Payee Name: "_qs + check.CkPayee
-           + cr + u"Transaction Date: "_qs + dateText(check.CkDate)
-           + cr + u"Transaction Amount: "_qs + check.CkAmount.toPlainText()
-           + cr + u"Transaction Invoice: "_qs + check.CkInvoice
-           + cr + u"Transaction Remark: "_qs + check.CkRemark
-           + cr + cr + reason
-           + cr + cr + u"To see details of all rejected payments, visit your account at the Quenta "
-                       "Payment website after the rest of the transactions are processed."_qs
-           + cr + cr + u"Do you want to continue receiving these messages stopping at each "
-                       "unprocessed transaction?"_qs;
+        + cr + cr + u"Payee ID: "_qs + payeeField + cr + u"Payee Name: "_qs + check.CkPayee + cr
+        + u"Transaction Date: "_qs + dateText(check.CkDate) + cr + u"Transaction Amount: "_qs
+        + check.CkAmount.toPlainText() + cr + u"Transaction Invoice: "_qs + check.CkInvoice + cr
+        + u"Transaction Remark: "_qs + check.CkRemark + cr + cr + reason + cr + cr
+        + u"To see details of all rejected payments, visit your account at the Quenta "
+          "Payment website after the rest of the transactions are processed."_qs
+        + cr + cr
+        + u"Do you want to continue receiving these messages stopping at each "
+          "unprocessed transaction?"_qs;
 }
 
 QString PaidCheckPosting::notPostedText(const QVariant &checkNumber)

@@ -37,9 +37,9 @@ public:
     // The working values of the split line being posted.
     struct Work
     {
-        Currency amount;   // minus the absolute split amount
+        Currency amount; // minus the absolute split amount
         qint32 postToId = 0;
-        QString postTo;    // "O", "P", "T", "U" or "B"
+        QString postTo; // "O", "P", "T", "U" or "B"
         qint32 accountId = 0;
         QString remark;
     };
@@ -58,11 +58,11 @@ public:
     // ("Post Transaction"); a rejection as a Yes/No question ("Dwellix
     // Remitra") while stopRejections is off. The answer goes to
     // state.MsgAnswer ("6" Yes, "7" No); No turns stopRejections on.
-    static void showMessages(ProgramState &state, const QList<Message> &messages,
-                             bool &stopRejections);
+    static void showMessages(
+        ProgramState &state, const QList<Message> &messages, bool &stopRejections);
 
-    static QString rejectionText(const PaymentRow &check, const QString &payeeField,
-                                 const QString &reason);
+    static QString rejectionText(
+        const PaymentRow &check, const QString &payeeField, const QString &reason);
     static QString notPostedText(const QVariant &checkNumber);
 
 private:

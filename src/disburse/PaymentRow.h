@@ -15,8 +15,8 @@ struct PaymentRow
 {
     qint64 CkID = 0;
     QString CkPayee;
-    QVariant CkDate;      // as stored (ISO date text)
-    Currency CkAmount;    // a missing amount reads as 0
+    QVariant CkDate; // as stored (ISO date text)
+    Currency CkAmount; // a missing amount reads as 0
     QString CkRemark;
     QString CkInvoice;
     QString CkType;
@@ -31,5 +31,5 @@ struct PaymentRow
     qint64 payeeId() const { return IDField < 0 ? -IDField : IDField; }
 
     using Key = std::pair<qint64, qint64>;
-    Key key() const { return {CkID, IDField}; }
+    Key key() const { return { CkID, IDField }; }
 };

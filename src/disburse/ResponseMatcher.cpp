@@ -36,9 +36,9 @@ ResponseMatcher::ResponseMatcher(const QString &responseText)
         // nothing.
         if (fields.size() < 3)
             continue;
-        const Key key{payeeNumber(fields[0]), VbText::Val(fields[1].mid(1))};
+        const Key key { payeeNumber(fields[0]), VbText::Val(fields[1].mid(1)) };
         m_byPayment[key].append(int(m_lines.size()));
-        m_lines.append(Line{fields[0], fields[2], fields.size() > 3 ? fields[3] : QString()});
+        m_lines.append(Line { fields[0], fields[2], fields.size() > 3 ? fields[3] : QString() });
     }
 }
 
@@ -52,7 +52,7 @@ QString ResponseMatcher::notSetUpReason()
 ResponseMatcher::Verdict ResponseMatcher::verdict(qint64 payeeId, qint64 ckId) const
 {
     Verdict v;
-    const auto it = m_byPayment.constFind(Key{double(payeeId), double(ckId)});
+    const auto it = m_byPayment.constFind(Key { double(payeeId), double(ckId) });
     if (it == m_byPayment.cend())
         return v;
     for (int index : *it) {
@@ -63,7 +63,7 @@ ResponseMatcher::Verdict ResponseMatcher::verdict(qint64 payeeId, qint64 ckId) c
         }
         v.payeeField = line.payee;
         v.reason = u"Reason for Rejection: (Error "_qs + line.result + u") "_qs
-                   + (line.result == u"4"_qs ? notSetUpReason() : line.reason);
+            + (line.result == u"4"_qs ? notSetUpReason() : line.reason);
     }
     return v;
 }

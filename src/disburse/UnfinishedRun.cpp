@@ -26,7 +26,7 @@ bool present(const ProgramState &state)
     const QFileInfo distribution(state.pathOf(state.DisbursementUploadName));
     const QFileInfo response(state.pathOf(DistributionFile::ResponseName));
     return distribution.isFile() && response.isFile()
-           && response.lastModified() >= distribution.lastModified();
+        && response.lastModified() >= distribution.lastModified();
 }
 
 Outcome settle(ProgramState &state, bool &stopRejections)
@@ -42,7 +42,7 @@ Outcome settle(ProgramState &state, bool &stopRejections)
     {
         DisburseLookup lookup(state.db());
         for (const DistributionFile::SentLine &sent :
-             DistributionFile::parse(ReadWholeFile(distributionPath))) {
+            DistributionFile::parse(ReadWholeFile(distributionPath))) {
             const qint64 payeeId = sent.IDField < 0 ? -sent.IDField : sent.IDField;
             if (!response.verdict(payeeId, sent.CkID).accepted)
                 continue;
@@ -57,13 +57,13 @@ Outcome settle(ProgramState &state, bool &stopRejections)
 
     if (waiting.isEmpty()) {
         // Everything it paid is posted: only the file was left behind.
-        TransferFile::renameReplacing(distributionPath,
-                                      state.pathOf(DistributionFile::LastUploadName));
+        TransferFile::renameReplacing(
+            distributionPath, state.pathOf(DistributionFile::LastUploadName));
         return Outcome::Clear;
     }
 
-    const QString question =
-        u"The last payment distribution was not finished. Quenta Payment Services accepted "_qs
+    const QString question
+        = u"The last payment distribution was not finished. Quenta Payment Services accepted "_qs
         + QString::number(waiting.size()) + u" payment(s) totalling "_qs + total.toDollarsParen()
         + u" that are still in your 'Entered Check File'. They have been paid and must not be "
           "sent again.\r\rPost them now?"_qs;

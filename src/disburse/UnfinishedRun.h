@@ -9,8 +9,8 @@ class ProgramState;
 namespace UnfinishedRun {
 
 enum class Outcome {
-    Clear,    // no unfinished run (any left with nothing to post was completed)
-    Posted,   // its accepted checks were posted now
+    Clear, // no unfinished run (any left with nothing to post was completed)
+    Posted, // its accepted checks were posted now
     Declined, // the user chose to leave them unposted for now
 };
 

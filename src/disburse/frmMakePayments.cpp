@@ -22,7 +22,8 @@
 #include <QVBoxLayout>
 
 frmMakePayments::frmMakePayments(ProgramState &state, QWidget *parent)
-    : QWidget(parent, Qt::Window), m_state(state)
+    : QWidget(parent, Qt::Window)
+    , m_state(state)
 {
     setObjectName(u"frmMakePayments"_qs);
     setWindowTitle(u"Make Payments"_qs);
@@ -52,11 +53,11 @@ frmMakePayments::frmMakePayments(ProgramState &state, QWidget *parent)
     gridMakePayments->setEditTriggers(QAbstractItemView::NoEditTriggers);
     gridMakePayments->setColumnHidden(PaymentListModel::IDField, true);
     gridMakePayments->verticalHeader()->setVisible(false);
-    gridMakePayments->horizontalHeader()->setSectionResizeMode(PaymentListModel::Remark,
-                                                               QHeaderView::Stretch);
+    gridMakePayments->horizontalHeader()->setSectionResizeMode(
+        PaymentListModel::Remark, QHeaderView::Stretch);
     gridMakePayments->setColumnWidth(PaymentListModel::Payee, 200);
     connect(gridMakePayments->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-            &frmMakePayments::gridMakePayments_SelChange);
+        &frmMakePayments::gridMakePayments_SelChange);
 
     optSortBy = new QComboBox(this);
     optSortBy->setObjectName(u"optSortBy"_qs);
@@ -80,8 +81,7 @@ frmMakePayments::frmMakePayments(ProgramState &state, QWidget *parent)
     };
     cmdSelectAll = button(u"cmdSelectAll"_qs, u"&Select All"_qs);
     cmdDeSelectAll = button(u"cmdDeSelectAll"_qs, u"De-Select All"_qs);
-    cmdMakePaymentsNow =
-        button(u"cmdMakePaymentsNow"_qs, u"&Make all SELECTED payments now"_qs);
+    cmdMakePaymentsNow = button(u"cmdMakePaymentsNow"_qs, u"&Make all SELECTED payments now"_qs);
     cmdShowLast = button(u"cmdShowLast"_qs, u"Show &Last Batch"_qs);
     cmdExit = button(u"cmdExit"_qs, u"&Exit"_qs);
 
@@ -117,7 +117,7 @@ frmMakePayments::frmMakePayments(ProgramState &state, QWidget *parent)
     connect(cmdSelectAll, &QPushButton::clicked, this, &frmMakePayments::cmdSelectAll_Click);
     connect(cmdDeSelectAll, &QPushButton::clicked, this, &frmMakePayments::cmdDeSelectAll_Click);
     connect(cmdMakePaymentsNow, &QPushButton::clicked, this,
-            &frmMakePayments::cmdMakePaymentsNow_Click);
+        &frmMakePayments::cmdMakePaymentsNow_Click);
     connect(cmdShowLast, &QPushButton::clicked, this, &frmMakePayments::cmdShowLast_Click);
     connect(cmdExit, &QPushButton::clicked, this, &frmMakePayments::cmdExit_Click);
 
@@ -166,8 +166,8 @@ void frmMakePayments::reselect()
         if (r < 0)
             continue;
         kept.append(key);
-        selection.select(m_model->index(r, 0),
-                         m_model->index(r, PaymentListModel::ColumnCount - 1));
+        selection.select(
+            m_model->index(r, 0), m_model->index(r, PaymentListModel::ColumnCount - 1));
     }
     m_quiet = true;
     gridMakePayments->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
@@ -183,8 +183,8 @@ void frmMakePayments::optSortBy_Click()
     TopLevel::run(m_state, [this] { loadList(); });
 }
 
-void frmMakePayments::gridMakePayments_SelChange(const QItemSelection &selected,
-                                                 const QItemSelection &deselected)
+void frmMakePayments::gridMakePayments_SelChange(
+    const QItemSelection &selected, const QItemSelection &deselected)
 {
     if (m_quiet)
         return;

@@ -44,8 +44,8 @@ public slots:
 
 private:
     void Form_Load();
-    void gridMakePayments_SelChange(const QItemSelection &selected,
-                                    const QItemSelection &deselected);
+    void gridMakePayments_SelChange(
+        const QItemSelection &selected, const QItemSelection &deselected);
     void loadList();
     void reselect();
     void emptySelection();

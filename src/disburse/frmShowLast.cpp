@@ -10,7 +10,8 @@
 #include <QVBoxLayout>
 
 frmShowLast::frmShowLast(ProgramState &state, QWidget *parent)
-    : QWidget(parent, Qt::Window), m_state(state)
+    : QWidget(parent, Qt::Window)
+    , m_state(state)
 {
     setObjectName(u"frmShowLast"_qs);
     setWindowTitle(u"Last Batch Processed"_qs);
@@ -19,7 +20,7 @@ frmShowLast::frmShowLast(ProgramState &state, QWidget *parent)
     gridShowLast->setObjectName(u"gridShowLast"_qs);
     gridShowLast->setAccessibleName(u"Payments of the last batch"_qs);
     gridShowLast->setHorizontalHeaderLabels(
-        {u"Check"_qs, u"Payee"_qs, u"Remark"_qs, u"Amount"_qs, QString(), QString(), QString()});
+        { u"Check"_qs, u"Payee"_qs, u"Remark"_qs, u"Amount"_qs, QString(), QString(), QString() });
     gridShowLast->setEditTriggers(QAbstractItemView::NoEditTriggers);
     gridShowLast->setSelectionBehavior(QAbstractItemView::SelectRows);
     gridShowLast->horizontalHeader()->setSectionResizeMode(2, QHeaderView::Stretch);

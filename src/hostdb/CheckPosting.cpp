@@ -4,39 +4,44 @@
 
 namespace {
 
-const QString kAddPrinted =
-    u"INSERT INTO CheckDepPrinted (CkPayee, CkVendorID, CkAmount, CkDate, CkInvoice, CkRemark, "
-    "CkStatus, CkSplit, CkType, CkAccountID, CkPostToID, CkNumber, CkPostTo) "
-    "VALUES (:payee, :vendor, :amount, :date, :invoice, :remark, 'P', 'Y', 'C', NULL, NULL, NULL, '')"_qs;
+const QString kAddPrinted
+    = u"INSERT INTO CheckDepPrinted (CkPayee, CkVendorID, CkAmount, CkDate, CkInvoice, CkRemark, "
+      "CkStatus, CkSplit, CkType, CkAccountID, CkPostToID, CkNumber, CkPostTo) "
+      "VALUES (:payee, :vendor, :amount, :date, :invoice, :remark, 'P', 'Y', 'C', NULL, NULL, NULL, '')"_qs;
 const QString kMarkEntered = u"UPDATE CheckEntered SET CkType = 'X' WHERE CkID = :id"_qs;
-const QString kSplits =
-    u"SELECT SplitID, CkAmount, CkAccountID, CkPostToID, CkRemark, CkStatus, CkType, CkPostTo "
-    "FROM SplitChecks WHERE CkNumber = :ck ORDER BY SplitID"_qs;
-const QString kAddSplit =
-    u"INSERT INTO SplitPrintedChecks (CkNumber, CkAmount, CkAccountID, CkPostToID, CkRemark, "
-    "CkStatus, CkType, CkPostTo) VALUES (:ck, :amount, :account, :postToId, :remark, :status, "
-    ":type, :postTo)"_qs;
+const QString kSplits
+    = u"SELECT SplitID, CkAmount, CkAccountID, CkPostToID, CkRemark, CkStatus, CkType, CkPostTo "
+      "FROM SplitChecks WHERE CkNumber = :ck ORDER BY SplitID"_qs;
+const QString kAddSplit
+    = u"INSERT INTO SplitPrintedChecks (CkNumber, CkAmount, CkAccountID, CkPostToID, CkRemark, "
+      "CkStatus, CkType, CkPostTo) VALUES (:ck, :amount, :account, :postToId, :remark, :status, "
+      ":type, :postTo)"_qs;
 const QString kMarkSplit = u"UPDATE SplitChecks SET CkType = 'X' WHERE SplitID = :id"_qs;
-const QString kAddTransaction =
-    u"INSERT INTO Transactions (TransAmount, TransDate, TransAccountID, TransPostToID, "
-    "TransStatus, TransType, TransTax, TransRemark, TransCheckNumber, TransOID, TransPID, "
-    "TransTID, TransUID) VALUES (:amount, :date, :account, :postToId, :status, 'C', 'N', :remark, "
-    "NULL, :oid, :pid, :tid, :uid)"_qs;
+const QString kAddTransaction
+    = u"INSERT INTO Transactions (TransAmount, TransDate, TransAccountID, TransPostToID, "
+      "TransStatus, TransType, TransTax, TransRemark, TransCheckNumber, TransOID, TransPID, "
+      "TransTID, TransUID) VALUES (:amount, :date, :account, :postToId, :status, 'C', 'N', "
+      ":remark, "
+      "NULL, :oid, :pid, :tid, :uid)"_qs;
 
 // The first record with the key, as a seek on the table's index finds it.
-const QString kFindOwner = u"SELECT rowid, OCurrBal FROM Owners WHERE OwnerID = :id ORDER BY rowid LIMIT 1"_qs;
+const QString kFindOwner
+    = u"SELECT rowid, OCurrBal FROM Owners WHERE OwnerID = :id ORDER BY rowid LIMIT 1"_qs;
 const QString kSetOwner = u"UPDATE Owners SET OCurrBal = :bal WHERE rowid = :row"_qs;
-const QString kFindProperty = u"SELECT rowid, PCurrBal FROM Properties WHERE PropID = :id ORDER BY rowid LIMIT 1"_qs;
+const QString kFindProperty
+    = u"SELECT rowid, PCurrBal FROM Properties WHERE PropID = :id ORDER BY rowid LIMIT 1"_qs;
 const QString kSetProperty = u"UPDATE Properties SET PCurrBal = :bal WHERE rowid = :row"_qs;
-const QString kFindTenant = u"SELECT rowid, TCurrBal FROM Tenants WHERE TenantID = :id ORDER BY rowid LIMIT 1"_qs;
+const QString kFindTenant
+    = u"SELECT rowid, TCurrBal FROM Tenants WHERE TenantID = :id ORDER BY rowid LIMIT 1"_qs;
 const QString kSetTenant = u"UPDATE Tenants SET TCurrBal = :bal WHERE rowid = :row"_qs;
-const QString kFindUnit = u"SELECT rowid, UCurrBal FROM Units WHERE UTenantID = :id ORDER BY rowid LIMIT 1"_qs;
+const QString kFindUnit
+    = u"SELECT rowid, UCurrBal FROM Units WHERE UTenantID = :id ORDER BY rowid LIMIT 1"_qs;
 const QString kSetUnit = u"UPDATE Units SET UCurrBal = :bal WHERE rowid = :row"_qs;
 
 // The host's own check posting marks and compares "X" in capitals.
 const QString kDeleteSplits = u"DELETE FROM SplitChecks WHERE CkType = 'X' COLLATE BINARY"_qs;
-const QString kDeleteEntered =
-    u"DELETE FROM CheckEntered WHERE CkID = :id AND CkType = 'X' COLLATE BINARY"_qs;
+const QString kDeleteEntered
+    = u"DELETE FROM CheckEntered WHERE CkID = :id AND CkType = 'X' COLLATE BINARY"_qs;
 
 Currency money(const QVariant &v)
 {
@@ -46,14 +51,22 @@ Currency money(const QVariant &v)
 } // namespace
 
 CheckPosting::CheckPosting(const HostDb &db)
-    : m_addPrinted(db.prepare(kAddPrinted)), m_markEntered(db.prepare(kMarkEntered)),
-      m_splits(db.prepare(kSplits)), m_addSplit(db.prepare(kAddSplit)),
-      m_markSplit(db.prepare(kMarkSplit)), m_addTransaction(db.prepare(kAddTransaction)),
-      m_findOwner(db.prepare(kFindOwner)), m_setOwner(db.prepare(kSetOwner)),
-      m_findProperty(db.prepare(kFindProperty)), m_setProperty(db.prepare(kSetProperty)),
-      m_findTenant(db.prepare(kFindTenant)), m_setTenant(db.prepare(kSetTenant)),
-      m_findUnit(db.prepare(kFindUnit)), m_setUnit(db.prepare(kSetUnit)),
-      m_deleteSplits(db.prepare(kDeleteSplits)), m_deleteEntered(db.prepare(kDeleteEntered))
+    : m_addPrinted(db.prepare(kAddPrinted))
+    , m_markEntered(db.prepare(kMarkEntered))
+    , m_splits(db.prepare(kSplits))
+    , m_addSplit(db.prepare(kAddSplit))
+    , m_markSplit(db.prepare(kMarkSplit))
+    , m_addTransaction(db.prepare(kAddTransaction))
+    , m_findOwner(db.prepare(kFindOwner))
+    , m_setOwner(db.prepare(kSetOwner))
+    , m_findProperty(db.prepare(kFindProperty))
+    , m_setProperty(db.prepare(kSetProperty))
+    , m_findTenant(db.prepare(kFindTenant))
+    , m_setTenant(db.prepare(kSetTenant))
+    , m_findUnit(db.prepare(kFindUnit))
+    , m_setUnit(db.prepare(kSetUnit))
+    , m_deleteSplits(db.prepare(kDeleteSplits))
+    , m_deleteEntered(db.prepare(kDeleteEntered))
 {
 }
 

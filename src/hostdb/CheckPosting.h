@@ -59,7 +59,7 @@ public:
         qint32 postToId = 0;
         QString code;
         QString remark;
-        std::array<qint32, 4> targets{}; // owner, property, unit, tenant
+        std::array<qint32, 4> targets {}; // owner, property, unit, tenant
     };
     // Adds the ledger transaction of a posted split line (type "C", tax "N",
     // no check number). The unit goes to TransTID and the tenant to

@@ -31,18 +31,23 @@ SELECT CheckEntered.*, v.VenID AS IDField, v.VenName, v.VenContact
   FROM CheckEntered JOIN VendorKeys v ON v.PayeeKey = trim(CheckEntered.CkPayee, ' ')
  WHERE CheckEntered.CkVendorID = -1)"_qs;
 
-const QString kOwnerSql =
-    u"SELECT OFirstName2, OLastName2 FROM Owners WHERE OwnerID = :id"_qs;
+const QString kOwnerSql = u"SELECT OFirstName2, OLastName2 FROM Owners WHERE OwnerID = :id"_qs;
 const QString kCheckSql = u"SELECT * FROM CheckEntered WHERE CkID = :id"_qs;
 
 struct Columns
 {
     explicit Columns(const QSqlRecord &r)
-        : id(r.indexOf(u"CkID"_qs)), payee(r.indexOf(u"CkPayee"_qs)), date(r.indexOf(u"CkDate"_qs)),
-          amount(r.indexOf(u"CkAmount"_qs)), remark(r.indexOf(u"CkRemark"_qs)),
-          invoice(r.indexOf(u"CkInvoice"_qs)), type(r.indexOf(u"CkType"_qs)),
-          vendor(r.indexOf(u"CkVendorID"_qs)), number(r.indexOf(u"CkNumber"_qs)),
-          idField(r.indexOf(u"IDField"_qs)), count(r.count())
+        : id(r.indexOf(u"CkID"_qs))
+        , payee(r.indexOf(u"CkPayee"_qs))
+        , date(r.indexOf(u"CkDate"_qs))
+        , amount(r.indexOf(u"CkAmount"_qs))
+        , remark(r.indexOf(u"CkRemark"_qs))
+        , invoice(r.indexOf(u"CkInvoice"_qs))
+        , type(r.indexOf(u"CkType"_qs))
+        , vendor(r.indexOf(u"CkVendorID"_qs))
+        , number(r.indexOf(u"CkNumber"_qs))
+        , idField(r.indexOf(u"IDField"_qs))
+        , count(r.count())
     {
     }
     int id, payee, date, amount, remark, invoice, type, vendor, number, idField, count;
@@ -72,7 +77,7 @@ struct Columns
 
 QStringList DisburseList::sortItems()
 {
-    return {u"Payee"_qs, u"Date"_qs, u"Amount"_qs, u"Entry Order"_qs};
+    return { u"Payee"_qs, u"Date"_qs, u"Amount"_qs, u"Entry Order"_qs };
 }
 
 QString DisburseList::sortClause(const QString &sortItem)
@@ -103,7 +108,8 @@ QList<PaymentRow> DisburseList::load(const HostDb &db, const QString &sortItem)
 }
 
 DisburseLookup::DisburseLookup(const HostDb &db)
-    : m_owner(db.prepare(kOwnerSql)), m_check(db.prepare(kCheckSql))
+    : m_owner(db.prepare(kOwnerSql))
+    , m_check(db.prepare(kCheckSql))
 {
 }
 
@@ -117,7 +123,7 @@ bool DisburseLookup::paysSecondPair(qint64 ownerId, const QString &payee)
             VbText::text(m_owner.value(0)), u" "_qs, VbText::text(m_owner.value(1))));
         const QString trimmed = VbText::Trim(payee);
         second = !pair.isNull() && !trimmed.isNull()
-                 && trimmed.compare(pair, Qt::CaseInsensitive) == 0;
+            && trimmed.compare(pair, Qt::CaseInsensitive) == 0;
     }
     m_owner.finish();
     return second;

@@ -20,11 +20,10 @@ namespace DisburseFixture {
 void populate(TestSite &site);
 
 // Adds an entered check; returns its CkID.
-qint64 addCheck(TestSite &site, const QString &payee, const QString &amount,
-                const QVariantMap &more = {});
+qint64 addCheck(
+    TestSite &site, const QString &payee, const QString &amount, const QVariantMap &more = {});
 // Adds a split line to an entered check.
 void addSplit(TestSite &site, qint64 ckId, const QString &postTo, qint64 postToId,
-              const QString &amount, const QString &type = QStringLiteral("C"),
-              const QVariantMap &more = {});
+    const QString &amount, const QString &type = QStringLiteral("C"), const QVariantMap &more = {});
 
 } // namespace DisburseFixture

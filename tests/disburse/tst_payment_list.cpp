@@ -39,11 +39,12 @@ private slots:
         // owners, check 2 an owner's second pair and a vendor, check 8 both
         // pairs of one owner (listed once), check 11 a second pair whose
         // first pair lacks a first name.
-        const QList<Key> expected{{1, -5}, {1, -1}, {2, -1}, {2, 10}, {3, 8}, {8, -4}, {11, -6}};
+        const QList<Key> expected { { 1, -5 }, { 1, -1 }, { 2, -1 }, { 2, 10 }, { 3, 8 }, { 8, -4 },
+            { 11, -6 } };
         QCOMPARE(keys, expected);
 
-        const PaymentRow refund =
-            *std::find_if(rows.cbegin(), rows.cend(), [](const PaymentRow &r) { return r.CkID == 11; });
+        const PaymentRow refund = *std::find_if(
+            rows.cbegin(), rows.cend(), [](const PaymentRow &r) { return r.CkID == 11; });
         QCOMPARE(refund.CkAmount, Currency::fromRaw(-125000));
         QCOMPARE(refund.CkInvoice, u"INV-7"_qs);
         QCOMPARE(refund.CkNumber.toInt(), 512);
@@ -66,7 +67,7 @@ private slots:
             if (r.CkID == id)
                 payees.append(r.IDField);
         }
-        QCOMPARE(payees, QList<qint64>{-1});
+        QCOMPARE(payees, QList<qint64> { -1 });
     }
 
     void sorts_data()
@@ -75,9 +76,9 @@ private slots:
         QTest::addColumn<QList<qint64>>("order");
         // The leading blank of " Bob Lee  " sorts it first; text sorts
         // without regard to case.
-        QTest::newRow("Payee") << u"Payee"_qs << QList<qint64>{2, 2, 3, 1, 1, 8, 11};
-        QTest::newRow("Date") << u"Date"_qs << QList<qint64>{11, 3, 2, 2, 1, 1, 8};
-        QTest::newRow("Amount") << u"Amount"_qs << QList<qint64>{11, 8, 3, 2, 2, 1, 1};
+        QTest::newRow("Payee") << u"Payee"_qs << QList<qint64> { 2, 2, 3, 1, 1, 8, 11 };
+        QTest::newRow("Date") << u"Date"_qs << QList<qint64> { 11, 3, 2, 2, 1, 1, 8 };
+        QTest::newRow("Amount") << u"Amount"_qs << QList<qint64> { 11, 8, 3, 2, 2, 1, 1 };
     }
 
     void sorts()
@@ -94,12 +95,12 @@ private slots:
         QVERIFY(!DisburseList::listSql(u"Entry Order"_qs).contains(u"ORDER BY"_qs));
         QVERIFY(!DisburseList::listSql(u"Something else"_qs).contains(u"ORDER BY"_qs));
         QCOMPARE(DisburseList::sortItems(),
-                 (QStringList{u"Payee"_qs, u"Date"_qs, u"Amount"_qs, u"Entry Order"_qs}));
+            (QStringList { u"Payee"_qs, u"Date"_qs, u"Amount"_qs, u"Entry Order"_qs }));
         TestSite site;
         DisburseFixture::populate(site);
         QList<qint64> ids = checkIds(DisburseList::load(site.db(), u"Entry Order"_qs));
         std::sort(ids.begin(), ids.end());
-        QCOMPARE(ids, (QList<qint64>{1, 1, 2, 2, 3, 8, 11}));
+        QCOMPARE(ids, (QList<qint64> { 1, 1, 2, 2, 3, 8, 11 }));
     }
 
     // The payee names are looked up through an index, one search per check;
@@ -131,9 +132,9 @@ private slots:
             steps.append(plan.value(3).toString());
         const QString text = steps.join(u'\n');
         QVERIFY2(text.contains(u"SEARCH o USING AUTOMATIC COVERING INDEX (PayeeKey=?)"_qs),
-                 qPrintable(text));
+            qPrintable(text));
         QVERIFY2(text.contains(u"SEARCH v USING AUTOMATIC COVERING INDEX (PayeeKey=?)"_qs),
-                 qPrintable(text));
+            qPrintable(text));
         QVERIFY2(!text.contains(u"SCAN o"_qs) && !text.contains(u"SCAN v"_qs), qPrintable(text));
 
         // Owner checks below 20000 match by the first or second pair.

@@ -31,7 +31,7 @@ QList<PaymentRow> rowsFor(TestSite &site, const QList<Key> &keys)
 std::shared_ptr<Script> answering(TestSite &site, const QString &response)
 {
     auto script = std::make_shared<Script>();
-    script->replies.append({true, 200, response});
+    script->replies.append({ true, 200, response });
     site.state->ClientFactory = ScriptedProcessorClient::factory(script);
     return script;
 }
@@ -51,11 +51,11 @@ void failedRun(TestSite &site)
     answering(site, u"O1,B1,0\nV8,B3,0\nO%4,B8,7,Closed\n"_qs);
     site.db().execText(u"CREATE TEMP TRIGGER broken BEFORE INSERT ON SplitPrintedChecks "
                        "BEGIN SELECT RAISE(ABORT, 'disk I/O error'); END"_qs,
-                       "test");
+        "test");
     bool stop = false;
     DistributionRun run(*site.state, stop);
-    QVERIFY_THROWS_EXCEPTION(RuntimeError,
-                             run.MakePaymentsNow(rowsFor(site, {{1, -1}, {3, 8}, {8, -4}}), {}));
+    QVERIFY_THROWS_EXCEPTION(
+        RuntimeError, run.MakePaymentsNow(rowsFor(site, { { 1, -1 }, { 3, 8 }, { 8, -4 } }), {}));
     site.db().execText(u"DROP TRIGGER temp.broken"_qs, "test");
     site.prompter.clear();
 }
@@ -90,23 +90,26 @@ private slots:
         site.prompter.queueAnswer(Prompter::Answer::Yes);
         frmMakePayments form(*site.state);
         QCOMPARE(site.prompter.shown().first().kind, ScriptedPrompter::Shown::Question);
-        QVERIFY(site.prompter.texts().first().contains(u"accepted 2 payment(s) totalling $1,582.40"_qs));
+        QVERIFY(site.prompter.texts().first().contains(
+            u"accepted 2 payment(s) totalling $1,582.40"_qs));
         QCOMPARE(site.prompter.texts().last(), DistributionRun::completeText());
 
         QCOMPARE(count(site, u"SELECT count(*) FROM CheckDepPrinted"_qs), 2);
         QCOMPARE(count(site, u"SELECT count(*) FROM CheckEntered WHERE CkID IN (1, 3)"_qs), 0);
         QCOMPARE(count(site, u"SELECT count(*) FROM CheckEntered WHERE CkID = 8"_qs), 1);
-        QCOMPARE(site.scalar(u"SELECT OCurrBal FROM Owners WHERE OwnerID = 1"_qs).toDouble(), -100.0);
+        QCOMPARE(
+            site.scalar(u"SELECT OCurrBal FROM Owners WHERE OwnerID = 1"_qs).toDouble(), -100.0);
         QCOMPARE(count(site, u"SELECT count(*) FROM SplitChecks"_qs), 0);
         QVERIFY(!UnfinishedRun::present(*site.state));
         QCOMPARE(site.fileBytes(DistributionFile::LastUploadName),
-                 QByteArray("B1|O1|March owner draw|1500\r\nB8|O%4||40\r\nB3|V8|Repairs unit 4|82.4\r\n"));
+            QByteArray(
+                "B1|O1|March owner draw|1500\r\nB8|O%4||40\r\nB3|V8|Repairs unit 4|82.4\r\n"));
 
         auto *model = qobject_cast<PaymentListModel *>(
             form.findChild<QTableView *>(u"gridMakePayments"_qs)->model());
-        QCOMPARE(model->find({1, -1}), -1);
-        QCOMPARE(model->find({1, -5}), -1);
-        QVERIFY(model->find({8, -4}) >= 0);
+        QCOMPARE(model->find({ 1, -1 }), -1);
+        QCOMPARE(model->find({ 1, -5 }), -1);
+        QVERIFY(model->find({ 8, -4 }) >= 0);
     }
 
     // Declined, the checks stay, and no new distribution is sent until the
@@ -122,7 +125,8 @@ private slots:
         QVERIFY(UnfinishedRun::present(*site.state));
 
         site.prompter.clear();
-        QVERIFY(!DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, {{8, -4}}), {}));
+        QVERIFY(
+            !DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
         QVERIFY(script->calls.isEmpty());
         QCOMPARE(site.prompter.shown().first().kind, ScriptedPrompter::Shown::Question);
 
@@ -130,7 +134,8 @@ private slots:
         // sent, since the list has changed under the choice.
         site.prompter.clear();
         site.prompter.queueAnswer(Prompter::Answer::Yes);
-        QVERIFY(DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, {{8, -4}, {1, -5}}), {}));
+        QVERIFY(DistributionRun(*site.state, stop)
+                    .MakePaymentsNow(rowsFor(site, { { 8, -4 }, { 1, -5 } }), {}));
         QVERIFY(script->calls.isEmpty());
         QCOMPARE(count(site, u"SELECT count(*) FROM CheckDepPrinted"_qs), 2);
         QVERIFY(!UnfinishedRun::present(*site.state));
@@ -162,7 +167,8 @@ private slots:
         site.writeFile(site.state->DisbursementUploadName, "B8|O%4||40\r\n");
         QFile response(site.path(DistributionFile::ResponseName));
         QVERIFY(response.open(QIODevice::Append));
-        response.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime);
+        response.setFileTime(
+            QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime);
         response.close();
         QVERIFY(!UnfinishedRun::present(*site.state));
     }

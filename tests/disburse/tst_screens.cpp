@@ -22,7 +22,8 @@ using Key = PaymentRow::Key;
 
 struct Screen
 {
-    explicit Screen(TestSite &site) : form(*site.state)
+    explicit Screen(TestSite &site)
+        : form(*site.state)
     {
         form.show();
         grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
@@ -36,11 +37,12 @@ struct Screen
         const int row = rowOf(key);
         QVERIFY(row >= 0);
         QTest::mouseClick(grid->viewport(), Qt::LeftButton, mods,
-                          grid->visualRect(model->index(row, 0)).center());
+            grid->visualRect(model->index(row, 0)).center());
     }
     void press(const char *button)
     {
-        QTest::mouseClick(form.findChild<QPushButton *>(QString::fromLatin1(button)), Qt::LeftButton);
+        QTest::mouseClick(
+            form.findChild<QPushButton *>(QString::fromLatin1(button)), Qt::LeftButton);
     }
     QList<Key> chosen() const
     {
@@ -82,16 +84,18 @@ private slots:
         Screen s(site);
         QCOMPARE(s.form.windowTitle(), u"Make Payments"_qs);
         QCOMPARE(s.form.findChild<QPushButton *>(u"cmdSelectAll"_qs)->text(), u"&Select All"_qs);
-        QCOMPARE(s.form.findChild<QPushButton *>(u"cmdDeSelectAll"_qs)->text(), u"De-Select All"_qs);
+        QCOMPARE(
+            s.form.findChild<QPushButton *>(u"cmdDeSelectAll"_qs)->text(), u"De-Select All"_qs);
         QCOMPARE(s.form.findChild<QPushButton *>(u"cmdMakePaymentsNow"_qs)->text(),
-                 u"&Make all SELECTED payments now"_qs);
+            u"&Make all SELECTED payments now"_qs);
         QCOMPARE(s.form.findChild<QLabel *>(u"labMakePaymentsTotal"_qs)->text(),
-                 u"Total Amount to be Paid:"_qs);
+            u"Total Amount to be Paid:"_qs);
         QStringList headers;
         for (int c = 0; c < s.model->columnCount(); ++c)
             headers.append(s.model->headerData(c, Qt::Horizontal).toString());
-        QCOMPARE(headers, (QStringList{u"Payee Name"_qs, u"Date"_qs, u"Remark"_qs, u"Invoice"_qs,
-                                       u"Amount"_qs, u"IDField"_qs}));
+        QCOMPARE(headers,
+            (QStringList { u"Payee Name"_qs, u"Date"_qs, u"Remark"_qs, u"Invoice"_qs, u"Amount"_qs,
+                u"IDField"_qs }));
         QCOMPARE(s.form.findChild<QComboBox *>(u"optSortBy"_qs)->currentText(), u"Payee"_qs);
         // Select All on an empty list changes nothing.
         s.press("cmdSelectAll");
@@ -105,25 +109,25 @@ private slots:
         TestSite site;
         DisburseFixture::populate(site);
         Screen s(site);
-        s.click({11, -6});
+        s.click({ 11, -6 });
         QCOMPARE(s.total->text(), u"($12.50)"_qs);
-        s.click({8, -4}, Qt::ControlModifier);
+        s.click({ 8, -4 }, Qt::ControlModifier);
         QCOMPARE(s.total->text(), u"$27.50"_qs);
-        s.click({11, -6}, Qt::ControlModifier);
+        s.click({ 11, -6 }, Qt::ControlModifier);
         QCOMPARE(s.total->text(), u"$40.00"_qs);
 
-        s.click({3, 8});
+        s.click({ 3, 8 });
         QCOMPARE(s.total->text(), u"$82.40"_qs);
-        s.click({8, -4}, Qt::ShiftModifier); // check 3, both rows of check 1, check 8
+        s.click({ 8, -4 }, Qt::ShiftModifier); // check 3, both rows of check 1, check 8
         QCOMPARE(s.total->text(), u"$3,122.40"_qs);
-        s.click({11, -6}, Qt::ControlModifier);
+        s.click({ 11, -6 }, Qt::ControlModifier);
         QCOMPARE(s.total->text(), u"$3,109.90"_qs);
         const QList<Key> chosen = s.chosen();
         QCOMPARE(chosen.size(), 5);
-        QCOMPARE(chosen[0], (Key{3, 8}));
+        QCOMPARE(chosen[0], (Key { 3, 8 }));
         QCOMPARE(chosen[1].first + chosen[2].first, 2); // the two rows of check 1
-        QCOMPARE(chosen[3], (Key{8, -4}));
-        QCOMPARE(chosen[4], (Key{11, -6}));
+        QCOMPARE(chosen[3], (Key { 8, -4 }));
+        QCOMPARE(chosen[4], (Key { 11, -6 }));
 
         // Sorting again keeps the choice and the total.
         s.form.findChild<QComboBox *>(u"optSortBy"_qs)->setCurrentText(u"Amount"_qs);
@@ -148,17 +152,17 @@ private slots:
         TestSite site;
         DisburseFixture::populate(site);
         auto script = std::make_shared<ScriptedProcessorClient::Script>();
-        script->replies.append({true, 200, u"O%4,B8,0\nV8,B3,0\n"_qs});
+        script->replies.append({ true, 200, u"O%4,B8,0\nV8,B3,0\n"_qs });
         site.state->ClientFactory = ScriptedProcessorClient::factory(script);
         Screen s(site);
-        s.click({8, -4});
-        s.click({3, 8}, Qt::ControlModifier);
+        s.click({ 8, -4 });
+        s.click({ 3, 8 }, Qt::ControlModifier);
         s.press("cmdMakePaymentsNow");
         QCOMPARE(site.fileBytes(DistributionFile::LastUploadName),
-                 QByteArray("B8|O%4||40\r\nB3|V8|Repairs unit 4|82.4\r\n"));
+            QByteArray("B8|O%4||40\r\nB3|V8|Repairs unit 4|82.4\r\n"));
         QCOMPARE(s.total->text(), u"0"_qs);
         QCOMPARE(s.model->rowCount(), 5);
-        QCOMPARE(s.rowOf({8, -4}), -1);
+        QCOMPARE(s.rowOf({ 8, -4 }), -1);
         QCOMPARE(site.prompter.texts().last(), DistributionRun::completeText());
     }
 
@@ -172,20 +176,22 @@ private slots:
         // The last line of the file is not counted.
         QTest::newRow("three lines")
             << QByteArray("B1|O1|Rent|10\r\nB2|O%2|Draw|20.5\r\nB3|V3|Fix|30\r\n")
-            << QStringList{u"B1|O1|Rent|10"_qs, u"B2|O%2|Draw|20.5"_qs} << QStringList() << QStringList() << true;
+            << QStringList { u"B1|O1|Rent|10"_qs, u"B2|O%2|Draw|20.5"_qs } << QStringList()
+            << QStringList() << true;
         QTest::newRow("one line") << QByteArray("B1|O1|Rent|10\r\n") << QStringList()
-                                  << QStringList{u"No payments were found."_qs}
-                                  << QStringList{u"Dwellix Remitra"_qs} << false;
+                                  << QStringList { u"No payments were found."_qs }
+                                  << QStringList { u"Dwellix Remitra"_qs } << false;
         // A blank piece ends the filling and drops one row at the end.
-        QTest::newRow("blank line")
-            << QByteArray("B1|O1|a|1\n\nB3|V3|c|3\nB4|V4|d|4\nB5|V5|e|5\n")
-            << QStringList{u"B1|O1|a|1"_qs, u"|||"_qs, u"|||"_qs} << QStringList() << QStringList() << true;
+        QTest::newRow("blank line") << QByteArray("B1|O1|a|1\n\nB3|V3|c|3\nB4|V4|d|4\nB5|V5|e|5\n")
+                                    << QStringList { u"B1|O1|a|1"_qs, u"|||"_qs, u"|||"_qs }
+                                    << QStringList() << QStringList() << true;
         QTest::newRow("empty file")
             << QByteArray("") << QStringList()
-            << QStringList{u"Unexpected error in payment file: 9 - Subscript out of range"_qs}
-            << QStringList{u"Payment File Download"_qs} << true;
+            << QStringList { u"Unexpected error in payment file: 9 - Subscript out of range"_qs }
+            << QStringList { u"Payment File Download"_qs } << true;
         QTest::newRow("short line")
-            << QByteArray("B1|O1\r\nB2|O2|x|2\r\n") << QStringList{u"B1|O1||"_qs} << QStringList() << QStringList() << true;
+            << QByteArray("B1|O1\r\nB2|O2|x|2\r\n") << QStringList { u"B1|O1||"_qs }
+            << QStringList() << QStringList() << true;
     }
 
     void showLast()
