@@ -1,0 +1,104 @@
+// A whole owner and vendor payment cycle over HTTP against a quenta-sandbox:
+// the payees are registered, then four checks are paid from the payment
+// screen: two accepted, one to a payee that is not set up (code 4) and one
+// above the sandbox's payment limit (code 7).
+
+#include "DisburseFixture.h"
+#include "SandboxProcess.h"
+#include "TestSupport.h"
+
+#include "core/TransferFile.h"
+#include "disburse/DistributionFile.h"
+#include "disburse/DistributionRun.h"
+#include "disburse/PaymentListModel.h"
+#include "disburse/ResponseMatcher.h"
+#include "disburse/frmMakePayments.h"
+#include "processor/ProcessorCall.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTest>
+
+class TestDisburseE2e : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void paymentCycle()
+    {
+        SandboxProcess sandbox(
+            u"sandbox-user"_qs, u"sandbox-pass"_qs, { u"--payment-limit"_qs, u"1000"_qs });
+        QVERIFY(sandbox.isRunning());
+        TestSite site;
+        sandbox.useFor(*site.state, 10);
+        DisburseFixture::populate(site);
+        DisburseFixture::addSplit(site, 3, u"O"_qs, 1, u"82.4"_qs);
+
+        // Owner 1, owner 6's second pair and vendor 8 are set up; owner 4 is not.
+        ProcessorCall::transmitPayees(*site.state,
+            u"O1|Owner|Ann Lee|||||||||||activate\r\n"
+            "O%6|Owner|Hal Solo|||||||||||activate\r\n"
+            "V8|Vendor|Acme Repairs|||||||||||activate\r\n"_qs,
+            QStringLiteral(""));
+        QCOMPARE(site.state->ResultCode, 200);
+        site.prompter.clear();
+        sandbox.clearReceived();
+
+        frmMakePayments form(*site.state);
+        form.show();
+        auto *grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
+        auto *model = qobject_cast<PaymentListModel *>(grid->model());
+        const QList<PaymentRow::Key> chosen { { 1, -1 }, { 8, -4 }, { 3, 8 }, { 11, -6 } };
+        for (const PaymentRow::Key &key : chosen) {
+            const int row = model->find(key);
+            QVERIFY(row >= 0);
+            QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::ControlModifier,
+                grid->visualRect(model->index(row, 0)).center());
+        }
+        site.prompter.queueAnswers({ Prompter::Answer::Yes, Prompter::Answer::Yes });
+        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdMakePaymentsNow"_qs), Qt::LeftButton);
+
+        const QByteArray sent = "B1|O1|March owner draw|1500\r\nB8|O%4||40\r\n"
+                                "B3|V8|Repairs unit 4|82.4\r\nB11|O%6|Refund |x|12.5\r\n";
+        const QList<SandboxProcess::Request> requests = sandbox.received();
+        QCOMPARE(requests.size(), 1);
+        QCOMPARE(requests[0].path, u"/qps/evendorpay.php"_qs);
+        QVERIFY(requests[0].authorized);
+        QCOMPARE(requests[0].parts.value(u"payment"_qs), sent);
+        QCOMPARE(site.fileBytes(DistributionFile::LastUploadName), sent);
+        QCOMPARE(site.fileBytes(DistributionFile::ResponseName),
+            QByteArray("O1,B1,7,Amount exceeds the payment limit\r\n"
+                       "O%4,B8,4,Payee is not set up for electronic payment\r\n"
+                       "V8,B3,0,Accepted\r\nO%6,B11,0,Accepted\r\n\r\n"));
+
+        // Accepted checks are posted and leave the list; rejected ones stay.
+        QCOMPARE(
+            site.scalar(u"SELECT group_concat(CkPayee, '/') FROM CheckDepPrinted"_qs).toString(),
+            u"Acme Repairs/Hal Solo"_qs);
+        QCOMPARE(
+            site.scalar(u"SELECT count(*) FROM CheckEntered WHERE CkID IN (1, 8)"_qs).toInt(), 2);
+        QCOMPARE(
+            site.scalar(u"SELECT count(*) FROM CheckEntered WHERE CkID IN (3, 11)"_qs).toInt(), 0);
+        QCOMPARE(
+            site.scalar(u"SELECT OCurrBal FROM Owners WHERE OwnerID = 1"_qs).toDouble(), -82.4);
+        QCOMPARE(model->find({ 3, 8 }), -1);
+        QVERIFY(model->find({ 1, -1 }) >= 0);
+
+        const QList<ScriptedPrompter::Shown> &shown = site.prompter.shown();
+        QCOMPARE(shown.size(), 4);
+        QCOMPARE(shown[0].text, u"Successful connection to Quenta Payment Services!"_qs);
+        QCOMPARE(shown[1].kind, ScriptedPrompter::Shown::Question);
+        QVERIFY(shown[1].text.contains(u"Payee ID: O1\r"_qs));
+        QVERIFY(shown[1].text.contains(
+            u"\r\rReason for Rejection: (Error 7) Amount exceeds the payment limit\r\r"_qs));
+        QVERIFY(shown[2].text.contains(u"Payee ID: O%4\r"_qs));
+        QVERIFY(shown[2].text.contains(u"\r\rReason for Rejection: (Error 4) "_qs
+            + ResponseMatcher::notSetUpReason() + u"\r\r"_qs));
+        QCOMPARE(shown[3].text, DistributionRun::completeText());
+        QCOMPARE(form.findChild<QLineEdit *>(u"txtTotalSelected"_qs)->text(), u"0"_qs);
+    }
+};
+
+QTEST_MAIN(TestDisburseE2e)
+#include "tst_disburse_e2e.moc"
