@@ -1,6 +1,9 @@
 #pragma once
 
+#include "ScriptedProcessorClient.h"
 #include "TestSupport.h"
+
+#include "disburse/PaymentRow.h"
 
 // Owners, vendors and entered checks for the payment screen and its runs.
 //
@@ -14,16 +17,24 @@
 // 3 "Acme Repairs" 82.4, vendor -1; 4 "Acme Repairs", vendor 0 (not
 // listed); 5 "Ann  Lee" (not listed); 6 Carl Diaz, 7 Dana Fox (not listed);
 // 8 "EVE GRAY" 40 (owner 4 once); 9 Zed Plumbing (not listed); 10 "Solo"
-// (not listed); 11 "Hal Solo" -12.5 (owner 6's second pair).
+// (not listed); 11 "Hal Solo" -12.5, check number 512 (owner 6's second
+// pair).
 namespace DisburseFixture {
 
 void populate(TestSite &site);
 
 // Adds an entered check; returns its CkID.
-qint64 addCheck(
-    TestSite &site, const QString &payee, const QString &amount, const QVariantMap &more = {});
-// Adds a split line to an entered check.
-void addSplit(TestSite &site, qint64 ckId, const QString &postTo, qint64 postToId,
-    const QString &amount, const QString &type = QStringLiteral("C"), const QVariantMap &more = {});
+qint64 addCheck(TestSite &site, const QString &payee, double amount, const QVariantMap &more = {});
+// Adds a split line (account 4000, remark "split") to an entered check.
+void addSplit(TestSite &site, qint64 ckId, const QString &postTo, qint64 postToId, double amount,
+    const QString &type = QStringLiteral("C"), const QVariantMap &more = {});
+
+// The list rows of the given checks and payees, in the order given.
+QList<PaymentRow> rowsFor(TestSite &site, const QList<PaymentRow::Key> &keys);
+// Makes the processor answer the next call with the code and text.
+std::shared_ptr<ScriptedProcessorClient::Script> answering(
+    TestSite &site, qint32 code, const QString &response);
+// The rows of a query, fields joined by "|", rows by ";".
+QString dump(TestSite &site, const QString &sql);
 
 } // namespace DisburseFixture

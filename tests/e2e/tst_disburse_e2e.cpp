@@ -33,7 +33,7 @@ private slots:
         TestSite site;
         sandbox.useFor(*site.state, 10);
         DisburseFixture::populate(site);
-        DisburseFixture::addSplit(site, 3, u"O"_qs, 1, u"82.4"_qs);
+        DisburseFixture::addSplit(site, 3, u"O"_qs, 1, 82.4);
 
         // Owner 1, owner 6's second pair and vendor 8 are set up; owner 4 is not.
         ProcessorCall::transmitPayees(*site.state,
@@ -49,13 +49,10 @@ private slots:
         form.show();
         auto *grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
         auto *model = qobject_cast<PaymentListModel *>(grid->model());
-        const QList<PaymentRow::Key> chosen { { 1, -1 }, { 8, -4 }, { 3, 8 }, { 11, -6 } };
-        for (const PaymentRow::Key &key : chosen) {
-            const int row = model->find(key);
-            QVERIFY(row >= 0);
+        for (const PaymentRow::Key &key :
+            { PaymentRow::Key { 1, -1 }, { 8, -4 }, { 3, 8 }, { 11, -6 } })
             QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::ControlModifier,
-                grid->visualRect(model->index(row, 0)).center());
-        }
+                grid->visualRect(model->index(model->find(key), 0)).center());
         site.prompter.queueAnswers({ Prompter::Answer::Yes, Prompter::Answer::Yes });
         QTest::mouseClick(form.findChild<QPushButton *>(u"cmdMakePaymentsNow"_qs), Qt::LeftButton);
 
@@ -73,29 +70,23 @@ private slots:
                        "V8,B3,0,Accepted\r\nO%6,B11,0,Accepted\r\n\r\n"));
 
         // Accepted checks are posted and leave the list; rejected ones stay.
-        QCOMPARE(
-            site.scalar(u"SELECT group_concat(CkPayee, '/') FROM CheckDepPrinted"_qs).toString(),
-            u"Acme Repairs/Hal Solo"_qs);
-        QCOMPARE(
-            site.scalar(u"SELECT count(*) FROM CheckEntered WHERE CkID IN (1, 8)"_qs).toInt(), 2);
-        QCOMPARE(
-            site.scalar(u"SELECT count(*) FROM CheckEntered WHERE CkID IN (3, 11)"_qs).toInt(), 0);
-        QCOMPARE(
-            site.scalar(u"SELECT OCurrBal FROM Owners WHERE OwnerID = 1"_qs).toDouble(), -82.4);
+        QCOMPARE(DisburseFixture::dump(site,
+                     u"SELECT group_concat(CkPayee, '/') FROM CheckDepPrinted UNION ALL SELECT "
+                     "group_concat(CkID) FROM CheckEntered WHERE CkID IN (1, 3, 8, 11) UNION ALL "
+                     "SELECT OCurrBal FROM Owners WHERE OwnerID = 1"_qs),
+            u"Acme Repairs/Hal Solo;1,8;-82.4"_qs);
         QCOMPARE(model->find({ 3, 8 }), -1);
         QVERIFY(model->find({ 1, -1 }) >= 0);
 
-        const QList<ScriptedPrompter::Shown> &shown = site.prompter.shown();
-        QCOMPARE(shown.size(), 4);
-        QCOMPARE(shown[0].text, u"Successful connection to Quenta Payment Services!"_qs);
-        QCOMPARE(shown[1].kind, ScriptedPrompter::Shown::Question);
-        QVERIFY(shown[1].text.contains(u"Payee ID: O1\r"_qs));
-        QVERIFY(shown[1].text.contains(
-            u"\r\rReason for Rejection: (Error 7) Amount exceeds the payment limit\r\r"_qs));
-        QVERIFY(shown[2].text.contains(u"Payee ID: O%4\r"_qs));
-        QVERIFY(shown[2].text.contains(u"\r\rReason for Rejection: (Error 4) "_qs
-            + ResponseMatcher::notSetUpReason() + u"\r\r"_qs));
-        QCOMPARE(shown[3].text, DistributionRun::completeText());
+        QStringList shown;
+        for (const ScriptedPrompter::Shown &m : site.prompter.shown())
+            shown.append(m.text.section(u"\r\r"_qs, 2, 2)); // the reason of a rejection
+        QCOMPARE(shown,
+            (QStringList { QString(),
+                u"Reason for Rejection: (Error 7) Amount exceeds the payment limit"_qs,
+                u"Reason for Rejection: (Error 4) "_qs + ResponseMatcher::notSetUpReason(),
+                QString() }));
+        QCOMPARE(site.prompter.texts().last(), DistributionRun::completeText());
         QCOMPARE(form.findChild<QLineEdit *>(u"txtTotalSelected"_qs)->text(), u"0"_qs);
     }
 };
