@@ -36,13 +36,12 @@ private slots:
             u"INSERT INTO Units (UTenantID, UCurrBal) SELECT TenantID, 0 FROM Tenants"_qs, "test");
         db.execText(series.arg(5000)
                 + u"INSERT INTO CheckEntered (CkPayee, CkDate, CkAmount, CkRemark, "
-                  "CkVendorID, CkType) SELECT 'First' || (i % 1000 + 1) || ' Last' || (i % 1000 + "
-                  "1), "
-                  "'2024-05-01', i * 1.25, 'Draw ' || i, 0, 'C' FROM n"_qs,
+                  "CkVendorID, CkType) SELECT 'First' || (i % 1000 + 1) || ' Last' || "
+                  "(i % 1000 + 1), '2024-05-01', i * 1.25, 'Draw ' || i, 0, 'C' FROM n"_qs,
             "test");
         db.execText(u"INSERT INTO SplitChecks (CkNumber, CkAmount, CkAccountID, CkPostToID, "
-                    "CkType, CkPostTo) SELECT CkID, 10, 4000, CkID % 1000 + 1, 'C', code FROM "
-                    "CheckEntered, "
+                    "CkType, CkPostTo) SELECT CkID, 10, 4000, CkID % 1000 + 1, 'C', code "
+                    "FROM CheckEntered, "
                     "(SELECT 'O' AS code UNION ALL SELECT 'P' UNION ALL SELECT 'U')"_qs,
             "test");
 
