@@ -2,7 +2,7 @@
 
 #include "core/TransferFile.h"
 #include "core/VbText.h"
-#include "hostdb/DisburseList.h"
+#include "hostdb/DisburseLookup.h"
 
 namespace DistributionFile {
 

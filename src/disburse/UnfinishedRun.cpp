@@ -6,7 +6,7 @@
 #include "disburse/DistributionFile.h"
 #include "disburse/DistributionRun.h"
 #include "disburse/ResponseMatcher.h"
-#include "hostdb/DisburseList.h"
+#include "hostdb/DisburseLookup.h"
 #include "processor/ProcessorCall.h"
 
 #include <QFileInfo>

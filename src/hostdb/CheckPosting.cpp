@@ -43,6 +43,12 @@ const QString kDeleteSplits = u"DELETE FROM SplitChecks WHERE CkType = 'X' COLLA
 const QString kDeleteEntered
     = u"DELETE FROM CheckEntered WHERE CkID = :id AND CkType = 'X' COLLATE BINARY"_qs;
 
+// Text fields are copied as they are, Null included.
+QVariant nullable(const QString &text)
+{
+    return text.isNull() ? QVariant() : QVariant(text);
+}
+
 Currency money(const QVariant &v)
 {
     return Currency::fromVariant(v).value_or(Currency());
@@ -72,12 +78,12 @@ CheckPosting::CheckPosting(const HostDb &db)
 
 qint64 CheckPosting::addPrintedCheck(const PaymentRow &check)
 {
-    m_addPrinted.bindValue(u":payee"_qs, check.CkPayee);
+    m_addPrinted.bindValue(u":payee"_qs, nullable(check.CkPayee));
     m_addPrinted.bindValue(u":vendor"_qs, check.CkVendorID);
     m_addPrinted.bindValue(u":amount"_qs, check.CkAmount.toDatabaseValue());
     m_addPrinted.bindValue(u":date"_qs, check.CkDate);
-    m_addPrinted.bindValue(u":invoice"_qs, check.CkInvoice);
-    m_addPrinted.bindValue(u":remark"_qs, check.CkRemark);
+    m_addPrinted.bindValue(u":invoice"_qs, nullable(check.CkInvoice));
+    m_addPrinted.bindValue(u":remark"_qs, nullable(check.CkRemark));
     HostDb::exec(m_addPrinted, "adding a printed check");
     return m_addPrinted.lastInsertId().toLongLong();
 }

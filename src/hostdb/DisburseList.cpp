@@ -31,9 +31,6 @@ SELECT CheckEntered.*, v.VenID AS IDField, v.VenName, v.VenContact
   FROM CheckEntered JOIN VendorKeys v ON v.PayeeKey = trim(CheckEntered.CkPayee, ' ')
  WHERE CheckEntered.CkVendorID = -1)"_qs;
 
-const QString kOwnerSql = u"SELECT OFirstName2, OLastName2 FROM Owners WHERE OwnerID = :id"_qs;
-const QString kCheckSql = u"SELECT * FROM CheckEntered WHERE CkID = :id"_qs;
-
 struct Columns
 {
     explicit Columns(const QSqlRecord &r)
@@ -100,42 +97,14 @@ QList<PaymentRow> DisburseList::load(const HostDb &db, const QString &sortItem)
 {
     QSqlQuery q = db.prepare(listSql(sortItem));
     HostDb::exec(q, "reading the entered checks to pay");
-    const Columns cols(q.record());
+    return readRows(q);
+}
+
+QList<PaymentRow> DisburseList::readRows(QSqlQuery &query)
+{
+    const Columns cols(query.record());
     QList<PaymentRow> rows;
-    while (q.next())
-        rows.append(cols.read(q));
+    while (query.next())
+        rows.append(cols.read(query));
     return rows;
-}
-
-DisburseLookup::DisburseLookup(const HostDb &db)
-    : m_owner(db.prepare(kOwnerSql))
-    , m_check(db.prepare(kCheckSql))
-{
-}
-
-bool DisburseLookup::paysSecondPair(qint64 ownerId, const QString &payee)
-{
-    m_owner.bindValue(u":id"_qs, ownerId);
-    HostDb::exec(m_owner, "finding the owner of a payment");
-    bool second = false;
-    if (m_owner.next()) {
-        const QString pair = VbText::Trim(VbText::joinNull(
-            VbText::text(m_owner.value(0)), u" "_qs, VbText::text(m_owner.value(1))));
-        const QString trimmed = VbText::Trim(payee);
-        second = !pair.isNull() && !trimmed.isNull()
-            && trimmed.compare(pair, Qt::CaseInsensitive) == 0;
-    }
-    m_owner.finish();
-    return second;
-}
-
-std::optional<PaymentRow> DisburseLookup::enteredCheck(qint64 ckId)
-{
-    m_check.bindValue(u":id"_qs, ckId);
-    HostDb::exec(m_check, "finding an entered check");
-    std::optional<PaymentRow> row;
-    if (m_check.next())
-        row = Columns(m_check.record()).read(m_check);
-    m_check.finish();
-    return row;
 }

@@ -6,8 +6,6 @@
 #include <QList>
 #include <QSqlQuery>
 
-#include <optional>
-
 // The entered checks payable to enrolled owners and vendors.
 //
 // A check is listed for an owner whose OACH is "Y" when its payee, trimmed of
@@ -31,24 +29,7 @@ public:
     static QString listSql(const QString &sortItem);
 
     static QList<PaymentRow> load(const HostDb &db, const QString &sortItem);
-};
-
-// Keyed look-ups made while a distribution is written or finished. The
-// statements are prepared once and reused for every row.
-class DisburseLookup
-{
-public:
-    explicit DisburseLookup(const HostDb &db);
-
-    // True when the trimmed payee equals the owner's second name pair (the
-    // payment goes to that pair's account). False when the owner is missing
-    // or the pair is incomplete.
-    bool paysSecondPair(qint64 ownerId, const QString &payee);
-    // The entered check with this CkID (IDField and names left empty), or
-    // nullopt when it is no longer there.
-    std::optional<PaymentRow> enteredCheck(qint64 ckId);
-
-private:
-    QSqlQuery m_owner;
-    QSqlQuery m_check;
+    // Reads the remaining rows of an executed query over CheckEntered
+    // (with IDField and the two name columns last, when present).
+    static QList<PaymentRow> readRows(QSqlQuery &query);
 };

@@ -56,8 +56,10 @@ private slots:
         QVERIFY(site.prompter.texts().first().contains(
             u"accepted 2 payment(s) totalling $1,582.40"_qs));
         QCOMPARE(site.prompter.texts().last(), DistributionRun::completeText());
-        QCOMPARE(dump(site, u"SELECT group_concat(CkPayee, '/') FROM CheckDepPrinted"_qs),
-            u"Ann Lee/Acme Repairs"_qs);
+        QCOMPARE(
+            dump(site,
+                u"SELECT group_concat(CkPayee || (CkInvoice IS NULL), '/') FROM CheckDepPrinted"_qs),
+            u"Ann Lee1/Acme Repairs1"_qs);
         QCOMPARE(
             dump(site, u"SELECT group_concat(CkID) FROM CheckEntered WHERE CkID IN (1, 3, 8)"_qs),
             u"8"_qs);
