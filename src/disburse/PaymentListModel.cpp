@@ -33,6 +33,11 @@ QVariant PaymentListModel::data(const QModelIndex &index, int role) const
             return int(Qt::AlignRight | Qt::AlignVCenter);
         return {};
     }
+    if (role == Qt::ToolTipRole) {
+        // Tells apart the rows of a check payable to two payees of one name.
+        return row.isOwner() ? u"Owner %1: %2 %3"_qs.arg(row.payeeId()).arg(row.NameB, row.NameA)
+                             : u"Vendor %1: %2"_qs.arg(row.payeeId()).arg(row.NameA);
+    }
     if (role != Qt::DisplayRole && role != Qt::AccessibleTextRole)
         return {};
     switch (index.column()) {
