@@ -2,6 +2,7 @@
 #include "app/Startup.h"
 #include "app/frmRemitraMain.h"
 #include "core/QtPrompter.h"
+#include "processor/HttpProcessorClient.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -84,8 +85,10 @@ int main(int argc, char *argv[])
     state.SettingsFile = options.settingsFile;
     if (options.processorTimeout > 0)
         state.ProcessorTimeoutSeconds = options.processorTimeout;
-    // Each job's processor client: an HttpProcessorClient(state.ProcessorTimeoutSeconds).
-    state.ClientFactory = {}; // PROCESSOR CLIENT FACTORY: set here
+    // The processor client of every job: HTTP, waiting --processor-timeout seconds.
+    state.ClientFactory = [&state] {
+        return std::make_unique<HttpProcessorClient>(state.ProcessorTimeoutSeconds);
+    };
     state.EndProgram = [] { QCoreApplication::exit(1); };
 
     frmRemitraMain mainMenu(state);

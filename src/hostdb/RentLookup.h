@@ -11,7 +11,7 @@
 // The keyed look-ups the review screen makes for each payment: the owner of a
 // property, the address of a tenant's unit, a tenant's name, and whether the
 // ledger already holds a payment. Statements are prepared once per object;
-// ids are bound as given (see PaymentRow::key).
+// ids are bound as given (see RentPayment::key).
 class RentLookup
 {
 public:

@@ -7,8 +7,8 @@
 
 #include <QDate>
 
-Deposit::Deposit(
-    ProgramState &state, RentLedger &ledger, const PaymentRows &rows, const PostingChoices &choices)
+Deposit::Deposit(ProgramState &state, RentLedger &ledger, const RentPayments &rows,
+    const PostingChoices &choices)
     : m_state(state)
     , m_ledger(ledger)
     , m_rows(rows)
@@ -21,7 +21,7 @@ void Deposit::CreateDeposit()
     m_total = Currency();
     RentLedger::Deposit deposit;
     deposit.date = QDate::currentDate().toString(Qt::ISODate);
-    deposit.number = PaymentRow::longValue(VbText::Val(m_choices.depositNumber));
+    deposit.number = RentPayment::longValue(VbText::Val(m_choices.depositNumber));
     m_depositId = m_ledger.addDeposit(deposit);
 
     CreateSplits();
@@ -35,14 +35,14 @@ void Deposit::CreateSplits()
     const AccountSetting rent = PostPayments::rentIncome(m_state);
     const AccountSetting late = PostPayments::lateFee(m_state);
     const QString defaultRemark = PostPayments::rentDefaultRemark(m_state);
-    for (const PaymentRow &row : m_rows) {
+    for (const RentPayment &row : m_rows) {
         const Currency amount = row.amount.value_or(Currency()).abs();
         RentLedger::Split split;
         split.depositId = m_depositId;
         split.checkNumber = row.checkValue();
         split.amount = amount;
-        split.accountId = PaymentRow::longValue(rent.accountId);
-        split.postToId = PaymentRow::longValue(row.tenantId());
+        split.accountId = RentPayment::longValue(rent.accountId);
+        split.postToId = RentPayment::longValue(row.tenantId());
         split.remark = m_choices.remarkFor(row.method, defaultRemark);
         split.postTo = row.isLateFee() ? late.postingCode : rent.postingCode;
         m_ledger.addSplit(split);

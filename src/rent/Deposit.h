@@ -1,7 +1,7 @@
 #pragma once
 
-#include "rent/PaymentRow.h"
 #include "rent/PostingChoices.h"
+#include "rent/RentPayment.h"
 
 class ProgramState;
 class RentLedger;
@@ -12,7 +12,7 @@ class RentLedger;
 class Deposit
 {
 public:
-    Deposit(ProgramState &state, RentLedger &ledger, const PaymentRows &rows,
+    Deposit(ProgramState &state, RentLedger &ledger, const RentPayments &rows,
         const PostingChoices &choices);
 
     // Writes the deposit, its splits, then stores the total on it ("Deposit
@@ -27,7 +27,7 @@ public:
 private:
     ProgramState &m_state;
     RentLedger &m_ledger;
-    const PaymentRows &m_rows;
+    const RentPayments &m_rows;
     const PostingChoices &m_choices;
     qint64 m_depositId = 0;
     Currency m_total;

@@ -61,11 +61,11 @@ QStringList heading(const QDateTime &printedAt)
         headings, QString(headings.size(), u'-') };
 }
 
-QStringList body(const PaymentRows &rows)
+QStringList body(const RentPayments &rows)
 {
     QStringList out;
     out.reserve(qsizetype(rows.size()));
-    for (const PaymentRow &r : rows) {
+    for (const RentPayment &r : rows) {
         std::array<QString, PaymentTableModel::ColumnCount> cells;
         for (int c = 0; c < PaymentTableModel::ColumnCount; ++c)
             cells[std::size_t(c)] = PaymentTableModel::cellText(r, c);
@@ -80,7 +80,7 @@ QStringList footer(const std::optional<Currency> &total)
 }
 
 QStringList lines(
-    const PaymentRows &rows, const std::optional<Currency> &total, const QDateTime &printedAt)
+    const RentPayments &rows, const std::optional<Currency> &total, const QDateTime &printedAt)
 {
     return heading(printedAt) + body(rows) + footer(total);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rent/PaymentRow.h"
+#include "rent/RentPayment.h"
 
 #include <QDateTime>
 #include <QStringList>
@@ -16,12 +16,12 @@ inline const QString Title = u"Remitra Download Transactions"_qs;
 // Title, the time of printing, the column headings and a rule.
 QStringList heading(const QDateTime &printedAt);
 // One line per row.
-QStringList body(const PaymentRows &rows);
+QStringList body(const RentPayments &rows);
 // A blank line and "Total Amount: " with the total ("$##,##0.00"); the
 // amount is left out when the total is not known.
 QStringList footer(const std::optional<Currency> &total);
 // Everything on one sheet of endless paper: heading, body, footer.
 QStringList lines(
-    const PaymentRows &rows, const std::optional<Currency> &total, const QDateTime &printedAt);
+    const RentPayments &rows, const std::optional<Currency> &total, const QDateTime &printedAt);
 
 } // namespace DownloadPrintLayout

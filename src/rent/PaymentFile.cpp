@@ -30,21 +30,21 @@ QString tenantNameText(const RentLookup::TenantName &name)
     return last + u", "_qs + first;
 }
 
-PaymentRow matchLine(const QString &line, int lineNumber, RentLookup &lookup)
+RentPayment matchLine(const QString &line, int lineNumber, RentLookup &lookup)
 {
     const QStringList fields = line.split(u',');
     if (fields.size() < 9)
         throw RuntimeError::subscriptOutOfRange();
-    PaymentRow row;
+    RentPayment row;
     row.line = lineNumber;
 
     row.property = fields.at(0);
-    const auto owner = lookup.ownerOfProperty(PaymentRow::key(PaymentRow::cellId(row.property)));
+    const auto owner = lookup.ownerOfProperty(RentPayment::key(RentPayment::cellId(row.property)));
     row.owner = owner ? u"O"_qs + VbText::Trim(VbText::text(*owner)) : OwnerNotFound;
     row.unit = fields.at(1);
     row.tenant = fields.at(2);
 
-    const QVariant tenantKey = PaymentRow::key(row.tenantId());
+    const QVariant tenantKey = RentPayment::key(row.tenantId());
     const auto address = lookup.unitAddress(tenantKey);
     row.address = address ? VbText::text(*address) : NotFound;
     const auto name = lookup.tenantName(tenantKey);
@@ -60,7 +60,7 @@ PaymentRow matchLine(const QString &line, int lineNumber, RentLookup &lookup)
     return row;
 }
 
-QString postedNoteFor(const PaymentRow &row, const QString &isoDate)
+QString postedNoteFor(const RentPayment &row, const QString &isoDate)
 {
     QString note = u"This payment looks already posted: the tenant's ledger holds a payment of "_qs
         + row.amount->abs().toDollars() + u" dated "_qs
@@ -82,11 +82,11 @@ qsizetype candidateCount(const QStringList &pieces)
     return count;
 }
 
-PaymentRows parse(const QString &text, RentLookup &lookup)
+RentPayments parse(const QString &text, RentLookup &lookup)
 {
     const QStringList pieces = text.split(u'\n');
     const qsizetype count = candidateCount(pieces);
-    PaymentRows rows;
+    RentPayments rows;
     rows.reserve(count > 0 ? std::size_t(count) : 0);
     for (qsizetype i = 0; i < count; ++i) {
         const QString line = VbText::Trim(pieces.at(i));
@@ -98,10 +98,10 @@ PaymentRows parse(const QString &text, RentLookup &lookup)
     return rows;
 }
 
-Currency TransactionTotal(const PaymentRows &rows)
+Currency TransactionTotal(const RentPayments &rows)
 {
     Currency total;
-    for (const PaymentRow &row : rows) {
+    for (const RentPayment &row : rows) {
         if (!row.amount)
             throw RuntimeError::typeMismatch();
         total += row.amount->abs();
@@ -109,15 +109,15 @@ Currency TransactionTotal(const PaymentRows &rows)
     return total;
 }
 
-void markPosted(RentLookup &lookup, PaymentRows &rows)
+void markPosted(RentLookup &lookup, RentPayments &rows)
 {
-    for (PaymentRow &row : rows) {
+    for (RentPayment &row : rows) {
         row.postedNote.clear();
         const QString iso = row.isoDate();
         if (!row.amount || iso.isEmpty())
             continue;
         const auto posted = lookup.postedPayment(
-            PaymentRow::key(row.tenantId()), row.amount->abs(), iso, row.checkValue());
+            RentPayment::key(row.tenantId()), row.amount->abs(), iso, row.checkValue());
         if (posted)
             row.postedNote = postedNoteFor(row, posted->date);
     }
@@ -146,7 +146,7 @@ LoadResult load(ProgramState &state)
             result.status = LoadStatus::NoPayments;
             return result;
         }
-        PaymentRows rows;
+        RentPayments rows;
         {
             // No message is shown while the snapshot holds the database.
             RentLookup::ReadScope snapshot(state.db());

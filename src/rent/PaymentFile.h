@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rent/PaymentRow.h"
+#include "rent/RentPayment.h"
 
 #include <QStringList>
 
@@ -30,7 +30,7 @@ enum class LoadStatus {
 struct LoadResult
 {
     LoadStatus status = LoadStatus::Loaded;
-    PaymentRows rows;
+    RentPayments rows;
     std::optional<Currency> total; // TransactionTotal; nullopt when it failed
 };
 
@@ -44,16 +44,16 @@ qsizetype candidateCount(const QStringList &pieces);
 
 // Reads and matches the lines of a payment file's text. A line with fewer
 // than nine fields raises the subscript error (9).
-PaymentRows parse(const QString &text, RentLookup &lookup);
+RentPayments parse(const QString &text, RentLookup &lookup);
 
 // Sum of the absolute amounts; an amount that cannot be read raises the
 // type-mismatch error (13).
-Currency TransactionTotal(const PaymentRows &rows);
+Currency TransactionTotal(const RentPayments &rows);
 
 // Sets postedNote on the rows whose payment the tenant's ledger seems to
 // hold already (same tenant, amount, date and check number); clears it on
 // the others.
-void markPosted(RentLookup &lookup, PaymentRows &rows);
+void markPosted(RentLookup &lookup, RentPayments &rows);
 
 // Moves the payment file aside to LastDownloadName, replacing an older one.
 void moveAside(const ProgramState &state);

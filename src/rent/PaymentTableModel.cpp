@@ -11,7 +11,7 @@ PaymentTableModel::PaymentTableModel(QObject *parent)
 {
 }
 
-void PaymentTableModel::setRows(PaymentRows rows)
+void PaymentTableModel::setRows(RentPayments rows)
 {
     beginResetModel();
     m_rows = std::move(rows);
@@ -46,7 +46,7 @@ QString PaymentTableModel::caption(int column)
     return QString::fromLatin1(kCaptions[column]);
 }
 
-QString PaymentTableModel::cellText(const PaymentRow &row, int column)
+QString PaymentTableModel::cellText(const RentPayment &row, int column)
 {
     switch (column) {
     case OID:
@@ -84,7 +84,7 @@ QVariant PaymentTableModel::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid() || index.row() >= rowCount())
         return {};
-    const PaymentRow &row = m_rows[std::size_t(index.row())];
+    const RentPayment &row = m_rows[std::size_t(index.row())];
     switch (role) {
     case Qt::DisplayRole:
         return cellText(row, index.column());

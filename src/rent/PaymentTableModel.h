@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rent/PaymentRow.h"
+#include "rent/RentPayment.h"
 
 #include <QAbstractTableModel>
 
@@ -31,9 +31,9 @@ public:
 
     explicit PaymentTableModel(QObject *parent = nullptr);
 
-    void setRows(PaymentRows rows);
-    const PaymentRows &rows() const { return m_rows; }
-    PaymentRows &rows() { return m_rows; }
+    void setRows(RentPayments rows);
+    const RentPayments &rows() const { return m_rows; }
+    RentPayments &rows() { return m_rows; }
     void clear();
     // Refreshes the cells after rows() was changed in place.
     void refresh();
@@ -46,9 +46,9 @@ public:
     bool removeRows(int row, int count, const QModelIndex &parent = {}) override;
 
     // The cell text as the grid shows it (the amount in currency form).
-    static QString cellText(const PaymentRow &row, int column);
+    static QString cellText(const RentPayment &row, int column);
     static QString caption(int column);
 
 private:
-    PaymentRows m_rows;
+    RentPayments m_rows;
 };

@@ -28,8 +28,8 @@ enum Item { RentCategory = 0, RentDefault = 1, FeeCategory = 2, LateCategory = 4
 
 } // namespace
 
-PostPayments::PostPayments(
-    ProgramState &state, RentLedger &ledger, const PaymentRows &rows, const PostingChoices &choices)
+PostPayments::PostPayments(ProgramState &state, RentLedger &ledger, const RentPayments &rows,
+    const PostingChoices &choices)
     : m_state(state)
     , m_ledger(ledger)
     , m_rows(rows)
@@ -100,26 +100,26 @@ bool PostPayments::run()
     m_late = lateFee(m_state);
     if (!m_late.valid)
         return stop(kNoLateCategory);
-    for (const PaymentRow &row : m_rows) {
+    for (const RentPayment &row : m_rows) {
         if (!postRow(row))
             return false;
     }
     return true;
 }
 
-bool PostPayments::postRow(const PaymentRow &row)
+bool PostPayments::postRow(const RentPayment &row)
 {
     const bool late = row.isLateFee();
     const AccountSetting &setting = late ? m_late : m_rent;
     const double tenantId = row.tenantId();
-    const QVariant tenantKey = PaymentRow::key(tenantId);
+    const QVariant tenantKey = RentPayment::key(tenantId);
     const Currency amount = row.amount.value_or(Currency()).abs();
     const QVariant remark = m_choices.remarkFor(
         row.method, late ? lateDefaultRemark(m_state) : rentDefaultRemark(m_state));
 
     RentLedger::Line line;
-    line.accountId = PaymentRow::longValue(setting.accountId);
-    line.postToId = PaymentRow::longValue(tenantId);
+    line.accountId = RentPayment::longValue(setting.accountId);
+    line.postToId = RentPayment::longValue(tenantId);
     line.amount = amount;
     line.date = row.isoDate();
     line.checkNumber = row.checkValue();
@@ -127,10 +127,10 @@ bool PostPayments::postRow(const PaymentRow &row)
     line.type = u"I"_qs;
     line.status = setting.postingCode;
     line.tax = u"N"_qs;
-    line.ownerId = PaymentRow::longValue(row.ownerId());
-    line.propertyId = PaymentRow::longValue(row.propertyId());
-    line.unitId = PaymentRow::longValue(row.unitId());
-    line.tenantId = PaymentRow::longValue(tenantId);
+    line.ownerId = RentPayment::longValue(row.ownerId());
+    line.propertyId = RentPayment::longValue(row.propertyId());
+    line.unitId = RentPayment::longValue(row.unitId());
+    line.tenantId = RentPayment::longValue(tenantId);
     m_ledger.addTransaction(line);
 
     // A payment raises both balances its posting code names; "U" raises none.
@@ -139,7 +139,7 @@ bool PostPayments::postRow(const PaymentRow &row)
         m_ledger.addToUnitBalance(tenantKey, amount);
     if (code == u"T"_qs || code == u"B"_qs) {
         if (!m_ledger.addToTenantBalance(tenantKey, amount)) {
-            return stop(u"Not found: Tenant ID #"_qs + PaymentRow::idText(tenantId)
+            return stop(u"Not found: Tenant ID #"_qs + RentPayment::idText(tenantId)
                 + u"\nAmount: "_qs + row.amountText + u"\nDate: "_qs + row.date
                 + u"\nCheck Number: "_qs + row.checkNumber + u"\nRemark: "_qs + remark.toString()
                 + u'\n' + kTenantMissing);
@@ -152,14 +152,14 @@ bool PostPayments::postRow(const PaymentRow &row)
     if (!feeSetting.valid)
         return stop(kNoFeeCategory);
     Currency fee;
-    const auto ownerSetting = m_ledger.ownerMgmtFee(PaymentRow::key(row.ownerId()));
+    const auto ownerSetting = m_ledger.ownerMgmtFee(RentPayment::key(row.ownerId()));
     if (ownerSetting && !VbText::Trim(*ownerSetting).isEmpty())
         fee = managementFeeFor(*ownerSetting, amount).value_or(Currency());
     if (fee.isZero())
         return true;
 
     RentLedger::Line feeLine = line;
-    feeLine.accountId = PaymentRow::longValue(feeSetting.accountId);
+    feeLine.accountId = RentPayment::longValue(feeSetting.accountId);
     feeLine.amount = fee;
     feeLine.checkNumber = QVariant();
     feeLine.remark = feeSetting.text;

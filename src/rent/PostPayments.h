@@ -1,8 +1,8 @@
 #pragma once
 
 #include "rent/AccountSetting.h"
-#include "rent/PaymentRow.h"
 #include "rent/PostingChoices.h"
+#include "rent/RentPayment.h"
 
 class ProgramState;
 class RentLedger;
@@ -15,7 +15,7 @@ class RentLedger;
 class PostPayments
 {
 public:
-    PostPayments(ProgramState &state, RentLedger &ledger, const PaymentRows &rows,
+    PostPayments(ProgramState &state, RentLedger &ledger, const RentPayments &rows,
         const PostingChoices &choices);
 
     // Runs the posting; false (and failed()) when it stopped on an error.
@@ -39,11 +39,11 @@ public:
 
 private:
     bool stop(const QString &message);
-    bool postRow(const PaymentRow &row);
+    bool postRow(const RentPayment &row);
 
     ProgramState &m_state;
     RentLedger &m_ledger;
-    const PaymentRows &m_rows;
+    const RentPayments &m_rows;
     const PostingChoices &m_choices;
     AccountSetting m_rent;
     AccountSetting m_late;

@@ -25,7 +25,7 @@ QString quoted(const QString &text)
     return u'"' + VbText::Trim(text).remove(u'\r') + u'"';
 }
 
-QString lineText(const PaymentRow &row)
+QString lineText(const RentPayment &row)
 {
     return u"line "_qs + QString::number(row.line) + u" of the Remitra Payment File"_qs;
 }
@@ -35,7 +35,8 @@ QString lineText(const PaymentRow &row)
 namespace {
 
 // The first row whose values cannot be read, as a sentence; "" when none.
-QString firstUnreadable(ProgramState &state, const PaymentRows &rows, const PostingChoices &choices)
+QString firstUnreadable(
+    ProgramState &state, const RentPayments &rows, const PostingChoices &choices)
 {
     const bool fees = choices.postMgmtFees && PostPayments::managementFee(state).valid;
     std::optional<RentLookup::ReadScope> snapshot;
@@ -44,7 +45,7 @@ QString firstUnreadable(ProgramState &state, const PaymentRows &rows, const Post
         snapshot.emplace(state.db());
         ledger.emplace(state.db());
     }
-    for (const PaymentRow &row : rows) {
+    for (const RentPayment &row : rows) {
         if (!row.amount)
             return u"The amount "_qs + quoted(row.amountText) + u" on "_qs + lineText(row)
                 + u" cannot be read."_qs;
@@ -53,11 +54,11 @@ QString firstUnreadable(ProgramState &state, const PaymentRows &rows, const Post
                 + u" cannot be read."_qs;
         if (!fees || !row.isRent())
             continue;
-        const auto setting = ledger->ownerMgmtFee(PaymentRow::key(row.ownerId()));
+        const auto setting = ledger->ownerMgmtFee(RentPayment::key(row.ownerId()));
         if (setting && !VbText::Trim(*setting).isEmpty()
             && !PostPayments::managementFeeFor(*setting, *row.amount)) {
             return u"The management fee "_qs + quoted(*setting) + u" of owner "_qs
-                + PaymentRow::idText(row.ownerId()) + u" (for the payment on "_qs + lineText(row)
+                + RentPayment::idText(row.ownerId()) + u" (for the payment on "_qs + lineText(row)
                 + u") cannot be read."_qs;
         }
     }
@@ -66,7 +67,7 @@ QString firstUnreadable(ProgramState &state, const PaymentRows &rows, const Post
 
 } // namespace
 
-bool checkReadable(ProgramState &state, const PaymentRows &rows, const PostingChoices &choices)
+bool checkReadable(ProgramState &state, const RentPayments &rows, const PostingChoices &choices)
 {
     const QString problem = firstUnreadable(state, rows, choices);
     if (problem.isEmpty())
@@ -75,7 +76,7 @@ bool checkReadable(ProgramState &state, const PaymentRows &rows, const PostingCh
     return false;
 }
 
-bool run(ProgramState &state, const PaymentRows &rows, const PostingChoices &choices)
+bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &choices)
 {
     if (!checkReadable(state, rows, choices))
         return false;

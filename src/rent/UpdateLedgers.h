@@ -1,7 +1,7 @@
 #pragma once
 
-#include "rent/PaymentRow.h"
 #include "rent/PostingChoices.h"
+#include "rent/RentPayment.h"
 
 class ProgramState;
 
@@ -14,11 +14,11 @@ namespace UpdateLedgers {
 
 // True when every payment was posted: the file has been moved aside and the
 // screen may close. False after a stop: the file stays where it is.
-bool run(ProgramState &state, const PaymentRows &rows, const PostingChoices &choices);
+bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &choices);
 
 // Checks, before anything is written, that every amount and date (and, when
 // management fees are charged, every owner's fee setting) can be read; tells
 // the user about the first that cannot, naming its line of the payment file.
-bool checkReadable(ProgramState &state, const PaymentRows &rows, const PostingChoices &choices);
+bool checkReadable(ProgramState &state, const RentPayments &rows, const PostingChoices &choices);
 
 } // namespace UpdateLedgers

@@ -8,8 +8,8 @@
 #include "rent/DownloadPrintLayout.h"
 #include "rent/DownloadPrinter.h"
 #include "rent/PaymentFile.h"
-#include "rent/PaymentRowDelegate.h"
 #include "rent/PaymentTableModel.h"
+#include "rent/RentPaymentDelegate.h"
 #include "rent/UpdateLedgers.h"
 
 #include <QButtonGroup>
@@ -88,7 +88,7 @@ void frmDownload::buildUi()
     gridACHDownload->setObjectName(u"gridACHDownload"_qs);
     gridACHDownload->setAccessibleName(u"Remitra payments"_qs);
     gridACHDownload->setModel(m_model);
-    gridACHDownload->setItemDelegate(new PaymentRowDelegate(gridACHDownload));
+    gridACHDownload->setItemDelegate(new RentPaymentDelegate(gridACHDownload));
     gridACHDownload->setEditTriggers(QAbstractItemView::NoEditTriggers);
     gridACHDownload->setSelectionMode(QAbstractItemView::ExtendedSelection);
     gridACHDownload->setSelectionBehavior(QAbstractItemView::SelectItems);

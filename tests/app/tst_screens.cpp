@@ -247,7 +247,8 @@ private slots:
         onLoginScreen(u"acme"_qs, u"pass"_qs, u"http://127.0.0.1:9/qps/upload.php"_qs, "cmdSave");
         QVERIFY(menu.Form_Load());
         QCOMPARE(menu.findChild<QLabel *>(u"labVersion"_qs)->text(), Startup::versionText());
-        QVERIFY(!s.site.prompter.titles().contains(u"Remitra Error Message"_qs));
+        // The payment check ran and found the waiting file.
+        QCOMPARE(s.site.prompter.titles(), QStringList{u"Remitra Notice"_qs});
         QVERIFY(!state.LoginMissing);
         QCOMPARE(QSettings(state.SettingsFile, QSettings::IniFormat)
                      .value(u"Parameters/password"_qs)

@@ -76,7 +76,7 @@ private slots:
         RentSupport::seedPortfolio(site);
         RentSupport::useFixture(site, u"normal.txt"_qs);
         const auto result = PaymentFile::load(*site.state);
-        const PaymentRows &r = result.rows;
+        const RentPayments &r = result.rows;
         QCOMPARE(r.size(), std::size_t(5));
         const QStringList first = { r[0].owner, r[0].property, r[0].unit, r[0].tenant, r[0].address,
             r[0].tenantName, r[0].checkNumber, r[0].depositDate, r[0].method };
@@ -114,7 +114,7 @@ private slots:
         income(100, 1250, "2026-11-02", 123); // line 1 (check 000123)
         income(200, 800, "2026-11-05", 5); // line 3 has no check number
         income(300, 99.99, "2026-11-05", {}); // line 4: Null matches Null
-        const PaymentRows r = PaymentFile::load(*site.state).rows;
+        const RentPayments r = PaymentFile::load(*site.state).rows;
         QVERIFY(r[0].postedNote.contains(u"$1,250.00"_qs));
         QVERIFY(r[0].postedNote.contains(u"with check number 123"_qs));
         QVERIFY(

@@ -12,10 +12,10 @@ using RentSupport::line;
 
 namespace {
 
-PaymentRows loadRows(TestSite &site, const QStringList &lines)
+RentPayments loadRows(TestSite &site, const QStringList &lines)
 {
     RentSupport::writePaymentFile(site, lines);
-    PaymentRows rows = PaymentFile::load(*site.state).rows;
+    RentPayments rows = PaymentFile::load(*site.state).rows;
     site.prompter.clear();
     return rows;
 }
@@ -45,7 +45,7 @@ private slots:
         TestSite site;
         RentSupport::seedPortfolio(site);
         site.db().execText(u"UPDATE Owners SET OMgmtFee = '7.125 %' WHERE OwnerID = 3"_qs, "test");
-        const PaymentRows rows = loadRows(site,
+        const RentPayments rows = loadRows(site,
             { line(10, 100, u"-1000.00"_qs, u"11/02/2026"_qs, u"000123"_qs), // 8%: -80
                 line(10, 101, u"30"_qs, u"11/03/2026"_qs, u""_qs, u"Card"_qs, u"Late Fee"_qs),
                 line(20, 200, u"400"_qs, u"11/04/2026"_qs, u"5"_qs, u"ACH"_qs, u"Rent Payment"_qs),
@@ -194,7 +194,7 @@ private slots:
         site.db().execText(u"UPDATE Owners SET OMgmtFee = 'ten%' WHERE OwnerID = 3"_qs, "test");
         if (item >= 0)
             site.state->IdItems[std::size_t(item)] = setting;
-        const PaymentRows rows = loadRows(site,
+        const RentPayments rows = loadRows(site,
             { line(10, 100, u"7"_qs, u"11/02/2026"_qs, u"1"_qs, u"ACH"_qs, u"Late Fee"_qs),
                 secondLine, line(10, 101, u"100"_qs) });
         PostingChoices choices;
@@ -218,7 +218,7 @@ private slots:
     {
         TestSite site;
         RentSupport::seedPortfolio(site);
-        const PaymentRows rows = loadRows(site,
+        const RentPayments rows = loadRows(site,
             { line(10, 100, u"-1250.5"_qs, u"11/02/2026"_qs, u"123456789012"_qs),
                 line(10, 101, u"35"_qs, u"11/02/2026"_qs, u""_qs, u"Card"_qs, u"Late Fee"_qs),
                 line(20, 555, u"0.0101"_qs) }); // unknown tenant: posting stops here
@@ -265,7 +265,7 @@ private slots:
         for (int i = 0; i < 12; ++i)
             site.writeFile(
                 u"backups/dxdatafl-20200101-0000%1-000.db"_qs.arg(i, 2, 10, QChar(u'0')), "x");
-        const PaymentRows rows = loadRows(site, { line(10, 100, u"10"_qs) });
+        const RentPayments rows = loadRows(site, { line(10, 100, u"10"_qs) });
         const QByteArray file = site.fileBytes(site.state->PaymentDownloadName);
         QVERIFY(UpdateLedgers::run(*site.state, rows, {}));
         QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
@@ -291,7 +291,7 @@ private slots:
             u"CREATE TRIGGER fail BEFORE INSERT ON SplitPrintedChecks WHEN "
             "NEW.CkPostToID = 200 BEGIN SELECT RAISE(ABORT, 'disk I/O error'); END"_qs,
             "test");
-        const PaymentRows rows
+        const RentPayments rows
             = loadRows(site, { line(10, 100, u"10"_qs), line(20, 200, u"20"_qs) });
         QVERIFY_THROWS_EXCEPTION(RuntimeError, UpdateLedgers::run(*site.state, rows, {}));
         QCOMPARE(count(site, "Transactions") + count(site, "CheckDepPrinted"), 0);

@@ -1,8 +1,8 @@
-#include "rent/PaymentRowDelegate.h"
+#include "rent/RentPaymentDelegate.h"
 
 #include "rent/PaymentTableModel.h"
 
-void PaymentRowDelegate::initStyleOption(
+void RentPaymentDelegate::initStyleOption(
     QStyleOptionViewItem *option, const QModelIndex &index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);

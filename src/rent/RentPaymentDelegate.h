@@ -5,7 +5,7 @@
 // Paints the rows of the review grid that look already posted on a tinted
 // background (PaymentTableModel::PostedRole), so they stand out before the
 // user posts them a second time.
-class PaymentRowDelegate : public QStyledItemDelegate
+class RentPaymentDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
 

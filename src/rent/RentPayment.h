@@ -12,7 +12,7 @@
 
 // One payment of the payment file as the review screen shows it (its twelve
 // grid columns, in order) and as the posting reads it back.
-struct PaymentRow
+struct RentPayment
 {
     int line = 0; // 1-based line of the payment file it came from
     QString owner; // "O" + owner id, or the owner-not-found text
@@ -83,4 +83,4 @@ struct PaymentRow
     static QString idText(double id) { return QString::number(id, 'g', 15); }
 };
 
-using PaymentRows = std::vector<PaymentRow>;
+using RentPayments = std::vector<RentPayment>;
