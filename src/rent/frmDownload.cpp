@@ -306,6 +306,8 @@ void frmDownload::cmdDeleteAll_Click()
         m_model->clear();
         showCount(kCountLabel + u" 0"_qs);
         TransactionTotal();
+        // The file is gone: nothing is left to post, delete or print.
+        disableCommands();
     });
 }
 
@@ -330,6 +332,7 @@ void frmDownload::gridACHDownload_DeleteRows()
         showCount(kCountLabel + u" 0"_qs);
         TransactionTotal();
         PaymentFile::moveAside(m_state);
+        disableCommands();
     });
 }
 

@@ -173,6 +173,7 @@ private slots:
         QCOMPARE(textOf(screen, "labRemitraPayments"), u"Number of Remitra Payments: 0"_qs);
         QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
         QVERIFY(!site.fileBytes(PaymentFile::LastDownloadName).isNull());
+        QVERIFY(!child(screen, "cmdUpdate")->isEnabled());
         click(screen, "cmdExit");
         QVERIFY(!screen.isVisible());
         QVERIFY(site.prompter.shown().isEmpty());
@@ -208,6 +209,7 @@ private slots:
         QCOMPARE(textOf(screen, "labRemitraPayments"), u"Number of Remitra Payments: 0"_qs);
         QCOMPARE(site.fileBytes(PaymentFile::LastDownloadName), file);
         QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QVERIFY(!child(screen, "cmdUpdate")->isEnabled());
         QTest::keyClick(&screen, Qt::Key_Escape);
         QVERIFY(!screen.isVisible());
         QCOMPARE(site.prompter.shown().size(), 3);
