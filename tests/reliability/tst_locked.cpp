@@ -1,0 +1,192 @@
+#include "DisburseFixture.h"
+#include "RentSupport.h"
+#include "ScriptedProcessorClient.h"
+
+#include "app/TopLevel.h"
+#include "core/RuntimeError.h"
+#include "disburse/DistributionFile.h"
+#include "disburse/DistributionRun.h"
+#include "disburse/UnfinishedRun.h"
+#include "hostdb/DisburseList.h"
+#include "rent/PaymentFile.h"
+#include "rent/UpdateLedgers.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTest>
+
+// The host application writing to its database at the moment a command runs:
+// a separate process (the sqlite3 shell) holds the lock. The command waits a
+// few seconds, tells the user that the Dwellix database is busy, changes
+// nothing in it, and the same command works once the lock is gone.
+namespace {
+
+// The host's side: a shell process holding a write lock until release().
+class HostWriter
+{
+public:
+    // exclusive: the host is committing (no one may read); otherwise it has
+    // begun writing (others may still read).
+    HostWriter(const QString &database, bool exclusive)
+    {
+        m_shell.setProcessChannelMode(QProcess::MergedChannels);
+        m_shell.start(u"sqlite3"_qs, { u"-batch"_qs, database });
+        if (!m_shell.waitForStarted(5000))
+            qFatal("sqlite3 did not start");
+        m_shell.write(exclusive ? "BEGIN EXCLUSIVE;\n" : "BEGIN IMMEDIATE;\n");
+        m_shell.write("UPDATE Vendors SET VenName = VenName;\nSELECT 'locked';\n");
+        QByteArray said;
+        while (!said.contains("locked")) {
+            if (!m_shell.waitForReadyRead(5000))
+                qFatal("the host shell did not take the lock: %s", said.constData());
+            said += m_shell.readAll();
+        }
+    }
+    ~HostWriter() { release(); }
+    void release()
+    {
+        if (m_shell.state() == QProcess::NotRunning)
+            return;
+        m_shell.write("ROLLBACK;\n.quit\n");
+        m_shell.closeWriteChannel();
+        m_shell.waitForFinished(5000);
+    }
+
+private:
+    QProcess m_shell;
+};
+
+const QString kBusy = RuntimeError::databaseBusy().description();
+
+QString summary(TestSite &site)
+{
+    return DisburseFixture::dump(site,
+        u"SELECT (SELECT count(*) FROM Transactions), (SELECT total(TCurrBal) FROM Tenants), "
+        "(SELECT total(UCurrBal) FROM Units), (SELECT count(*) FROM CheckEntered), "
+        "(SELECT count(*) FROM CheckDepPrinted), (SELECT total(OCurrBal) FROM Owners)"_qs);
+}
+
+} // namespace
+
+class TestLocked : public QObject
+{
+    Q_OBJECT
+
+    static PostingChoices choices()
+    {
+        PostingChoices c;
+        c.postMgmtFees = true;
+        c.createDeposit = true;
+        c.remark = PostingChoices::DefaultRemark;
+        return c;
+    }
+
+private slots:
+    void rentPostingWaitsAndTellsTheUser_data()
+    {
+        QTest::addColumn<bool>("exclusive");
+        QTest::newRow("host committing") << true;
+        QTest::newRow("host writing") << false;
+    }
+    void rentPostingWaitsAndTellsTheUser()
+    {
+        QFETCH(bool, exclusive);
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        RentSupport::writePaymentFile(site,
+            { RentSupport::line(10, 100, u"1250.00"_qs), RentSupport::line(20, 200, u"800"_qs) });
+        const QByteArray file = site.fileBytes(site.state->PaymentDownloadName);
+        PaymentFile::LoadResult loaded = PaymentFile::load(*site.state);
+        QCOMPARE(loaded.rows.size(), 2);
+        const QString before = summary(site);
+
+        std::optional<HostWriter> host(std::in_place, site.state->DatabasePath, exclusive);
+        QElapsedTimer timer;
+        timer.start();
+        bool posted = true;
+        TopLevel::run(*site.state, [&] { posted = UpdateLedgers::run(*site.state, loaded.rows, choices()); });
+        const qint64 waited = timer.elapsed();
+        QVERIFY(!posted);
+        QVERIFY2(waited >= 3000 && waited < 20000, qPrintable(QString::number(waited)));
+        QCOMPARE(site.prompter.shown().size(), 1);
+        QVERIFY2(site.prompter.texts().first().contains(kBusy), qPrintable(site.prompter.texts().first()));
+        QVERIFY(!site.state->EndRequested);
+        QCOMPARE(site.prompter.busyDepth(), 0);
+        host->release();
+        QCOMPARE(summary(site), before);
+        QCOMPARE(site.fileBytes(site.state->PaymentDownloadName), file);
+
+        // The lock is gone: the same command posts.
+        site.prompter.clear();
+        TopLevel::run(*site.state, [&] { posted = UpdateLedgers::run(*site.state, loaded.rows, choices()); });
+        QVERIFY(posted);
+        QCOMPARE(site.prompter.texts().last(), u"Your Dwellix Ledgers are now updated."_qs);
+        QCOMPARE(site.scalar(u"SELECT count(*) FROM Transactions WHERE TransAmount > 0 AND TransTID > 0"_qs).toInt(), 2);
+        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+    }
+
+    // While the host commits, nothing can be read: nothing is sent, nothing
+    // written; once it is done, the same selection is paid.
+    void distributionWhileTheHostCommits()
+    {
+        TestSite site;
+        DisburseFixture::populate(site);
+        const QList<PaymentRow> rows = DisburseList::load(site.db(), u"Payee"_qs);
+        QString response;
+        for (const PaymentRow &r : rows)
+            response += u"O%1,B%2,0,Accepted\n"_qs.arg(r.payeeId()).arg(r.CkID);
+        auto script = DisburseFixture::answering(site, 200, response);
+        const QString before = summary(site);
+        bool stop = false;
+        {
+            HostWriter host(site.state->DatabasePath, true);
+            QElapsedTimer timer;
+            timer.start();
+            TopLevel::run(*site.state, [&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); });
+            QVERIFY(timer.elapsed() >= 3000);
+        }
+        QCOMPARE(site.prompter.texts(), QStringList({ kBusy }));
+        QCOMPARE(script->calls.size(), 0);
+        QCOMPARE(summary(site), before);
+        QVERIFY(!UnfinishedRun::present(*site.state));
+
+        site.prompter.clear();
+        TopLevel::run(*site.state, [&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); });
+        QCOMPARE(script->calls.size(), 1);
+        QCOMPARE(site.prompter.texts().last(), DistributionRun::completeText());
+        QVERIFY(summary(site) != before);
+    }
+
+    // While the host writes, the payments can be read and sent, but not
+    // posted: the run stops with the busy message, and the next command
+    // finds the answered run and posts it before anything is sent again.
+    void distributionWhileTheHostWrites()
+    {
+        TestSite site;
+        DisburseFixture::populate(site);
+        const QList<PaymentRow> rows = DisburseList::load(site.db(), u"Payee"_qs);
+        QString response;
+        for (const PaymentRow &r : rows)
+            response += u"O%1,B%2,0,Accepted\n"_qs.arg(r.payeeId()).arg(r.CkID);
+        auto script = DisburseFixture::answering(site, 200, response);
+        const QString before = summary(site);
+        bool stop = false;
+        {
+            HostWriter host(site.state->DatabasePath, false);
+            TopLevel::run(*site.state, [&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); });
+        }
+        QCOMPARE(site.prompter.texts().last(), kBusy);
+        QCOMPARE(summary(site), before);
+        QVERIFY(UnfinishedRun::present(*site.state));
+
+        site.prompter.clear();
+        site.prompter.queueAnswer(Prompter::Answer::Yes);
+        TopLevel::run(*site.state, [&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); });
+        QCOMPARE(script->calls.size(), 1); // not sent a second time
+        QVERIFY(summary(site) != before);
+        QVERIFY(!UnfinishedRun::present(*site.state));
+    }
+};
+
+QTEST_MAIN(TestLocked)
+#include "tst_locked.moc"

@@ -1,0 +1,276 @@
+#include "DisburseFixture.h"
+#include "RentSupport.h"
+#include "SandboxProcess.h"
+
+#include "app/Credentials.h"
+#include "disburse/DistributionFile.h"
+#include "disburse/DistributionRun.h"
+#include "hostdb/DisburseList.h"
+#include "processor/HttpProcessorClient.h"
+#include "processor/RentDownload.h"
+#include "rent/PaymentFile.h"
+#include "rent/UpdateLedgers.h"
+
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSettings>
+#include <QTest>
+
+// Credentials stay in the settings store, plain http goes nowhere but the
+// loopback, hostile texts in the host database are data and never SQL, and
+// transfer files stay in the program's folder.
+namespace {
+
+QStringList g_log;
+
+void keepLog(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    g_log << message;
+}
+
+const QString kUser = u"ops-7Kq2-user"_qs;
+const QString kPassword = u"Pw!9xZ-\"quoted\";secret"_qs;
+
+// Every file under a folder, with its bytes.
+QMap<QString, QByteArray> filesUnder(const QString &folder)
+{
+    QMap<QString, QByteArray> out;
+    QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        QFile f(path);
+        if (f.open(QIODevice::ReadOnly))
+            out.insert(path, f.readAll());
+    }
+    return out;
+}
+
+} // namespace
+
+class TestSecurity : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir config;
+
+private slots:
+    void initTestCase()
+    {
+        // The user's own settings store goes to a folder of this test.
+        qputenv("XDG_CONFIG_HOME", config.path().toLocal8Bit());
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, config.path());
+    }
+
+    // A whole rent cycle and a distribution through the HTTP client, with a
+    // failed call in between: the user name and the password (plain, encoded,
+    // or in the authorization header's form) are in no message, no log line
+    // and no file but the settings file.
+    void credentialsStayInTheSettingsStore()
+    {
+        SandboxProcess sandbox(kUser, kPassword);
+        QVERIFY(sandbox.isRunning());
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        DisburseFixture::populate(site);
+        sandbox.useFor(*site.state);
+        site.state->SettingsFile = site.path(u"remitra.ini"_qs);
+        Credentials::saveFromState(*site.state);
+
+        g_log.clear();
+        const QtMessageHandler previous = qInstallMessageHandler(keepLog);
+        sandbox.forceStatus(401);
+        DownloadPaymentFile(*site.state);
+        sandbox.forceStatus(403);
+        bool stop = false;
+        DistributionRun(*site.state, stop).MakePaymentsNow(DisburseList::load(site.db(), u"Payee"_qs), {});
+        sandbox.queueRent(u"100.00"_qs);
+        DownloadPaymentFile(*site.state);
+        PaymentFile::LoadResult loaded = PaymentFile::load(*site.state);
+        PostingChoices choices;
+        UpdateLedgers::run(*site.state, loaded.rows, choices);
+        DistributionRun(*site.state, stop).MakePaymentsNow(DisburseList::load(site.db(), u"Payee"_qs), {});
+        qInstallMessageHandler(previous);
+        QVERIFY(sandbox.requestCount() >= 4);
+
+        const QList<QByteArray> secrets = { kUser.toLatin1(), kPassword.toLatin1(),
+            EncodeSetting(kPassword).toLatin1(), EncodeSetting(kUser).toLatin1(),
+            (kUser + u':' + kPassword).toLatin1().toBase64() };
+        QStringList said = site.prompter.texts() + site.prompter.titles() + g_log;
+        for (const QString &text : said)
+            for (const QByteArray &secret : secrets)
+                QVERIFY2(!text.toLatin1().contains(secret), qPrintable(text));
+        const auto files = filesUnder(site.folder());
+        QVERIFY(files.size() > 5);
+        for (auto it = files.cbegin(); it != files.cend(); ++it) {
+            if (it.key() == site.state->SettingsFile)
+                continue;
+            for (const QByteArray &secret : secrets)
+                QVERIFY2(!it.value().contains(secret), qPrintable(it.key()));
+        }
+    }
+
+    // The settings file is its owner's alone: a new one, one that was there
+    // with wider rights, and the user's own store.
+    void theSettingsFileIsReadableByItsOwnerOnly()
+    {
+        const QFileDevice::Permissions ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner
+            | QFileDevice::ReadUser | QFileDevice::WriteUser;
+        TestSite site;
+        site.state->ProcessorUser = kUser;
+        site.state->ProcessorPassword = kPassword;
+
+        site.state->SettingsFile = site.path(u"new.ini"_qs);
+        Credentials::saveFromState(*site.state);
+        QCOMPARE(QFile(site.state->SettingsFile).permissions(), ownerOnly);
+
+        site.state->SettingsFile = site.path(u"old.ini"_qs);
+        site.writeFile(u"old.ini"_qs, "[Parameters]\n");
+        QFile::setPermissions(site.state->SettingsFile,
+            ownerOnly | QFileDevice::ReadGroup | QFileDevice::ReadOther);
+        Credentials::saveFromState(*site.state);
+        QCOMPARE(QFile(site.state->SettingsFile).permissions(), ownerOnly);
+
+        site.state->SettingsFile.clear();
+        Credentials::saveFromState(*site.state);
+        const QString store = QSettings(QSettings::UserScope, u"Dwellix"_qs, u"Dwellix"_qs).fileName();
+        QVERIFY2(store.startsWith(config.path()), qPrintable(store));
+        QVERIFY(QFile::exists(store));
+        QCOMPARE(QFile(store).permissions(), ownerOnly);
+        const Credentials::Stored stored = Credentials::read(*site.state);
+        QCOMPARE(DecodeSetting(stored.password), kPassword);
+    }
+
+    void plainHttpOnlyOnTheLoopback_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<bool>("allowed");
+        QTest::newRow("https") << u"https://pay.example.com/qps/upload.php"_qs << true;
+        QTest::newRow("loopback") << u"http://127.0.0.1:8080/qps/upload.php"_qs << true;
+        QTest::newRow("loopback range") << u"http://127.3.4.5/qps/upload.php"_qs << true;
+        QTest::newRow("localhost") << u"http://localhost/qps/upload.php"_qs << true;
+        QTest::newRow("ipv6 loopback") << u"http://[::1]:9/qps/upload.php"_qs << true;
+        QTest::newRow("http elsewhere") << u"http://pay.example.com/qps/upload.php"_qs << false;
+        QTest::newRow("private address") << u"http://192.168.1.10/qps/upload.php"_qs << false;
+        QTest::newRow("loopback lookalike") << u"http://127.0.0.1.example.com/qps/upload.php"_qs << false;
+        QTest::newRow("localhost lookalike") << u"http://localhost.example.com/qps/upload.php"_qs << false;
+        QTest::newRow("credentials before a host") << u"http://127.0.0.1@example.com/qps/upload.php"_qs << false;
+        QTest::newRow("ftp") << u"ftp://127.0.0.1/qps/upload.php"_qs << false;
+        QTest::newRow("file") << u"file:///etc/passwd"_qs << false;
+        QTest::newRow("no scheme") << u"pay.example.com/qps/upload.php"_qs << false;
+    }
+    void plainHttpOnlyOnTheLoopback()
+    {
+        QFETCH(QString, url);
+        QFETCH(bool, allowed);
+        QCOMPARE(HttpProcessorClient::isAllowedUrl(url), allowed);
+        if (allowed)
+            return;
+        // Refused at once, without a connection: the URL is not found.
+        TestSite site;
+        site.state->ProcessorUrl = url;
+        site.state->ClientFactory = [] { return std::make_unique<HttpProcessorClient>(30); };
+        QElapsedTimer timer;
+        timer.start();
+        DownloadPaymentFile(*site.state);
+        QVERIFY(timer.elapsed() < 2000);
+        QCOMPARE(site.state->ResultCode, qint16(404));
+    }
+
+    // Names and remarks made of quotes, semicolons, SQL, control characters
+    // and great length: the rows are found and written like any other, the
+    // texts reach the distribution file as they stand, and no table changes
+    // but the ones the posting writes.
+    void hostileTextsAreOnlyData()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        const QString longName = QString(5000, u'L');
+        const QStringList hostile = { u"O'Brien \"Bob\""_qs, u"a; DROP TABLE Tenants; --"_qs,
+            u"x' OR '1'='1"_qs, u"Robert'); DELETE FROM Owners; --"_qs, longName,
+            u"tab\there \x01\x02\x7f bell\a"_qs, u"% _ [ ] * ? \\"_qs, u"pipe|in|remark"_qs };
+        site.db().execText(u"UPDATE Tenants SET TLastName1 = 'x'' OR ''1''=''1', "
+                           "TFirstName1 = 'a; DROP TABLE Units; --' WHERE TenantID = 100"_qs,
+            "test");
+        int n = 0;
+        QList<qint64> checks;
+        for (const QString &text : hostile) {
+            const int owner = 50 + n++;
+            site.insert(u"Owners"_qs, { { u"OwnerID"_qs, owner }, { u"OFirstName1"_qs, text },
+                                          { u"OLastName1"_qs, u"Z"_qs }, { u"OACH"_qs, u"Y"_qs },
+                                          { u"OCurrBal"_qs, 0 } });
+            checks << DisburseFixture::addCheck(site, text + u" Z"_qs, 10 + n,
+                { { u"CkRemark"_qs, text } });
+        }
+        const QString schema = DisburseFixture::dump(site, u"SELECT name, sql FROM sqlite_master ORDER BY name"_qs);
+        const QString untouched = DisburseFixture::dump(site,
+            u"SELECT (SELECT count(*) FROM Owners), (SELECT count(*) FROM Tenants), "
+            "(SELECT count(*) FROM Units), (SELECT count(*) FROM Properties)"_qs);
+
+        // Rent: the tenant with the hostile name is matched and posted, with
+        // a hostile remark of the user's own.
+        RentSupport::writePaymentFile(site, { RentSupport::line(10, 100, u"125.00"_qs, u"11/02/2026"_qs,
+                                                  u"9'; --"_qs) });
+        PaymentFile::LoadResult loaded = PaymentFile::load(*site.state);
+        QCOMPARE(loaded.rows.size(), 1);
+        PostingChoices choices;
+        choices.remark = PostingChoices::OwnRemark;
+        choices.remarkText = u"'); UPDATE Tenants SET TCurrBal = 1e9; --"_qs;
+        QVERIFY(UpdateLedgers::run(*site.state, loaded.rows, choices));
+        QCOMPARE(site.scalar(u"SELECT TransRemark FROM Transactions WHERE TransTID = 100 AND TransAmount > 0"_qs)
+                     .toString(),
+            choices.remarkText.left(60));
+        QCOMPARE(site.scalar(u"SELECT total(TCurrBal) FROM Tenants WHERE TenantID <> 100"_qs).toDouble(), 0.0);
+
+        // Distribution file: one line per check, remarks as they stand.
+        const QList<PaymentRow> rows = DisburseList::load(site.db(), u"Payee"_qs);
+        QCOMPARE(rows.size(), hostile.size());
+        DistributionFile::write(site.db(), site.path(u"probe.txt"_qs), rows);
+        const QString written = TransferFile::fromAnsi(site.fileBytes(u"probe.txt"_qs));
+        for (int i = 0; i < hostile.size(); ++i) {
+            const QString expected = u"B%1|O%2|"_qs.arg(checks[i]).arg(50 + i)
+                + VbText::Trim(hostile[i]) + u'|' + QString::number(11 + i) + u"\r\n"_qs;
+            QVERIFY2(written.contains(expected), qPrintable(hostile[i].left(40)));
+        }
+        QCOMPARE(DisburseFixture::dump(site, u"SELECT name, sql FROM sqlite_master ORDER BY name"_qs), schema);
+        QCOMPARE(DisburseFixture::dump(site,
+                     u"SELECT (SELECT count(*) FROM Owners), (SELECT count(*) FROM Tenants), "
+                     "(SELECT count(*) FROM Units), (SELECT count(*) FROM Properties)"_qs),
+            untouched);
+    }
+
+    // A whole cycle writes and reads transfer files in the program's folder
+    // only: nothing appears next to it or in the working directory.
+    void transferFilesStayInTheProgramFolder()
+    {
+        QTemporaryDir cwd;
+        const QString oldCwd = QDir::currentPath();
+        QDir::setCurrent(cwd.path());
+        SandboxProcess sandbox;
+        QVERIFY(sandbox.isRunning());
+        {
+            TestSite site;
+            RentSupport::seedPortfolio(site);
+            DisburseFixture::populate(site);
+            sandbox.useFor(*site.state);
+            sandbox.queueRent(u"50.00"_qs);
+            DownloadPaymentFile(*site.state);
+            PaymentFile::LoadResult loaded = PaymentFile::load(*site.state);
+            QVERIFY(UpdateLedgers::run(*site.state, loaded.rows, PostingChoices()));
+            bool stop = false;
+            DistributionRun(*site.state, stop).MakePaymentsNow(DisburseList::load(site.db(), u"Payee"_qs), {});
+            QVERIFY(QFile::exists(site.path(DistributionFile::LastUploadName)));
+            QVERIFY(QFile::exists(site.path(PaymentFile::LastDownloadName)));
+            const QString siteParent = QFileInfo(site.folder()).path();
+            // Next to the program's folder there is nothing new of ours.
+            for (const QString &name : QDir(siteParent).entryList(QDir::Files))
+                QVERIFY2(!name.startsWith(u"DX_"_qs) && !name.contains(u"IDFILE"_qs), qPrintable(name));
+        }
+        QDir::setCurrent(oldCwd);
+        QCOMPARE(QDir(cwd.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
+            QStringList());
+    }
+};
+
+QTEST_MAIN(TestSecurity)
+#include "tst_security.moc"
