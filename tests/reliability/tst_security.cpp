@@ -3,6 +3,8 @@
 #include "SandboxProcess.h"
 
 #include "app/Credentials.h"
+#include "core/TransferFile.h"
+#include "core/VbText.h"
 #include "disburse/DistributionFile.h"
 #include "disburse/DistributionRun.h"
 #include "hostdb/DisburseList.h"
@@ -70,43 +72,47 @@ private slots:
     {
         SandboxProcess sandbox(kUser, kPassword);
         QVERIFY(sandbox.isRunning());
-        TestSite site;
-        RentSupport::seedPortfolio(site);
-        DisburseFixture::populate(site);
-        sandbox.useFor(*site.state);
-        site.state->SettingsFile = site.path(u"remitra.ini"_qs);
-        Credentials::saveFromState(*site.state);
+        TestSite rent;
+        RentSupport::seedPortfolio(rent);
+        TestSite disb;
+        DisburseFixture::populate(disb);
+        for (TestSite *site : { &rent, &disb }) {
+            sandbox.useFor(*site->state);
+            site->state->SettingsFile = site->path(u"remitra.ini"_qs);
+            Credentials::saveFromState(*site->state);
+        }
 
         g_log.clear();
         const QtMessageHandler previous = qInstallMessageHandler(keepLog);
         sandbox.forceStatus(401);
-        DownloadPaymentFile(*site.state);
+        DownloadPaymentFile(*rent.state);
+        sandbox.queueLines({ RentSupport::line(10, 100, u"100.00"_qs) });
+        DownloadPaymentFile(*rent.state);
+        PaymentFile::LoadResult loaded = PaymentFile::load(*rent.state);
+        QVERIFY(UpdateLedgers::run(*rent.state, loaded.rows, PostingChoices()));
         sandbox.forceStatus(403);
         bool stop = false;
-        DistributionRun(*site.state, stop).MakePaymentsNow(DisburseList::load(site.db(), u"Payee"_qs), {});
-        sandbox.queueRent(u"100.00"_qs);
-        DownloadPaymentFile(*site.state);
-        PaymentFile::LoadResult loaded = PaymentFile::load(*site.state);
-        PostingChoices choices;
-        UpdateLedgers::run(*site.state, loaded.rows, choices);
-        DistributionRun(*site.state, stop).MakePaymentsNow(DisburseList::load(site.db(), u"Payee"_qs), {});
+        DistributionRun(*disb.state, stop).MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
+        DistributionRun(*disb.state, stop).MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
         qInstallMessageHandler(previous);
-        QVERIFY(sandbox.requestCount() >= 4);
+        QCOMPARE(sandbox.requestCount(), 4);
 
         const QList<QByteArray> secrets = { kUser.toLatin1(), kPassword.toLatin1(),
             EncodeSetting(kPassword).toLatin1(), EncodeSetting(kUser).toLatin1(),
             (kUser + u':' + kPassword).toLatin1().toBase64() };
-        QStringList said = site.prompter.texts() + site.prompter.titles() + g_log;
-        for (const QString &text : said)
-            for (const QByteArray &secret : secrets)
-                QVERIFY2(!text.toLatin1().contains(secret), qPrintable(text));
-        const auto files = filesUnder(site.folder());
-        QVERIFY(files.size() > 5);
-        for (auto it = files.cbegin(); it != files.cend(); ++it) {
-            if (it.key() == site.state->SettingsFile)
-                continue;
-            for (const QByteArray &secret : secrets)
-                QVERIFY2(!it.value().contains(secret), qPrintable(it.key()));
+        for (TestSite *site : { &rent, &disb }) {
+            const QStringList said = site->prompter.texts() + site->prompter.titles() + g_log;
+            for (const QString &text : said)
+                for (const QByteArray &secret : secrets)
+                    QVERIFY2(!text.toLatin1().contains(secret), qPrintable(text));
+            const auto files = filesUnder(site->folder());
+            QVERIFY(files.size() > 3);
+            for (auto it = files.cbegin(); it != files.cend(); ++it) {
+                if (it.key() == site->state->SettingsFile)
+                    continue;
+                for (const QByteArray &secret : secrets)
+                    QVERIFY2(!it.value().contains(secret), qPrintable(it.key()));
+            }
         }
     }
 
@@ -249,22 +255,24 @@ private slots:
         SandboxProcess sandbox;
         QVERIFY(sandbox.isRunning());
         {
-            TestSite site;
-            RentSupport::seedPortfolio(site);
-            DisburseFixture::populate(site);
-            sandbox.useFor(*site.state);
-            sandbox.queueRent(u"50.00"_qs);
-            DownloadPaymentFile(*site.state);
-            PaymentFile::LoadResult loaded = PaymentFile::load(*site.state);
-            QVERIFY(UpdateLedgers::run(*site.state, loaded.rows, PostingChoices()));
+            TestSite rent;
+            RentSupport::seedPortfolio(rent);
+            TestSite disb;
+            DisburseFixture::populate(disb);
+            sandbox.useFor(*rent.state);
+            sandbox.useFor(*disb.state);
+            sandbox.queueLines({ RentSupport::line(10, 100, u"50.00"_qs) });
+            DownloadPaymentFile(*rent.state);
+            PaymentFile::LoadResult loaded = PaymentFile::load(*rent.state);
+            QVERIFY(UpdateLedgers::run(*rent.state, loaded.rows, PostingChoices()));
             bool stop = false;
-            DistributionRun(*site.state, stop).MakePaymentsNow(DisburseList::load(site.db(), u"Payee"_qs), {});
-            QVERIFY(QFile::exists(site.path(DistributionFile::LastUploadName)));
-            QVERIFY(QFile::exists(site.path(PaymentFile::LastDownloadName)));
-            const QString siteParent = QFileInfo(site.folder()).path();
-            // Next to the program's folder there is nothing new of ours.
-            for (const QString &name : QDir(siteParent).entryList(QDir::Files))
-                QVERIFY2(!name.startsWith(u"DX_"_qs) && !name.contains(u"IDFILE"_qs), qPrintable(name));
+            DistributionRun(*disb.state, stop).MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
+            QVERIFY(QFile::exists(disb.path(DistributionFile::LastUploadName)));
+            QVERIFY(QFile::exists(rent.path(PaymentFile::LastDownloadName)));
+            // Next to the program's folders there is nothing of ours.
+            for (TestSite *site : { &rent, &disb })
+                for (const QString &name : QDir(QFileInfo(site->folder()).path()).entryList(QDir::Files))
+                    QVERIFY2(!name.startsWith(u"DX_"_qs) && !name.contains(u"IDFILE"_qs), qPrintable(name));
         }
         QDir::setCurrent(oldCwd);
         QCOMPARE(QDir(cwd.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
