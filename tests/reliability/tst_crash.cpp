@@ -193,14 +193,15 @@ class TestCrash : public QObject
         return run;
     }
 
-    // Kill points spread over the measured run, with the first ones close
-    // together at its start.
+    // Kill points spread over one and a half times the measured run (a run
+    // under load takes longer), with the first ones close together at its
+    // start.
     static QList<qint64> killTimes(qint64 runMs)
     {
         QList<qint64> times;
         const int n = killPoints();
         for (int i = 0; i < n; ++i)
-            times << (i < 4 ? i * 5 : runMs * (i - 3) / (n - 4));
+            times << (i < 4 ? i * 5 : runMs * 3 * (i - 3) / (2 * (n - 4)));
         return times;
     }
 
@@ -247,7 +248,7 @@ private slots:
             const QString folder = work.path() + u"/rent-kill-"_qs + QString::number(at);
             copyFolder(templ, folder);
             const Run run = runHelper(u"rent"_qs, folder, at);
-            ++tried;
+            tried += run.killed ? 1 : 0;
             if (!run.killed) {
                 ++finished;
                 QCOMPARE(run.exitCode, 0);
@@ -285,6 +286,7 @@ private slots:
         qInfo("rent: %d kill points, %d before, %d after, %d ran to the end", killPoints(),
             atBefore, atAfter, finished);
         QVERIFY(atBefore > 0);
+        QVERIFY(atAfter > 0);
     }
 
     void distributionKilledAnywhere()
@@ -327,12 +329,13 @@ private slots:
         QVERIFY(!lastUpload.isEmpty() && !response.isEmpty());
         qInfo("distribution of %d checks: %lld ms after start-up", kChecks, whole.endedAfterMs);
 
-        int atBefore = 0, recovered = 0, atAfter = 0;
+        int atBefore = 0, recovered = 0, atAfter = 0, finished = 0;
         for (const qint64 at : killTimes(whole.endedAfterMs)) {
             const QString folder = work.path() + u"/disb-kill-"_qs + QString::number(at);
             copyFolder(templ, folder);
             const Run run = runHelper(u"distribution"_qs, folder, at);
-            ++tried;
+            tried += run.killed ? 1 : 0;
+            finished += run.killed ? 0 : 1;
             FolderState site(folder);
             const QString now = site.summary();
             QVERIFY2(now == before || now == after,
@@ -369,12 +372,12 @@ private slots:
             site.state.reset();
             QDir(folder).removeRecursively();
         }
-        qInfo("distribution: %d kill points, %d before (%d recovered), %d after", killPoints(),
-            atBefore, recovered, atAfter);
+        qInfo("distribution: %d kill points, %d before (%d recovered), %d after, %d ran to the end",
+            killPoints(), atBefore, recovered, atAfter, finished);
         QVERIFY(recovered > 0);
     }
 
-    void cleanupTestCase() { qInfo("%d kill points tried in all", tried); }
+    void cleanupTestCase() { qInfo("%d helpers killed in all", tried); }
 };
 
 int main(int argc, char **argv)
