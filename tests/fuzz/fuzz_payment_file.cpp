@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     site.writeFile(state.PaymentDownloadName, data, size);
     try {
         PaymentFile::LoadResult result = PaymentFile::load(state);
-        if (result.status == PaymentFile::LoadStatus::Loaded && !result.rows.isEmpty()) {
+        if (result.status == PaymentFile::LoadStatus::Loaded && !result.rows.empty()) {
             RentLookup lookup(state.db());
             PaymentFile::markPosted(lookup, result.rows);
         }
