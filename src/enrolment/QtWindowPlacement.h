@@ -1,0 +1,6 @@
+#pragma once
+
+class QWidget;
+
+// Centres a top-level window on the screen it is shown on.
+void centreOnScreen(QWidget *window);
