@@ -26,11 +26,12 @@ void BuildSetupFile(ProgramState &state)
     QSqlQuery rows = setupRows(db);
     TransferFile::LineWriter out(state.pathOf(state.SetupUploadName));
     QString line;
+    line.reserve(512);
     while (rows.next()) {
         const QString city = FieldRules::text(rows.value(SetupPropCity));
         const QString st = FieldRules::text(rows.value(SetupPropState));
         const QString zip = FieldRules::text(rows.value(SetupPropZip));
-        line.clear();
+        line.truncate(0);
         line += site;
         line += u"|O"_qs + FieldRules::raw(rows.value(SetupOwnerID));
         line += sep + FieldRules::personName(rows.value(SetupOFirstName1), rows.value(SetupOLastName1));

@@ -39,9 +39,10 @@ void BuildTenantUpload(ProgramState &state)
     QSqlQuery rows = tenantUploadRows(state.db());
     TransferFile::LineWriter out(path);
     QString line;
+    line.reserve(512);
     while (rows.next()) {
         const QString tenantKey = u"T"_qs + FieldRules::raw(rows.value(TenantTenantID));
-        line.clear();
+        line.truncate(0);
         line += site;
         line += u"|O"_qs + FieldRules::raw(rows.value(TenantOwnerID));
         line += u"|P"_qs + FieldRules::raw(rows.value(TenantPropID));
