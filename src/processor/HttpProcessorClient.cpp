@@ -1,0 +1,210 @@
+#include "processor/HttpProcessorClient.h"
+
+#include "core/TransferFile.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QEventLoop>
+#include <QThread>
+#include <QUrl>
+
+#include <curl/curl.h>
+
+#include <memory>
+
+namespace {
+
+constexpr qint32 kNoAnswer = 501;
+constexpr qint32 kRefusedUrl = 404;
+
+// libcurl's global set-up must happen once, before any thread uses it.
+void initCurlOnce()
+{
+    static const bool done = [] {
+        curl_global_init(CURL_GLOBAL_DEFAULT);
+        return true;
+    }();
+    Q_UNUSED(done);
+}
+
+size_t collect(char *data, size_t size, size_t count, void *target)
+{
+    static_cast<QByteArray *>(target)->append(data, qsizetype(size * count));
+    return size * count;
+}
+
+struct Transfer
+{
+    // Inputs, filled on the calling thread.
+    QByteArray url;
+    QByteArray authorization;
+    QList<QPair<QByteArray, QByteArray>> parts;
+    long timeoutSeconds = 120;
+    // Outputs, filled on the worker thread.
+    bool answered = false;
+    long status = 0;
+    QByteArray body;
+
+    void run()
+    {
+        std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> curl(curl_easy_init(), curl_easy_cleanup);
+        if (!curl)
+            return;
+        CURL *h = curl.get();
+        curl_mime *mime = curl_mime_init(h);
+        for (const auto &[name, data] : parts) {
+            curl_mimepart *part = curl_mime_addpart(mime);
+            curl_mime_name(part, name.constData());
+            curl_mime_data(part, data.constData(), size_t(data.size()));
+        }
+        curl_slist *headers = nullptr;
+        headers = curl_slist_append(headers, authorization.constData());
+        // No "Expect: 100-continue": the body goes with the request at once.
+        headers = curl_slist_append(headers, "Expect:");
+
+        curl_easy_setopt(h, CURLOPT_URL, url.constData());
+        curl_easy_setopt(h, CURLOPT_PROTOCOLS_STR, "http,https");
+        curl_easy_setopt(h, CURLOPT_MIMEPOST, mime);
+        curl_easy_setopt(h, CURLOPT_HTTPHEADER, headers);
+        curl_easy_setopt(h, CURLOPT_FOLLOWLOCATION, 0L);
+        curl_easy_setopt(h, CURLOPT_SSL_VERIFYPEER, 1L);
+        curl_easy_setopt(h, CURLOPT_SSL_VERIFYHOST, 2L);
+        curl_easy_setopt(h, CURLOPT_TIMEOUT, timeoutSeconds);
+        curl_easy_setopt(h, CURLOPT_NOSIGNAL, 1L);
+        curl_easy_setopt(h, CURLOPT_FORBID_REUSE, 1L);
+        curl_easy_setopt(h, CURLOPT_NOPROXY, "localhost,127.0.0.1,::1");
+        curl_easy_setopt(h, CURLOPT_WRITEFUNCTION, collect);
+        curl_easy_setopt(h, CURLOPT_WRITEDATA, &body);
+
+        const CURLcode rc = curl_easy_perform(h);
+        if (rc == CURLE_OK) {
+            answered = true;
+            curl_easy_getinfo(h, CURLINFO_RESPONSE_CODE, &status);
+        }
+        curl_slist_free_all(headers);
+        curl_mime_free(mime);
+        // The authorization header is not needed any more.
+        authorization.fill('\0');
+    }
+};
+
+// Discards the user's input while a call is in flight (see the header).
+class InputBlocker : public QObject
+{
+public:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+        case QEvent::ShortcutOverride:
+        case QEvent::Shortcut:
+        case QEvent::Wheel:
+        case QEvent::TouchBegin:
+        case QEvent::TouchUpdate:
+        case QEvent::TouchEnd:
+        case QEvent::Close:
+            return true;
+        default:
+            return QObject::eventFilter(watched, event);
+        }
+    }
+};
+
+// Runs the transfer off the calling thread and waits for it in a local event
+// loop; without an application object it runs in place.
+void runWaiting(Transfer &transfer)
+{
+    QCoreApplication *app = QCoreApplication::instance();
+    if (!app || QThread::currentThread() != app->thread()) {
+        transfer.run();
+        return;
+    }
+    InputBlocker blocker;
+    app->installEventFilter(&blocker);
+    QEventLoop loop;
+    std::unique_ptr<QThread> worker(QThread::create([&transfer] { transfer.run(); }));
+    QObject::connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+    worker->start();
+    loop.exec();
+    worker->wait();
+    app->removeEventFilter(&blocker);
+}
+
+} // namespace
+
+HttpProcessorClient::HttpProcessorClient(int timeoutSeconds) : m_timeoutSeconds(timeoutSeconds)
+{
+    initCurlOnce();
+}
+
+HttpProcessorClient::~HttpProcessorClient()
+{
+    m_password.fill(u'\0');
+}
+
+bool HttpProcessorClient::isAllowedUrl(const QString &url)
+{
+    const QUrl parsed(url, QUrl::StrictMode);
+    if (!parsed.isValid() || parsed.host().isEmpty())
+        return false;
+    const QString scheme = parsed.scheme().toLower();
+    if (scheme == u"https"_qs)
+        return true;
+    if (scheme != u"http"_qs)
+        return false;
+    // QUrl gives IPv6 addresses in their canonical form, without brackets.
+    const QString host = parsed.host().toLower();
+    if (host == u"localhost"_qs || host == u"::1"_qs)
+        return true;
+    const QStringList octets = host.split(u'.');
+    if (octets.size() != 4 || octets.first() != u"127"_qs)
+        return false;
+    for (const QString &octet : octets) {
+        bool ok = false;
+        const uint value = octet.toUInt(&ok);
+        if (!ok || value > 255 || octet.size() > 3)
+            return false;
+    }
+    return true;
+}
+
+bool HttpProcessorClient::Transmit(const QString &setupText, const QString &tenantText)
+{
+    return post({{"setup", TransferFile::toAnsi(setupText)}, {"tenant", TransferFile::toAnsi(tenantText)}});
+}
+
+bool HttpProcessorClient::TransmitPayees(const QString &payeeText, const QString &paymentText,
+                                         const QString &thirdText)
+{
+    return post({{"payee", TransferFile::toAnsi(payeeText)},
+                 {"payment", TransferFile::toAnsi(paymentText)},
+                 {"extra", TransferFile::toAnsi(thirdText)}});
+}
+
+bool HttpProcessorClient::post(const Parts &parts)
+{
+    m_responseText.clear();
+    if (!isAllowedUrl(m_url)) {
+        m_resultCode = kRefusedUrl;
+        return false;
+    }
+    Transfer transfer;
+    transfer.url = QUrl(m_url).toEncoded();
+    transfer.authorization =
+        "Authorization: Basic " + TransferFile::toAnsi(m_user + u':' + m_password).toBase64();
+    transfer.parts = parts;
+    transfer.timeoutSeconds = m_timeoutSeconds > 0 ? m_timeoutSeconds : 120;
+    runWaiting(transfer);
+    transfer.authorization.fill('\0');
+    if (!transfer.answered) {
+        m_resultCode = kNoAnswer;
+        return false;
+    }
+    m_resultCode = qint32(transfer.status);
+    m_responseText = TransferFile::fromAnsi(transfer.body);
+    return true;
+}

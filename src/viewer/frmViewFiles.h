@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+class ProgramState;
+class QButtonGroup;
+class QLabel;
+class QListWidget;
+class QPushButton;
+class QGroupBox;
+
+// "Remitra Files": looks at any of the nine transfer files line by line and,
+// when a technician asks for it, deletes one. Modeless; open() keeps a single
+// instance.
+class frmViewFiles : public QWidget
+{
+    Q_OBJECT
+
+public:
+    frmViewFiles(ProgramState &state, QWidget *parent = nullptr);
+
+    // Shows the one viewer, creating it (deleted when closed) if needed, and
+    // brings it to the front.
+    static frmViewFiles *open(ProgramState &state, QWidget *parent = nullptr);
+
+    // The file names of the nine choices, in order, as they are opened.
+    QStringList fileNames() const;
+
+public slots:
+    void optFiles_Click(int index);
+    void cmdDelete_Click();
+    void cmdExit_Click();
+
+private:
+    void Form_Load();
+    void checkFile();
+    void showFile();
+
+    ProgramState &m_state;
+    QString m_currentName;
+    bool m_fileExists = false;
+
+    QLabel *labHeading;
+    QGroupBox *optFiles;
+    QButtonGroup *m_choices;
+    QListWidget *lstFileContents;
+    QPushButton *cmdDelete;
+    QPushButton *cmdExit;
+
+    static QPointer<frmViewFiles> s_instance;
+};

@@ -1,0 +1,124 @@
+// The rent payment download over HTTP against a quenta-sandbox.
+
+#include "SandboxProcess.h"
+#include "TestSupport.h"
+
+#include "processor/HttpProcessorClient.h"
+#include "processor/RentDownload.h"
+
+#include <QDir>
+#include <QTest>
+
+namespace {
+
+const QString kPaymentFile = u"DX_Quenta_PaymentFile.txt"_qs;
+const QString kSuccess = u"Successful connection to Quenta Payment Services!"_qs;
+const QString kNone = u"There were no Remita Tenant transactions found"_qs;
+const QString kNoAnswer = u"The action could not be performed because the server is unavailable or busy. Please try again later."_qs;
+
+} // namespace
+
+class TestRentDownloadHttp : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<SandboxProcess> sandbox;
+
+    std::unique_ptr<TestSite> site()
+    {
+        auto s = std::make_unique<TestSite>();
+        sandbox->useFor(*s->state, 2);
+        s->writeIdFile({u"RENT"_qs, u"Rent income"_qs, u"MGMT"_qs, u"Fee"_qs, u"LATE"_qs, u"Late fee"_qs});
+        return s;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        sandbox = std::make_unique<SandboxProcess>();
+        QVERIFY(sandbox->isRunning());
+        // Two active tenants and one that is switched off.
+        HttpProcessorClient client;
+        client.setUrl(sandbox->url());
+        client.setUserName(sandbox->user());
+        client.setPassword(sandbox->password());
+        QVERIFY(client.Transmit(QString(),
+                                u"DXRM|O1|P2|U3|T3|125.5|1/2/2020|Rent|T3|Ann|Lee|1 Main|Town|ST|1|activate|\r\n"
+                                "DXRM|O1|P2|U4|T4|80|1/2/2020|Rent|T4|Bo|Ray|2 Main|Town|ST|1|activate|\r\n"
+                                "DXRM|O1|P2|U5|T5|90|1/2/2020|Rent|T5|Cy|Fox|3 Main|Town|ST|1|deactivate|\r\n"_qs));
+        QCOMPARE(client.ResultCode(), 200);
+    }
+    void init() { sandbox->clearReceived(); }
+    void cleanupTestCase() { sandbox.reset(); }
+
+    void startUpDownloadsTheWaitingPayments()
+    {
+        const QStringList lines = sandbox->queueRent(QString(), u"Rent"_qs, u"3/1/2026"_qs);
+        QCOMPARE(lines.size(), 2);
+        QVERIFY(lines[0].startsWith(u"P2,U3,T3,125.5,3/1/2026,"_qs));
+        QVERIFY(lines[1].startsWith(u"P2,U4,T4,80,3/1/2026,"_qs));
+        QVERIFY(lines[1].endsWith(u",3/1/2026,ACH,Rent"_qs));
+
+        auto s = site();
+        CheckForPaymentFile(*s->state);
+        QCOMPARE(s->prompter.texts(), QStringList{kSuccess});
+        // The processor's text, then the line end the download adds.
+        const QByteArray expected = (lines.join(u"\r\n"_qs) + u"\r\n\r\n"_qs).toLatin1();
+        QCOMPARE(s->fileBytes(kPaymentFile), expected);
+        const QStringList archive = QDir(s->path(u"archive"_qs)).entryList(QDir::Files);
+        QCOMPARE(archive.size(), 1);
+        QCOMPARE(s->fileBytes(u"archive/"_qs + archive[0]), expected);
+
+        // The next start finds the file waiting and asks the processor nothing.
+        s->prompter.clear();
+        sandbox->queueRent(u"25"_qs, u"Late Fee"_qs);
+        CheckForPaymentFile(*s->state);
+        QCOMPARE(s->prompter.titles(), QStringList{u"Remitra Notice"_qs});
+        QCOMPARE(sandbox->requestCount(), 1);
+        QCOMPARE(s->fileBytes(kPaymentFile), expected);
+
+        // Once it is dealt with, the menu fetches the late fees.
+        QFile::remove(s->path(kPaymentFile));
+        s->prompter.clear();
+        DownloadPaymentFile(*s->state);
+        QCOMPARE(s->prompter.texts(), QStringList{kSuccess});
+        const QByteArray fees = s->fileBytes(kPaymentFile);
+        QCOMPARE(fees.count("\r\n"), 3);
+        QVERIFY(fees.startsWith("P2,U3,T3,25,"));
+        QVERIFY(fees.contains(",ACH,Late Fee\r\n"));
+        QCOMPARE(QDir(s->path(u"archive"_qs)).entryList(QDir::Files).size(), 2);
+    }
+
+    void nothingWaitingAtTheProcessor()
+    {
+        auto s = site();
+        DownloadPaymentFile(*s->state);
+        QCOMPARE(s->prompter.texts(), (QStringList{kSuccess, kNone}));
+        QVERIFY(s->fileBytes(kPaymentFile).isNull());
+        QCOMPARE(sandbox->requestCount(u"/qps/upload.php"_qs), 1);
+    }
+
+    void aFailedCallWithABodyStillWritesIt()
+    {
+        auto s = site();
+        sandbox->forceStatus(503, "P9,U9,T9,1,1/1/2026,1,1/1/2026,ACH,Rent");
+        DownloadPaymentFile(*s->state);
+        QCOMPARE(s->prompter.titles(), QStringList{u"Remitra error"_qs});
+        QCOMPARE(s->fileBytes(kPaymentFile), QByteArray("P9,U9,T9,1,1/1/2026,1,1/1/2026,ACH,Rent\r\n"));
+    }
+
+    void aLostAnswerGivesTwoNotices()
+    {
+        auto s = site();
+        sandbox->forceDrop();
+        DownloadPaymentFile(*s->state);
+        QCOMPARE(s->prompter.texts(), (QStringList{kNoAnswer, kNone}));
+        QCOMPARE(s->state->ResultText, u"False"_qs);
+        QVERIFY(s->fileBytes(kPaymentFile).isNull());
+        QCOMPARE(sandbox->requestCount(), 1);
+    }
+};
+
+QTEST_MAIN(TestRentDownloadHttp)
+#include "tst_rent_download_http.moc"

@@ -1,0 +1,212 @@
+// The call sequence, the reporting of results and the whole-file reader,
+// with a scripted client.
+
+#include "ScriptedProcessorClient.h"
+#include "TestSupport.h"
+
+#include "core/RuntimeError.h"
+#include "processor/HttpProcessorClient.h"
+#include "processor/ProcessorCall.h"
+#include "processor/ReportResult.h"
+
+#include <QFile>
+#include <QTest>
+
+namespace {
+
+const QString kSuccess = u"Successful connection to Quenta Payment Services!"_qs;
+
+QString catchAll(int code)
+{
+    return u"The action could not be performed because of the following error: "_qs + QString::number(code)
+        + u"\r\rPlease notify us of this error."_qs;
+}
+
+} // namespace
+
+class TestProcessorCall : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void reportResultShowsTheMessageForTheCode_data()
+    {
+        QTest::addColumn<QString>("flag");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("title");
+        const QString error = u"Remitra error"_qs;
+        QTest::newRow("True 200") << u"True"_qs << 200 << kSuccess << u"Dwellix Remitra"_qs;
+        QTest::newRow("False 200") << u"False"_qs << 200 << catchAll(200) << error;
+        QTest::newRow("True 401") << u"True"_qs << 401 << u"The action could not be performed because of the authorization failed for the user name, URL, or password. Please reset your URL, User Name and Password from the main Remitra screen"_qs << error;
+        QTest::newRow("True 403") << u"True"_qs << 403 << u"The action could not be performed because of a wrong user name, URL or password. Please reset your URL, User Name and Password from the main Remitra screen."_qs << error;
+        QTest::newRow("True 404") << u"True"_qs << 404 << u"The action could not be performed because the URL was not found. Please reset your URL, User Name and Password from the main Remitra screen"_qs << error;
+        QTest::newRow("False 404") << u"False"_qs << 404 << u"The action could not be performed because the URL was not found. Please reset your URL, User Name and Password from the main Remitra screen"_qs << error;
+        QTest::newRow("False 501") << u"False"_qs << 501 << u"The action could not be performed because the server is unavailable or busy. Please try again later."_qs << error;
+        QTest::newRow("True 503") << u"True"_qs << 503 << u"The action could not be performed because of a technical problem with the Internet server. Please notify us of this error."_qs << error;
+        QTest::newRow("True 302") << u"True"_qs << 302 << catchAll(302) << error;
+        QTest::newRow("negative") << u"True"_qs << -7 << catchAll(-7) << error;
+    }
+    void reportResultShowsTheMessageForTheCode()
+    {
+        QFETCH(QString, flag);
+        QFETCH(int, code);
+        QFETCH(QString, text);
+        QFETCH(QString, title);
+        TestSite site;
+        site.state->ResultText = flag;
+        site.prompter.beginBusy();
+        ReportResult(*site.state, qint16(code));
+        QCOMPARE(site.prompter.shown().size(), 1);
+        QCOMPARE(site.prompter.shown()[0].text, text);
+        QCOMPARE(site.prompter.shown()[0].title, title);
+        QCOMPARE(site.prompter.shown()[0].icon, Prompter::Icon::Information);
+        // An error puts the pointer back before it is shown.
+        if (title == u"Remitra error"_qs)
+            QCOMPARE(site.prompter.busyDepth(), 0);
+    }
+
+    void theCallSequenceFillsTheStateAndReports()
+    {
+        TestSite site;
+        auto script = std::make_shared<ScriptedProcessorClient::Script>();
+        script->replies = {{false, 503, u"busy"_qs}};
+        site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        const auto outcome = ProcessorCall::transmit(*site.state, u"setup"_qs, u"tenant"_qs);
+        QCOMPARE(script->calls.size(), 1);
+        const auto &call = script->calls[0];
+        QCOMPARE(call.operation, u"Transmit"_qs);
+        QCOMPARE(call.url, site.state->ProcessorUrl);
+        QCOMPARE(call.user, u"user"_qs);
+        QCOMPARE(call.password, u"secret"_qs);
+        QCOMPARE(call.texts, (QStringList{u"setup"_qs, u"tenant"_qs}));
+        QCOMPARE(site.state->ResultText, u"False"_qs);
+        QCOMPARE(site.state->ResultCode, qint16(503));
+        QCOMPARE(outcome.flag, false);
+        QCOMPARE(outcome.response, u"busy"_qs);
+        QCOMPARE(site.prompter.busyCount(), 1);
+        QCOMPARE(site.prompter.busyDepth(), 0);
+        QCOMPARE(site.prompter.titles(), QStringList{u"Remitra error"_qs});
+    }
+
+    void payeeCallsGoToTheRewrittenUrl_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<QString>("payeeUrl");
+        QTest::newRow("script of 10") << u"https://pay.example/qps/upload.php"_qs << u"https://pay.example/qps/evendorpay.php"_qs;
+        QTest::newRow("other length") << u"https://pay.example/qps/transfer.php"_qs << u"https://pay.example/qps/trevendorpay.php"_qs;
+        QTest::newRow("exactly 10") << u"upload.php"_qs << u"evendorpay.php"_qs;
+    }
+    void payeeCallsGoToTheRewrittenUrl()
+    {
+        QFETCH(QString, url);
+        QFETCH(QString, payeeUrl);
+        TestSite site;
+        auto script = std::make_shared<ScriptedProcessorClient::Script>();
+        site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        site.state->ProcessorUrl = url;
+        ProcessorCall::transmitPayees(*site.state, u"payees"_qs, QString());
+        QCOMPARE(script->calls.size(), 1);
+        QCOMPARE(script->calls[0].operation, u"TransmitPayees"_qs);
+        QCOMPARE(script->calls[0].url, payeeUrl);
+        QCOMPARE(script->calls[0].texts, (QStringList{u"payees"_qs, QString(), QString()}));
+        QCOMPARE(site.prompter.texts(), QStringList{kSuccess});
+    }
+
+    void aShortUrlCannotBeRewritten()
+    {
+        TestSite site;
+        auto script = std::make_shared<ScriptedProcessorClient::Script>();
+        site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        site.state->ProcessorUrl = u"short.php"_qs;
+        try {
+            ProcessorCall::transmitPayees(*site.state, u"x"_qs, QString());
+            QFAIL("no error raised");
+        } catch (const RuntimeError &e) {
+            QCOMPARE(e.number(), 5);
+        }
+        QVERIFY(script->calls.isEmpty());
+        QCOMPARE(site.prompter.busyDepth(), 0);
+    }
+
+    void aCodeOutside16BitsOverflows_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<bool>("overflows");
+        QTest::newRow("32767") << 32767 << false;
+        QTest::newRow("-32768") << -32768 << false;
+        QTest::newRow("32768") << 32768 << true;
+        QTest::newRow("-32769") << -32769 << true;
+        QTest::newRow("100000") << 100000 << true;
+    }
+    void aCodeOutside16BitsOverflows()
+    {
+        QFETCH(int, code);
+        QFETCH(bool, overflows);
+        TestSite site;
+        auto script = std::make_shared<ScriptedProcessorClient::Script>();
+        script->replies = {{true, code, QString()}};
+        site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        try {
+            const auto outcome = ProcessorCall::transmit(*site.state, QString(), QString());
+            QVERIFY(!overflows);
+            QCOMPARE(outcome.code, qint16(code));
+            QCOMPARE(site.prompter.texts(), QStringList{catchAll(code)});
+        } catch (const RuntimeError &e) {
+            QVERIFY(overflows);
+            QCOMPARE(e.number(), 6);
+            // The flag was already kept; nothing was reported.
+            QCOMPARE(site.state->ResultText, u"True"_qs);
+            QVERIFY(site.prompter.shown().isEmpty());
+            QCOMPARE(site.prompter.busyDepth(), 0);
+        }
+    }
+
+    void readWholeFileKeepsTheContent()
+    {
+        TestSite site;
+        site.writeFile(u"lines.txt"_qs, "A\r\nB\r\n\xe9\x80\n");
+        QCOMPARE(ReadWholeFile(site.path(u"lines.txt"_qs)), u"A\r\nB\r\né€\n"_qs);
+
+        // Size 0 gives "" without opening the file: even an unreadable one.
+        site.writeFile(u"empty.txt"_qs, QByteArray());
+        QFile::setPermissions(site.path(u"empty.txt"_qs), QFileDevice::Permissions());
+        QCOMPARE(ReadWholeFile(site.path(u"empty.txt"_qs)), QString());
+        QVERIFY(!ReadWholeFile(site.path(u"empty.txt"_qs)).isNull());
+
+        try {
+            ReadWholeFile(site.path(u"missing.txt"_qs));
+            QFAIL("no error raised");
+        } catch (const RuntimeError &e) {
+            QCOMPARE(e.number(), 53);
+        }
+    }
+
+    void onlyHttpsOrLoopbackUrlsAreUsed_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<bool>("allowed");
+        QTest::newRow("https") << u"https://pay.example/qps/upload.php"_qs << true;
+        QTest::newRow("HTTPS upper case") << u"HTTPS://pay.example/qps/upload.php"_qs << true;
+        QTest::newRow("http remote") << u"http://pay.example/qps/upload.php"_qs << false;
+        QTest::newRow("http 127.0.0.1") << u"http://127.0.0.1:8080/qps/upload.php"_qs << true;
+        QTest::newRow("http 127.8.9.10") << u"http://127.8.9.10/qps/upload.php"_qs << true;
+        QTest::newRow("http localhost") << u"http://LocalHost:81/qps/upload.php"_qs << true;
+        QTest::newRow("http ::1") << u"http://[::1]:81/qps/upload.php"_qs << true;
+        QTest::newRow("http 128.0.0.1") << u"http://128.0.0.1/qps/upload.php"_qs << false;
+        QTest::newRow("http 127.0.0.1 lookalike") << u"http://127.0.0.1.example/qps/upload.php"_qs << false;
+        QTest::newRow("http localhost lookalike") << u"http://localhost.example/qps/upload.php"_qs << false;
+        QTest::newRow("file") << u"file:///etc/passwd"_qs << false;
+        QTest::newRow("no host") << u"https:///qps/upload.php"_qs << false;
+        QTest::newRow("not a URL") << u"upload.php"_qs << false;
+    }
+    void onlyHttpsOrLoopbackUrlsAreUsed()
+    {
+        QFETCH(QString, url);
+        QFETCH(bool, allowed);
+        QCOMPARE(HttpProcessorClient::isAllowedUrl(url), allowed);
+    }
+};
+
+QTEST_MAIN(TestProcessorCall)
+#include "tst_processor_call.moc"

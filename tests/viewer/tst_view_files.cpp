@@ -1,0 +1,189 @@
+// The transfer file viewer, driven through its widgets.
+
+#include "TestSupport.h"
+
+#include "viewer/frmViewFiles.h"
+
+#include <QGroupBox>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+
+namespace {
+
+const QString kMissing = u"The file you chose does not exist in the Dwellix folder"_qs;
+
+struct Viewer
+{
+    TestSite site;
+    frmViewFiles form{*site.state, nullptr};
+
+    Viewer() { form.show(); }
+    void choose(int index)
+    {
+        auto *option = form.findChild<QRadioButton *>(u"optFiles_%1"_qs.arg(index));
+        QVERIFY(option);
+        QTest::mouseClick(option, Qt::LeftButton);
+    }
+    QStringList lines() const
+    {
+        QStringList out;
+        auto *list = form.findChild<QListWidget *>(u"lstFileContents"_qs);
+        for (int i = 0; i < list->count(); ++i)
+            out << list->item(i)->text();
+        return out;
+    }
+    void clickDelete() { QTest::mouseClick(form.findChild<QPushButton *>(u"cmdDelete"_qs), Qt::LeftButton); }
+};
+
+} // namespace
+
+class TestViewFiles : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void theScreenNamesEveryFile()
+    {
+        Viewer v;
+        QCOMPARE(v.form.windowTitle(), u"Remitra Files"_qs);
+        QCOMPARE(v.form.findChild<QLabel *>(u"labHeading"_qs)->text(),
+                 u"These files are the files that are transferred to and from the payment processor. They are for viewing only, but if there is a problem within a file, you can delete that file if instructed by a technician."_qs);
+        QCOMPARE(v.form.findChild<QGroupBox *>(u"optFiles"_qs)->title(), u"File List:"_qs);
+        QCOMPARE(v.form.findChild<QPushButton *>(u"cmdDelete"_qs)->text(), u"&DELETE the selected file"_qs);
+        QCOMPARE(v.form.findChild<QPushButton *>(u"cmdExit"_qs)->text(), u"&Exit"_qs);
+        const QStringList expected = {
+            u"DX_Quenta_Setup_DXRM.txt - This is the SETUP data (all Dwellix info) uploaded to the payment processor."_qs,
+            u"DX_Quenta_Tenant_DXRM.txt - These are the Remitra TENANTS uploaded to the payment processor."_qs,
+            u"DX_Quenta_Owner_DXRM.txt - These are the Remitra OWNERS uploaded to the payment processor."_qs,
+            u"DX_Quenta_Vendor_DXRM.txt - These are the Remitra VENDORS uploaded to the payment processor."_qs,
+            u"DX_Quenta_PaymentFile.txt - These are the CURRENT (not yet processed )TENANT PAYMENTS downloaded from the payment processor."_qs,
+            u"DX_Quenta_PaymentFile_LastDownload - These are the PREVIOUS TENANT PAYMENTS downloaded from the payment processor."_qs,
+            u"DX_Quenta_DisbursementPayment.txt - These are the OWNER and VENDOR PAYMENTS uploaded to the payment processor."_qs,
+            u"DX_Quenta_Distribution_LastUpload - These are the PREVIOUS OWNER and VENDOR PAYMENTS uploaded to the payment processor."_qs,
+            u"DX_Quenta_Distribution_Response - These are the responses for the OWNER and VENDOR PAYMENTS returned from the payment processor."_qs,
+        };
+        for (int i = 0; i < 9; ++i)
+            QCOMPARE(v.form.findChild<QRadioButton *>(u"optFiles_%1"_qs.arg(i))->text(), expected[i]);
+    }
+
+    void eachChoiceOpensItsFile_data()
+    {
+        QTest::addColumn<int>("index");
+        QTest::addColumn<QString>("file");
+        QTest::newRow("setup") << 0 << u"DX_Quenta_Setup_DXRM.txt"_qs;
+        QTest::newRow("payment") << 4 << u"DX_Quenta_PaymentFile.txt"_qs;
+        QTest::newRow("last download") << 5 << u"DX_Quenta_PaymentFile_LastDownload.txt"_qs;
+        QTest::newRow("disbursement") << 6 << u"DX_Quenta_DisbursementPayment.txt"_qs;
+        QTest::newRow("last upload") << 7 << u"DX_Quenta_Distribution_LastUpload.txt"_qs;
+        QTest::newRow("response") << 8 << u"DX_Quenta_Distribution_Response.txt"_qs;
+    }
+    void eachChoiceOpensItsFile()
+    {
+        QFETCH(int, index);
+        QFETCH(QString, file);
+        Viewer v;
+        v.site.writeFile(file, "A\r\nB\r\n");
+        v.choose(index);
+        // Split at LF: each CR stays at the end of its line, and the final
+        // LF gives a last, empty entry.
+        QCOMPARE(v.lines(), (QStringList{u"A\r"_qs, u"B\r"_qs, QString()}));
+        QVERIFY(v.site.prompter.shown().isEmpty());
+    }
+
+    void linesWithoutLineFeedsAndEmptyFiles()
+    {
+        Viewer v;
+        v.site.writeFile(u"DX_Quenta_Owner_DXRM.txt"_qs, "one\rline|\xe9");
+        v.choose(2);
+        QCOMPARE(v.lines(), QStringList{u"one\rline|é"_qs});
+
+        v.site.writeFile(u"DX_Quenta_Vendor_DXRM.txt"_qs, QByteArray());
+        v.choose(3);
+        QVERIFY(v.lines().isEmpty());
+        QCOMPARE(v.site.prompter.texts(), QStringList{u"There is no data in this file."_qs});
+        QCOMPARE(v.site.prompter.titles(), QStringList{u"Dwellix Remitra"_qs});
+    }
+
+    void aMissingFileCannotBeDeleted()
+    {
+        Viewer v;
+        v.site.writeFile(u"DX_Quenta_Setup_DXRM.txt"_qs, "S\r\n");
+        v.choose(0);
+        v.choose(1);
+        QVERIFY(v.lines().isEmpty());
+        QCOMPARE(v.site.prompter.texts(), QStringList{kMissing});
+        QCOMPARE(v.site.prompter.titles(), QStringList{u"Remitra Notice"_qs});
+        v.clickDelete();
+        QCOMPARE(v.site.prompter.shown().size(), 1); // no question
+        QVERIFY(!v.site.fileBytes(u"DX_Quenta_Setup_DXRM.txt"_qs).isNull());
+    }
+
+    void deleteAsksFirst()
+    {
+        Viewer v;
+        const QString name = u"DX_Quenta_Distribution_Response.txt"_qs;
+        v.site.writeFile(name, "O7,B1,0,\r\n");
+        v.choose(8);
+
+        v.site.prompter.queueAnswer(Prompter::Answer::No);
+        v.clickDelete();
+        QCOMPARE(v.site.prompter.texts(),
+                 QStringList{u"Are you SURE you want to delete the file: DX_Quenta_Distribution_Response.txt?"_qs});
+        QCOMPARE(v.site.prompter.shown()[0].kind, ScriptedPrompter::Shown::Question);
+        QCOMPARE(v.site.prompter.titles(), QStringList{u"Delete File"_qs});
+        QCOMPARE(v.site.state->MsgAnswer, u"7"_qs);
+        QVERIFY(!v.site.fileBytes(name).isNull());
+
+        v.site.prompter.clear();
+        v.site.prompter.queueAnswer(Prompter::Answer::Yes);
+        v.clickDelete();
+        QCOMPARE(v.site.state->MsgAnswer, u"6"_qs);
+        QCOMPARE(v.site.prompter.texts().last(), u"File Deleted!"_qs);
+        QCOMPARE(v.site.prompter.titles().last(), u"Delete File"_qs);
+        QVERIFY(v.site.fileBytes(name).isNull());
+        // The list keeps the lines until another choice is made.
+        QCOMPARE(v.lines(), (QStringList{u"O7,B1,0,\r"_qs, QString()}));
+
+        // Nothing left to delete; choosing it again says it is gone.
+        v.site.prompter.clear();
+        v.clickDelete();
+        QVERIFY(v.site.prompter.shown().isEmpty());
+        v.choose(8);
+        QCOMPARE(v.site.prompter.texts(), QStringList{kMissing});
+        QVERIFY(v.lines().isEmpty());
+    }
+
+    void aFileThatVanishesEndsTheProgram()
+    {
+        Viewer v;
+        bool ended = false;
+        v.site.state->EndProgram = [&] { ended = true; };
+        v.site.writeFile(u"DX_Quenta_Setup_DXRM.txt"_qs, "S\r\n");
+        v.choose(0);
+        QFile::remove(v.site.path(u"DX_Quenta_Setup_DXRM.txt"_qs));
+        v.form.optFiles_Click(-1); // no choice: shown again without a check
+        QVERIFY(v.site.prompter.texts().last().startsWith(u"Run-time error '53':"_qs));
+        QVERIFY(ended || v.site.state->EndRequested);
+    }
+
+    void thereIsOneViewer()
+    {
+        TestSite site;
+        frmViewFiles *first = frmViewFiles::open(*site.state);
+        QCOMPARE(frmViewFiles::open(*site.state), first);
+        QVERIFY(first->isVisible());
+        QVERIFY(!first->isModal());
+        QPointer<frmViewFiles> guard(first);
+        QTest::mouseClick(first->findChild<QPushButton *>(u"cmdExit"_qs), Qt::LeftButton);
+        QTRY_VERIFY(guard.isNull()); // closed and deleted
+        frmViewFiles *second = frmViewFiles::open(*site.state);
+        QVERIFY(second);
+        second->close();
+    }
+};
+
+QTEST_MAIN(TestViewFiles)
+#include "tst_view_files.moc"
