@@ -71,6 +71,17 @@ QString fromClause(const RosterSql &sql)
     return QString::fromLatin1(sql.from ? sql.from : PortfolioQueries::PortfolioJoin);
 }
 
+// For rows picked by their unit's rowid the join is best entered from the
+// units, so it is written without the table-order steering of the list.
+QString keyedFromClause(const RosterSql &sql)
+{
+    if (sql.from)
+        return QString::fromLatin1(sql.from);
+    return u" FROM Units INNER JOIN Tenants ON Tenants.TenantID = Units.UTenantID"
+           " INNER JOIN Properties ON Properties.PropID = Tenants.TPropID"
+           " INNER JOIN Owners ON Owners.OwnerID = Properties.POwnerID"_qs;
+}
+
 QChar keyLetter(Roster roster)
 {
     switch (roster) {
@@ -170,7 +181,7 @@ QHash<qint64, QList<QVariant>> rowsFor(HostDb &db, Roster roster, const QList<qi
     for (qsizetype i = 0; i < keys.size(); ++i)
         marks += i ? u",?"_qs : u"?"_qs;
     QSqlQuery query = db.prepare(u"SELECT "_qs + QString::fromLatin1(sql.rowKey) + u", "_qs
-                                 + QString::fromLatin1(sql.columns) + fromClause(sql) + u" WHERE "_qs
+                                 + QString::fromLatin1(sql.columns) + keyedFromClause(sql) + u" WHERE "_qs
                                  + QString::fromLatin1(sql.rowKey) + u" IN ("_qs + marks + u")"_qs);
     for (qsizetype i = 0; i < keys.size(); ++i)
         query.bindValue(int(i), keys[i]);

@@ -9,6 +9,8 @@
 #include "uploads/FieldRules.h"
 #include "uploads/UploadTexts.h"
 
+#include <QHash>
+
 using namespace PortfolioQueries;
 
 namespace {
@@ -23,6 +25,28 @@ QString tenantAction(const QVariant &firstName, const QVariant &flag)
     return FieldRules::flagAction(flag);
 }
 
+// Start dates in the short date form, remembered for the build: formatting
+// through the system locale is the costliest step of a line, and a site has
+// far fewer distinct start dates than tenants.
+class StartDates
+{
+public:
+    const QString &text(const QVariant &stored)
+    {
+        const QString key = VbText::text(stored);
+        auto it = m_known.constFind(key);
+        if (it == m_known.cend()) {
+            if (m_known.size() >= 8192)
+                m_known.clear();
+            it = m_known.insert(key, FieldRules::shortDate(stored));
+        }
+        return it.value();
+    }
+
+private:
+    QHash<QString, QString> m_known;
+};
+
 } // namespace
 
 void BuildTenantUpload(ProgramState &state)
@@ -36,6 +60,7 @@ void BuildTenantUpload(ProgramState &state)
     const QString site = VbText::Trim(state.SiteCode);
     const QString sep = u"|"_qs;
 
+    StartDates startDates;
     QSqlQuery rows = tenantUploadRows(state.db());
     TransferFile::LineWriter out(path);
     QString line;
@@ -49,7 +74,7 @@ void BuildTenantUpload(ProgramState &state)
         line += u"|U"_qs + FieldRules::raw(rows.value(TenantUTenantID));
         line += sep + tenantKey;
         line += sep + FieldRules::plainCurrency(rows.value(TenantTCurrBal));
-        line += sep + FieldRules::shortDate(rows.value(TenantTStartDate));
+        line += sep + startDates.text(rows.value(TenantTStartDate));
         line += u"|Rent|"_qs + tenantKey;
         line += sep + FieldRules::text(rows.value(TenantTFirstName1));
         line += sep + FieldRules::text(rows.value(TenantTLastName1));
