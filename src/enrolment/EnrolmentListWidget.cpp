@@ -78,7 +78,6 @@ EnrolmentListWidget::EnrolmentListWidget(ProgramState &state, Roster roster, Enr
     m_gridACH->verticalHeader()->setDefaultSectionSize(m_gridACH->fontMetrics().height() + 8);
     m_gridACH->verticalHeader()->hide();
     m_gridACH->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
-    m_gridACH->horizontalHeader()->setStretchLastSection(true);
     m_delegate = new EnrolmentFlagDelegate(this);
     m_gridACH->setItemDelegateForColumn(m_model->flagColumn(), m_delegate);
     m_delegate->onTyped = [this](int row, const QString &typed) { gridACH_BeforeColUpdate(row, typed); };
@@ -113,7 +112,7 @@ EnrolmentListWidget::EnrolmentListWidget(ProgramState &state, Roster roster, Enr
     connect(m_txtSearch, &QLineEdit::textChanged, m_searchDelay, qOverload<>(&QTimer::start));
     connect(m_txtSearch, &QLineEdit::returnPressed, this, &EnrolmentListWidget::txtSearch_Change);
     connect(m_searchDelay, &QTimer::timeout, this, &EnrolmentListWidget::txtSearch_Change);
-    connect(m_model, &QAbstractItemModel::modelReset, this, &EnrolmentListWidget::hideKeyColumns);
+    connect(m_model, &QAbstractItemModel::modelReset, this, &EnrolmentListWidget::arrangeColumns);
 }
 
 void EnrolmentListWidget::load()
@@ -134,7 +133,7 @@ EnrolmentQueries::Listing EnrolmentListWidget::currentListing() const
     return listing;
 }
 
-void EnrolmentListWidget::hideKeyColumns()
+void EnrolmentListWidget::arrangeColumns()
 {
     const QStringList names = m_model->names();
     for (int c = 0; c < names.size(); ++c) {
@@ -142,7 +141,15 @@ void EnrolmentListWidget::hideKeyColumns()
         const bool key = name == u"OID"_qs || name == u"PID"_qs
                          || (m_roster != Roster::Tenants && name == u"TID"_qs);
         m_gridACH->setColumnHidden(c, key);
+        if (m_columnsSized)
+            continue; // the user's widths are kept from then on
+        // Widths from the captions, never from the rows (which are read
+        // only as they come into view).
+        const int caption = m_gridACH->horizontalHeader()->fontMetrics().horizontalAdvance(
+            m_model->headerData(c, Qt::Horizontal).toString());
+        m_gridACH->setColumnWidth(c, c == m_model->flagColumn() ? caption + 24 : qMax(110, caption + 32));
     }
+    m_columnsSized = true;
 }
 
 void EnrolmentListWidget::GridSQL()

@@ -61,7 +61,7 @@ private:
     void gridACH_BeforeColUpdate(int row, const QString &typed);
     void gridACH_AfterColUpdate();
     EnrolmentQueries::Listing currentListing() const;
-    void hideKeyColumns();
+    void arrangeColumns();
 
     ProgramState &m_state;
     Roster m_roster;
@@ -77,4 +77,5 @@ private:
     QTimer *m_searchDelay;
     bool m_loading = false;
     bool m_changed = false;
+    bool m_columnsSized = false;
 };
