@@ -2,8 +2,8 @@
 
 #include <QLineEdit>
 
-QWidget *EnrolmentFlagDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &,
-                                             const QModelIndex &) const
+QWidget *EnrolmentFlagDelegate::createEditor(
+    QWidget *parent, const QStyleOptionViewItem &, const QModelIndex &) const
 {
     auto *editor = new QLineEdit(parent);
     editor->setObjectName(u"flagEditor"_qs);
@@ -21,7 +21,8 @@ void EnrolmentFlagDelegate::setEditorData(QWidget *editor, const QModelIndex &in
     }
 }
 
-void EnrolmentFlagDelegate::setModelData(QWidget *editor, QAbstractItemModel *, const QModelIndex &index) const
+void EnrolmentFlagDelegate::setModelData(
+    QWidget *editor, QAbstractItemModel *, const QModelIndex &index) const
 {
     auto *line = qobject_cast<QLineEdit *>(editor);
     if (line && onTyped)

@@ -27,19 +27,24 @@ QListWidget *optionList(const QString &name, const QStringList &entries, QWidget
     list->setSelectionMode(QAbstractItemView::SingleSelection);
     list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    list->setFixedHeight(list->sizeHintForRow(0) * int(entries.size()) + 2 * list->frameWidth() + 4);
+    list->setFixedHeight(
+        list->sizeHintForRow(0) * int(entries.size()) + 2 * list->frameWidth() + 4);
     return list;
 }
 
 } // namespace
 
-EnrolmentListWidget::EnrolmentListWidget(ProgramState &state, Roster roster, EnrolmentTexts texts,
-                                         QWidget *parent)
-    : QWidget(parent), m_state(state), m_roster(roster), m_texts(std::move(texts))
+EnrolmentListWidget::EnrolmentListWidget(
+    ProgramState &state, Roster roster, EnrolmentTexts texts, QWidget *parent)
+    : QWidget(parent)
+    , m_state(state)
+    , m_roster(roster)
+    , m_texts(std::move(texts))
 {
     m_model = new EnrolmentModel(state.db(), roster, this);
 
-    m_optDisplay = optionList(u"optDisplay"_qs, {m_texts.displayEnrolled, m_texts.displayAll}, this);
+    m_optDisplay
+        = optionList(u"optDisplay"_qs, { m_texts.displayEnrolled, m_texts.displayAll }, this);
     m_optDisplay->setAccessibleName(u"Display"_qs);
     m_optSortBy = optionList(u"optSortBy"_qs, EnrolmentQueries::sortTexts(roster), this);
     m_optSortBy->setAccessibleName(u"Sort by"_qs);
@@ -51,9 +56,9 @@ EnrolmentListWidget::EnrolmentListWidget(ProgramState &state, Roster roster, Enr
     m_txtSearch = new QLineEdit(this);
     m_txtSearch->setObjectName(u"txtSearch"_qs);
     m_txtSearch->setClearButtonEnabled(true);
-    m_txtSearch->setPlaceholderText(roster == Roster::Tenants  ? u"Name or TID"_qs
-                                    : roster == Roster::Owners ? u"Name or owner number"_qs
-                                                               : u"Name or vendor number"_qs);
+    m_txtSearch->setPlaceholderText(roster == Roster::Tenants ? u"Name or TID"_qs
+            : roster == Roster::Owners                        ? u"Name or owner number"_qs
+                                                              : u"Name or vendor number"_qs);
     m_txtSearch->setAccessibleName(u"Search"_qs);
     auto *labSearch = new QLabel(u"&Search:"_qs, this);
     labSearch->setBuddy(m_txtSearch);
@@ -68,7 +73,7 @@ EnrolmentListWidget::EnrolmentListWidget(ProgramState &state, Roster roster, Enr
     m_gridACH->setSelectionBehavior(QAbstractItemView::SelectItems);
     m_gridACH->setSelectionMode(QAbstractItemView::SingleSelection);
     m_gridACH->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed
-                               | QAbstractItemView::AnyKeyPressed | QAbstractItemView::SelectedClicked);
+        | QAbstractItemView::AnyKeyPressed | QAbstractItemView::SelectedClicked);
     m_gridACH->setTabKeyNavigation(false);
     m_gridACH->setWordWrap(false);
     m_gridACH->setAlternatingRowColors(true);
@@ -80,7 +85,8 @@ EnrolmentListWidget::EnrolmentListWidget(ProgramState &state, Roster roster, Enr
     m_gridACH->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
     m_delegate = new EnrolmentFlagDelegate(this);
     m_gridACH->setItemDelegateForColumn(m_model->flagColumn(), m_delegate);
-    m_delegate->onTyped = [this](int row, const QString &typed) { gridACH_BeforeColUpdate(row, typed); };
+    m_delegate->onTyped
+        = [this](int row, const QString &typed) { gridACH_BeforeColUpdate(row, typed); };
 
     m_labCount = new QLabel(this);
     m_labCount->setObjectName(u"labCount"_qs);
@@ -106,8 +112,10 @@ EnrolmentListWidget::EnrolmentListWidget(ProgramState &state, Roster roster, Enr
     layout->addWidget(m_gridACH, 1);
     layout->addLayout(footer);
 
-    connect(m_optDisplay, &QListWidget::currentRowChanged, this, &EnrolmentListWidget::optDisplay_Click);
-    connect(m_optSortBy, &QListWidget::currentRowChanged, this, &EnrolmentListWidget::optSortBy_Click);
+    connect(m_optDisplay, &QListWidget::currentRowChanged, this,
+        &EnrolmentListWidget::optDisplay_Click);
+    connect(
+        m_optSortBy, &QListWidget::currentRowChanged, this, &EnrolmentListWidget::optSortBy_Click);
     connect(m_chkSelectAll, &QCheckBox::clicked, this, &EnrolmentListWidget::chkSelectAll_Click);
     connect(m_txtSearch, &QLineEdit::textChanged, m_searchDelay, qOverload<>(&QTimer::start));
     connect(m_txtSearch, &QLineEdit::returnPressed, this, &EnrolmentListWidget::txtSearch_Change);
@@ -139,7 +147,7 @@ void EnrolmentListWidget::arrangeColumns()
     for (int c = 0; c < names.size(); ++c) {
         const QString &name = names[c];
         const bool key = name == u"OID"_qs || name == u"PID"_qs
-                         || (m_roster != Roster::Tenants && name == u"TID"_qs);
+            || (m_roster != Roster::Tenants && name == u"TID"_qs);
         m_gridACH->setColumnHidden(c, key);
         if (m_columnsSized)
             continue; // the user's widths are kept from then on
@@ -147,7 +155,8 @@ void EnrolmentListWidget::arrangeColumns()
         // only as they come into view).
         const int caption = m_gridACH->horizontalHeader()->fontMetrics().horizontalAdvance(
             m_model->headerData(c, Qt::Horizontal).toString());
-        m_gridACH->setColumnWidth(c, c == m_model->flagColumn() ? caption + 24 : qMax(110, caption + 32));
+        m_gridACH->setColumnWidth(
+            c, c == m_model->flagColumn() ? caption + 24 : qMax(110, caption + 32));
     }
     m_columnsSized = true;
 }
@@ -205,8 +214,8 @@ void EnrolmentListWidget::chkSelectAll_Click()
 {
     TopLevel::run(m_state, [&] {
         const bool activate = m_chkSelectAll->isChecked();
-        const Prompter::Answer answer =
-            m_state.prompter().ask(activate ? m_texts.askActivate : m_texts.askRemove, m_texts.askTitle);
+        const Prompter::Answer answer = m_state.prompter().ask(
+            activate ? m_texts.askActivate : m_texts.askRemove, m_texts.askTitle);
         m_state.MsgAnswer = answer == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
         if (answer != Prompter::Answer::Yes)
             return;
@@ -214,8 +223,8 @@ void EnrolmentListWidget::chkSelectAll_Click()
         {
             BusyCursor busy(m_state.prompter());
             // The rows listed, as the listing was last read.
-            EnrolmentQueries::setFlagForListed(m_state.db(), m_roster, m_model->listing(),
-                                               activate ? u"Y"_qs : u"N"_qs);
+            EnrolmentQueries::setFlagForListed(
+                m_state.db(), m_roster, m_model->listing(), activate ? u"Y"_qs : u"N"_qs);
         }
         GridSQL();
     });

@@ -19,13 +19,13 @@ class QTimer;
 struct EnrolmentTexts
 {
     QString displayEnrolled; // optDisplay entry 0
-    QString displayAll;      // optDisplay entry 1
-    QString askTitle;        // select-all confirmation title
-    QString askActivate;     // ... when checked
-    QString askRemove;       // ... when unchecked
-    QString editNotice;      // refused flag (title "Remitra Rent")
-    QString gridName;        // accessible name of the grid
-    QString countLabel;      // row count, %1 = rows
+    QString displayAll; // optDisplay entry 1
+    QString askTitle; // select-all confirmation title
+    QString askActivate; // ... when checked
+    QString askRemove; // ... when unchecked
+    QString editNotice; // refused flag (title "Remitra Rent")
+    QString gridName; // accessible name of the grid
+    QString countLabel; // row count, %1 = rows
 };
 
 // The shared body of the enrolment screens: the option lists optDisplay and
@@ -39,7 +39,8 @@ class EnrolmentListWidget : public QWidget
 public:
     using Roster = EnrolmentQueries::Roster;
 
-    EnrolmentListWidget(ProgramState &state, Roster roster, EnrolmentTexts texts, QWidget *parent = nullptr);
+    EnrolmentListWidget(
+        ProgramState &state, Roster roster, EnrolmentTexts texts, QWidget *parent = nullptr);
 
     // Sets the option lists to their opening entries; the change caused by
     // the first of them is ignored (the loading flag), the second lists.

@@ -10,35 +10,43 @@ QStringList columnNames(Roster roster)
 {
     switch (roster) {
     case Roster::Tenants:
-        return {u"OID"_qs, u"PID"_qs, u"TID"_qs, u"OLastName1"_qs, u"OFirstName1"_qs, u"PropName"_qs,
-                u"UAddress"_qs, u"TLastName1"_qs, u"TFirstName1"_qs, u"UNumber"_qs, u"TACH"_qs};
+        return { u"OID"_qs, u"PID"_qs, u"TID"_qs, u"OLastName1"_qs, u"OFirstName1"_qs,
+            u"PropName"_qs, u"UAddress"_qs, u"TLastName1"_qs, u"TFirstName1"_qs, u"UNumber"_qs,
+            u"TACH"_qs };
     case Roster::Owners:
-        return {u"OID"_qs, u"OLastName1"_qs, u"OFirstName1"_qs, u"OCity"_qs, u"OPhone1"_qs, u"OACH"_qs};
+        return { u"OID"_qs, u"OLastName1"_qs, u"OFirstName1"_qs, u"OCity"_qs, u"OPhone1"_qs,
+            u"OACH"_qs };
     case Roster::Vendors:
         break;
     }
-    return {u"VenID"_qs, u"VenName"_qs, u"VenContact"_qs, u"VenCity"_qs, u"VenPhone1"_qs, u"VACH"_qs};
+    return { u"VenID"_qs, u"VenName"_qs, u"VenContact"_qs, u"VenCity"_qs, u"VenPhone1"_qs,
+        u"VACH"_qs };
 }
 
 QStringList initialCaptions(Roster roster)
 {
     switch (roster) {
     case Roster::Tenants:
-        return {u"OID"_qs, u"PID"_qs, u"TID"_qs, u"OLastName1"_qs, u"OFirstName1"_qs, u"PropName"_qs,
-                u"UAddress"_qs, u"TLastName1"_qs, u"TFirstName1"_qs, u"Unit No."_qs, u"Remitra"_qs};
+        return { u"OID"_qs, u"PID"_qs, u"TID"_qs, u"OLastName1"_qs, u"OFirstName1"_qs,
+            u"PropName"_qs, u"UAddress"_qs, u"TLastName1"_qs, u"TFirstName1"_qs, u"Unit No."_qs,
+            u"Remitra"_qs };
     case Roster::Owners:
-        return {u"OID"_qs, u"Owner Last"_qs, u"Owner First"_qs, u"City"_qs, u"Phone"_qs, u"Remitra"_qs};
+        return { u"OID"_qs, u"Owner Last"_qs, u"Owner First"_qs, u"City"_qs, u"Phone"_qs,
+            u"Remitra"_qs };
     case Roster::Vendors:
         break;
     }
-    return {u"VID"_qs, u"Vendor Name"_qs, u"Contact"_qs, u"City"_qs, u"Phone"_qs, u"Remitra"_qs};
+    return { u"VID"_qs, u"Vendor Name"_qs, u"Contact"_qs, u"City"_qs, u"Phone"_qs, u"Remitra"_qs };
 }
 
 } // namespace
 
 EnrolmentModel::EnrolmentModel(HostDb &db, Roster roster, QObject *parent)
-    : QAbstractTableModel(parent), m_db(db), m_roster(roster), m_names(columnNames(roster)),
-      m_captions(initialCaptions(roster))
+    : QAbstractTableModel(parent)
+    , m_db(db)
+    , m_roster(roster)
+    , m_names(columnNames(roster))
+    , m_captions(initialCaptions(roster))
 {
 }
 
@@ -83,7 +91,8 @@ const QList<QVariant> *EnrolmentModel::rowValues(int row) const
         QList<QList<QVariant>> values;
         values.reserve(keys.size());
         for (qint64 key : keys)
-            values.append(found.value(key, QList<QVariant>(EnrolmentQueries::columnCount(m_roster))));
+            values.append(
+                found.value(key, QList<QVariant>(EnrolmentQueries::columnCount(m_roster))));
         it = m_blocks.insert(block, std::move(values));
     }
     return &it.value()[row % BlockRows];
@@ -133,15 +142,16 @@ QVariant EnrolmentModel::data(const QModelIndex &index, int role) const
     if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::EditRole))
         return {};
     const QVariant v = value(index.row(), index.column());
-    if (role == Qt::DisplayRole && m_roster == Roster::Tenants && index.column() == idColumn(m_roster)
-        && !v.isNull())
+    if (role == Qt::DisplayRole && m_roster == Roster::Tenants
+        && index.column() == idColumn(m_roster) && !v.isNull())
         return QVariant(u"T"_qs + v.toString()); // the tenant's login, as the tenant knows it
     return v;
 }
 
 QVariant EnrolmentModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 && section < m_captions.size())
+    if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0
+        && section < m_captions.size())
         return m_captions[section];
     return QAbstractTableModel::headerData(section, orientation, role);
 }

@@ -32,12 +32,13 @@ void ExportTenantsCsv(ProgramState &state)
         // The database lets "y" through; the file takes only "Y". Only the
         // bare placeholder name is left out, and a Null name fails the test.
         const QString first = FieldRules::text(rows.value(ExportTFirstName1));
-        if (FieldRules::text(rows.value(ExportTACH)) != u"Y"_qs || first.isNull() || first == u"VACANT"_qs)
+        if (FieldRules::text(rows.value(ExportTACH)) != u"Y"_qs || first.isNull()
+            || first == u"VACANT"_qs)
             continue;
         written = true;
-        QStringList values{u"T"_qs + FieldRules::raw(rows.value(ExportTenantID)), first};
-        for (int column : {ExportTLastName1, ExportPropName, ExportUAddress, ExportTAddress, ExportTCity,
-                           ExportTState, ExportTZip, ExportTEmail1, ExportTEmail2})
+        QStringList values { u"T"_qs + FieldRules::raw(rows.value(ExportTenantID)), first };
+        for (int column : { ExportTLastName1, ExportPropName, ExportUAddress, ExportTAddress,
+                 ExportTCity, ExportTState, ExportTZip, ExportTEmail1, ExportTEmail2 })
             values << FieldRules::text(rows.value(column));
         out.writeLine(values.join(u','));
     }
@@ -46,11 +47,12 @@ void ExportTenantsCsv(ProgramState &state)
         out.commit();
         busy.release();
         prompter.notice(u"Export File Created\r\rFile Name: "_qs + TenantCsvExport::fileName()
-                            + u"\r\rFile Path: "_qs + QDir::toNativeSeparators(path),
-                        title);
+                + u"\r\rFile Path: "_qs + QDir::toNativeSeparators(path),
+            title);
     } else {
         TransferFile::remove(path);
         busy.release();
-        prompter.notice(u"There are no Remita tenants selected. No export file was created"_qs, title);
+        prompter.notice(
+            u"There are no Remita tenants selected. No export file was created"_qs, title);
     }
 }

@@ -6,7 +6,10 @@ class ProgramState;
 
 // The mail-merge file of enrolled tenants.
 namespace TenantCsvExport {
-inline QString fileName() { return u"RemitraExport.csv"_qs; }
+inline QString fileName()
+{
+    return u"RemitraExport.csv"_qs;
+}
 } // namespace TenantCsvExport
 
 // Writes "RemitraExport.csv" in the program's folder: a header line and one

@@ -10,7 +10,9 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-frmOwnerUpdate::frmOwnerUpdate(ProgramState &state, QWidget *parent) : QDialog(parent), m_state(state)
+frmOwnerUpdate::frmOwnerUpdate(ProgramState &state, QWidget *parent)
+    : QDialog(parent)
+    , m_state(state)
 {
     setObjectName(u"frmOwnerUpdate"_qs);
     setWindowTitle(u"Remitra Owner Update"_qs);
@@ -23,8 +25,9 @@ frmOwnerUpdate::frmOwnerUpdate(ProgramState &state, QWidget *parent) : QDialog(p
     texts.askTitle = u"Owner Update"_qs;
     texts.askActivate = u"Are you SURE you want to change ALL Owners to ACTIVATE REMITRA?"_qs;
     texts.askRemove = u"Are you SURE you want to REMOVE ALL Owners from REMITRA?"_qs;
-    texts.editNotice = u"Please enter 'Y' if this Owner uses the Remitra Rent or 'N' if not. If you want "
-                       "to permanently DELETE this Owner from Remitra enter a 'D'."_qs;
+    texts.editNotice
+        = u"Please enter 'Y' if this Owner uses the Remitra Rent or 'N' if not. If you want "
+          "to permanently DELETE this Owner from Remitra enter a 'D'."_qs;
     texts.gridName = u"Owners"_qs;
     texts.countLabel = u"Owners listed: %1"_qs;
     m_list = new EnrolmentListWidget(state, EnrolmentListWidget::Roster::Owners, texts, this);

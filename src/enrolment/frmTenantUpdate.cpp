@@ -4,15 +4,17 @@
 #include "app/TopLevel.h"
 #include "core/Prompter.h"
 #include "enrolment/EnrolmentListWidget.h"
-#include "enrolment/TenantCsvExport.h"
 #include "enrolment/QtWindowPlacement.h"
+#include "enrolment/TenantCsvExport.h"
 #include "uploads/TenantUpload.h"
 
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>
 
-frmTenantUpdate::frmTenantUpdate(ProgramState &state, QWidget *parent) : QDialog(parent), m_state(state)
+frmTenantUpdate::frmTenantUpdate(ProgramState &state, QWidget *parent)
+    : QDialog(parent)
+    , m_state(state)
 {
     setObjectName(u"frmTenantUpdate"_qs);
     setWindowTitle(u"Remitra Tenant Update"_qs);
@@ -25,8 +27,9 @@ frmTenantUpdate::frmTenantUpdate(ProgramState &state, QWidget *parent) : QDialog
     texts.askTitle = u"Tenant Update"_qs;
     texts.askActivate = u"Are you SURE you want to change ALL Tenants to ACTIVATE REMITRA?"_qs;
     texts.askRemove = u"Are you SURE you want to REMOVE ALL Tenants from REMITRA?"_qs;
-    texts.editNotice = u"Please enter 'Y' if this Tenant uses the Remitra Rent or 'N' if not. If you want "
-                       "to permanently DELETE this Tenant from Remitra, enter a 'D'."_qs;
+    texts.editNotice
+        = u"Please enter 'Y' if this Tenant uses the Remitra Rent or 'N' if not. If you want "
+          "to permanently DELETE this Tenant from Remitra, enter a 'D'."_qs;
     texts.gridName = u"Tenants"_qs;
     texts.countLabel = u"Tenants listed: %1"_qs;
     m_list = new EnrolmentListWidget(state, EnrolmentListWidget::Roster::Tenants, texts, this);
@@ -65,11 +68,11 @@ void frmTenantUpdate::cmdExport_Click()
 {
     TopLevel::run(m_state, [&] {
         const Prompter::Answer answer = m_state.prompter().ask(
-            u"This will create an export file in CSV format (comma separated values) for all Remitra "
-            "tenants selected. You can use this file in Excel and Word to create a merge letter "
-            "informing your Tenants of their TID login and the benefits of the Remitra service. The "
-            "file name that will be created is 'RemitraExport.csv' and will be found in your Dwellix "
-            "folder.\r\rDo you want to create the file now?"_qs,
+            u"This will create an export file in CSV format (comma separated values) for all "
+            "Remitra tenants selected. You can use this file in Excel and Word to create a "
+            "merge letter informing your Tenants of their TID login and the benefits of the "
+            "Remitra service. The file name that will be created is 'RemitraExport.csv' and "
+            "will be found in your Dwellix folder.\r\rDo you want to create the file now?"_qs,
             u"Remitra Export"_qs);
         m_state.MsgAnswer = answer == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
         if (answer != Prompter::Answer::Yes)

@@ -10,7 +10,9 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-frmVendorUpdate::frmVendorUpdate(ProgramState &state, QWidget *parent) : QDialog(parent), m_state(state)
+frmVendorUpdate::frmVendorUpdate(ProgramState &state, QWidget *parent)
+    : QDialog(parent)
+    , m_state(state)
 {
     setObjectName(u"frmVendorUpdate"_qs);
     setWindowTitle(u"Remitra Vendor Update"_qs);
@@ -23,8 +25,9 @@ frmVendorUpdate::frmVendorUpdate(ProgramState &state, QWidget *parent) : QDialog
     texts.askTitle = u"Vendor Update"_qs;
     texts.askActivate = u"Are you SURE you want to change ALL Vendors to ACTIVATE REMITRA?"_qs;
     texts.askRemove = u"Are you SURE you want to REMOVE ALL Vendors from REMITRA?"_qs;
-    texts.editNotice = u"Please enter 'Y' if this Vendor uses the Remitra Rent or 'N' if not. If you want "
-                       "to permanently DELETE this Vendor from Remitra, enter a 'D'."_qs;
+    texts.editNotice
+        = u"Please enter 'Y' if this Vendor uses the Remitra Rent or 'N' if not. If you want "
+          "to permanently DELETE this Vendor from Remitra, enter a 'D'."_qs;
     texts.gridName = u"Vendors"_qs;
     texts.countLabel = u"Vendors listed: %1"_qs;
     m_list = new EnrolmentListWidget(state, EnrolmentListWidget::Roster::Vendors, texts, this);

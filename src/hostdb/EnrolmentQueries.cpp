@@ -9,52 +9,77 @@ namespace EnrolmentQueries {
 
 namespace {
 
+// The SQL of one screen's list. The search condition takes :pattern (the
+// text anywhere, LIKE) and :id (the key's number, or -1).
 struct RosterSql
 {
-    const char *table;     // table whose flag is written
-    const char *flag;      // flag field
-    const char *idField;   // field the flag is written by
-    const char *from;      // FROM clause of the list
-    const char *rowKey;    // row key expression
-    const char *columns;   // listed columns
-    const char *enrolled;  // the enrolled-only condition
-    const char *search;    // the search condition (:pattern, :id)
+    const char *table; // table whose flag is written
+    const char *flag; // flag field
+    const char *idField; // field the flag is written by
+    const char *from; // FROM clause of the list; null: the portfolio join
+    const char *rowKey; // row key expression
+    const char *columns; // listed columns
+    const char *enrolled; // the enrolled-only condition
+    const char *search; // the search condition
     QList<QPair<const char *, const char *>> sorts; // sort text, ORDER BY
 };
 
+#define LIKE_PATTERN " LIKE :pattern ESCAPE '\\'"
+
 const RosterSql &sqlFor(Roster roster)
 {
-    static const RosterSql tenants{
-        "Tenants", "TACH", "TenantID", nullptr, "Units.rowid",
-        "Owners.OwnerID, Properties.PropID, Tenants.TenantID, Owners.OLastName1, Owners.OFirstName1,"
-        " Properties.PropName, Units.UAddress, Tenants.TLastName1, Tenants.TFirstName1, Units.UNumber,"
-        " Tenants.TACH",
+    static const RosterSql tenants {
+        "Tenants",
+        "TACH",
+        "TenantID",
+        nullptr,
+        "Units.rowid",
+        "Owners.OwnerID, Properties.PropID, Tenants.TenantID, Owners.OLastName1,"
+        " Owners.OFirstName1, Properties.PropName, Units.UAddress, Tenants.TLastName1,"
+        " Tenants.TFirstName1, Units.UNumber, Tenants.TACH",
         "trim(substr(Tenants.TACH, 1, 1)) = 'Y' COLLATE NOCASE",
-        "(Tenants.TFirstName1 LIKE :pattern ESCAPE '\\' OR Tenants.TLastName1 LIKE :pattern ESCAPE '\\'"
-        " OR Owners.OFirstName1 LIKE :pattern ESCAPE '\\' OR Owners.OLastName1 LIKE :pattern ESCAPE '\\'"
-        " OR Properties.PropName LIKE :pattern ESCAPE '\\' OR Units.UAddress LIKE :pattern ESCAPE '\\'"
+        "(Tenants.TFirstName1" LIKE_PATTERN " OR Tenants.TLastName1" LIKE_PATTERN
+        " OR Owners.OFirstName1" LIKE_PATTERN " OR Owners.OLastName1" LIKE_PATTERN
+        " OR Properties.PropName" LIKE_PATTERN " OR Units.UAddress" LIKE_PATTERN
         " OR Tenants.TenantID = :id)",
-        {{"Owner Name", "Owners.OLastName1, Owners.OFirstName1, Properties.PropName, Units.UAddress"},
-         {"Property/Building Name", "PropName, UAddress"},
-         {"Rental Unit Address", "UAddress, UNumber"},
-         {"Tenant Name", "TLastName1, TFirstName1"},
-         {"Remitra", "TACH, TLastName1, TFirstName1"}}};
-    static const RosterSql owners{
-        "Owners", "OACH", "OwnerID", " FROM Owners", "Owners.rowid",
+        {
+            { "Owner Name",
+                "Owners.OLastName1, Owners.OFirstName1, Properties.PropName, Units.UAddress" },
+            { "Property/Building Name", "PropName, UAddress" },
+            { "Rental Unit Address", "UAddress, UNumber" },
+            { "Tenant Name", "TLastName1, TFirstName1" },
+            { "Remitra", "TACH, TLastName1, TFirstName1" },
+        },
+    };
+    static const RosterSql owners {
+        "Owners",
+        "OACH",
+        "OwnerID",
+        " FROM Owners",
+        "Owners.rowid",
         "OwnerID, OLastName1, OFirstName1, OCity, OPhone1, OACH",
         "trim(substr(Owners.OACH, 1, 1)) = 'Y' COLLATE NOCASE",
-        "(OFirstName1 LIKE :pattern ESCAPE '\\' OR OLastName1 LIKE :pattern ESCAPE '\\'"
-        " OR OFirstName2 LIKE :pattern ESCAPE '\\' OR OLastName2 LIKE :pattern ESCAPE '\\'"
-        " OR OwnerID = :id)",
-        {{"Owner Name", "Owners.OLastName1, Owners.OFirstName1"},
-         {"Remitra", "OACH, OLastName1, OFirstName1"}}};
-    static const RosterSql vendors{
-        "Vendors", "VACH", "VenID", " FROM Vendors", "Vendors.rowid",
+        "(OFirstName1" LIKE_PATTERN " OR OLastName1" LIKE_PATTERN " OR OFirstName2" LIKE_PATTERN
+        " OR OLastName2" LIKE_PATTERN " OR OwnerID = :id)",
+        {
+            { "Owner Name", "Owners.OLastName1, Owners.OFirstName1" },
+            { "Remitra", "OACH, OLastName1, OFirstName1" },
+        },
+    };
+    static const RosterSql vendors {
+        "Vendors",
+        "VACH",
+        "VenID",
+        " FROM Vendors",
+        "Vendors.rowid",
         "VenID, VenName, VenContact, VenCity, VenPhone1, VACH",
         "trim(substr(Vendors.VACH, 1, 1)) = 'Y' COLLATE NOCASE",
-        "(VenName LIKE :pattern ESCAPE '\\' OR VenContact LIKE :pattern ESCAPE '\\' OR VenID = :id)",
-        {{"Vendor Name", "Vendors.VenName, Vendors.VenID"},
-         {"Remitra", "VACH, Vendors.VenName, Vendors.VenID"}}};
+        "(VenName" LIKE_PATTERN " OR VenContact" LIKE_PATTERN " OR VenID = :id)",
+        {
+            { "Vendor Name", "Vendors.VenName, Vendors.VenID" },
+            { "Remitra", "VACH, Vendors.VenName, Vendors.VenID" },
+        },
+    };
     switch (roster) {
     case Roster::Tenants:
         return tenants;
@@ -65,6 +90,8 @@ const RosterSql &sqlFor(Roster roster)
     }
     return vendors;
 }
+
+#undef LIKE_PATTERN
 
 QString fromClause(const RosterSql &sql)
 {
@@ -118,7 +145,8 @@ void bindSearch(QSqlQuery &query, Roster roster, const Listing &listing)
     static const QRegularExpression key(u"^([A-Za-z])?\\s*(\\d{1,15})$"_qs);
     const QRegularExpressionMatch m = key.match(text);
     qint64 id = -1;
-    if (m.hasMatch() && (m.captured(1).isEmpty() || m.captured(1).at(0).toUpper() == keyLetter(roster)))
+    if (m.hasMatch()
+        && (m.captured(1).isEmpty() || m.captured(1).at(0).toUpper() == keyLetter(roster)))
         id = m.captured(2).toLongLong();
     query.bindValue(u":id"_qs, id);
 }
@@ -128,7 +156,7 @@ QString orderClause(const RosterSql &sql, const QString &sortText)
     for (const auto &sort : sql.sorts) {
         if (sortText == QLatin1String(sort.first))
             return u" ORDER BY "_qs + QString::fromLatin1(sort.second) + u", "_qs
-                   + QString::fromLatin1(sql.rowKey);
+                + QString::fromLatin1(sql.rowKey);
     }
     return QString();
 }
@@ -162,7 +190,7 @@ QList<qint64> listedKeys(HostDb &db, Roster roster, const Listing &listing)
 {
     const RosterSql &sql = sqlFor(roster);
     QSqlQuery query = db.prepare(u"SELECT "_qs + QString::fromLatin1(sql.rowKey) + fromClause(sql)
-                                 + whereClause(sql, listing) + orderClause(sql, listing.sortText));
+        + whereClause(sql, listing) + orderClause(sql, listing.sortText));
     bindSearch(query, roster, listing);
     HostDb::exec(query, "listing the enrolment rows");
     QList<qint64> keys;
@@ -181,8 +209,8 @@ QHash<qint64, QList<QVariant>> rowsFor(HostDb &db, Roster roster, const QList<qi
     for (qsizetype i = 0; i < keys.size(); ++i)
         marks += i ? u",?"_qs : u"?"_qs;
     QSqlQuery query = db.prepare(u"SELECT "_qs + QString::fromLatin1(sql.rowKey) + u", "_qs
-                                 + QString::fromLatin1(sql.columns) + keyedFromClause(sql) + u" WHERE "_qs
-                                 + QString::fromLatin1(sql.rowKey) + u" IN ("_qs + marks + u")"_qs);
+        + QString::fromLatin1(sql.columns) + keyedFromClause(sql) + u" WHERE "_qs
+        + QString::fromLatin1(sql.rowKey) + u" IN ("_qs + marks + u")"_qs);
     for (qsizetype i = 0; i < keys.size(); ++i)
         query.bindValue(int(i), keys[i]);
     HostDb::exec(query, "reading the enrolment rows");
@@ -202,8 +230,8 @@ void setFlag(HostDb &db, Roster roster, const QVariant &id, const QString &flag)
     const RosterSql &sql = sqlFor(roster);
     HostDb::Transaction tx(db);
     QSqlQuery query = db.prepare(u"UPDATE "_qs + QString::fromLatin1(sql.table) + u" SET "_qs
-                                 + QString::fromLatin1(sql.flag) + u" = :flag WHERE "_qs
-                                 + QString::fromLatin1(sql.idField) + u" = :id"_qs);
+        + QString::fromLatin1(sql.flag) + u" = :flag WHERE "_qs + QString::fromLatin1(sql.idField)
+        + u" = :id"_qs);
     query.bindValue(u":flag"_qs, flag);
     query.bindValue(u":id"_qs, id);
     HostDb::exec(query, "saving the enrolment flag");
@@ -217,9 +245,8 @@ int setFlagForListed(HostDb &db, Roster roster, const Listing &listing, const QS
     const QString idField = table + u'.' + QString::fromLatin1(sql.idField);
     HostDb::Transaction tx(db);
     QSqlQuery query = db.prepare(u"UPDATE "_qs + table + u" SET "_qs + QString::fromLatin1(sql.flag)
-                                 + u" = :flag WHERE "_qs + QString::fromLatin1(sql.idField)
-                                 + u" IN (SELECT "_qs + idField + fromClause(sql)
-                                 + whereClause(sql, listing) + u")"_qs);
+        + u" = :flag WHERE "_qs + QString::fromLatin1(sql.idField) + u" IN (SELECT "_qs + idField
+        + fromClause(sql) + whereClause(sql, listing) + u")"_qs);
     query.bindValue(u":flag"_qs, flag);
     bindSearch(query, roster, listing);
     HostDb::exec(query, "setting the enrolment flags");

@@ -40,27 +40,28 @@ void BuildOwnerFile(ProgramState &state)
     TransferFile::LineWriter out(state.pathOf(state.OwnerUploadName));
     while (rows.next()) {
         const QString id = FieldRules::raw(rows.value(OwnerOwnerID));
-        const QString street =
-            FieldRules::pairUnlessSecondEmpty(rows.value(OwnerOAddress1), rows.value(OwnerOAddress2), u" "_qs);
+        const QString street = FieldRules::pairUnlessSecondEmpty(
+            rows.value(OwnerOAddress1), rows.value(OwnerOAddress2), u" "_qs);
         const QString place = FieldRules::text(rows.value(OwnerOCity)) + sep
-                              + FieldRules::text(rows.value(OwnerOState)) + sep
-                              + FieldRules::text(rows.value(OwnerOZip));
+            + FieldRules::text(rows.value(OwnerOState)) + sep
+            + FieldRules::text(rows.value(OwnerOZip));
         const QString flagAction = FieldRules::flagAction(rows.value(OwnerOACH));
 
-        const QString names = joinedNames(rows.value(OwnerOFirstName1), rows.value(OwnerOLastName1));
+        const QString names
+            = joinedNames(rows.value(OwnerOFirstName1), rows.value(OwnerOLastName1));
         const QString action = FieldRules::isEmpty(names) ? u"delete"_qs : flagAction;
         out.writeLine(u"O"_qs + id + u"|Owner|"_qs
-                      + FieldRules::personName(rows.value(OwnerOFirstName1), rows.value(OwnerOLastName1))
-                      + sep + street + sep + place + u"||||"_qs + FieldRules::text(rows.value(OwnerOPhone1))
-                      + sep + FieldRules::text(rows.value(OwnerOPhone2)) + sep
-                      + FieldRules::text(rows.value(OwnerOEmail1)) + sep + action);
+            + FieldRules::personName(rows.value(OwnerOFirstName1), rows.value(OwnerOLastName1))
+            + sep + street + sep + place + u"||||"_qs + FieldRules::text(rows.value(OwnerOPhone1))
+            + sep + FieldRules::text(rows.value(OwnerOPhone2)) + sep
+            + FieldRules::text(rows.value(OwnerOEmail1)) + sep + action);
 
         // The second owner of the same record is paid as a payee of its own;
         // the share itself is not sent.
         if (hasSecondOwner(rows)) {
             out.writeLine(u"O%"_qs + id + u"|Owner|"_qs
-                          + FieldRules::personName(rows.value(OwnerOFirstName2), rows.value(OwnerOLastName2))
-                          + sep + street + sep + place + u"|||||||"_qs + flagAction);
+                + FieldRules::personName(rows.value(OwnerOFirstName2), rows.value(OwnerOLastName2))
+                + sep + street + sep + place + u"|||||||"_qs + flagAction);
         }
     }
     out.commit();
@@ -72,8 +73,8 @@ void UploadOwnerFile(ProgramState &state)
     const QString path = state.pathOf(state.OwnerUploadName);
     if (!TransferFile::exists(path)) {
         state.prompter().notice(
-            u"The Owner Remitra file was not found. Please make sure that you have set up the Owners "
-            "that are participating in the Remitra system."_qs,
+            u"The Owner Remitra file was not found. Please make sure that you have set up the "
+            "Owners that are participating in the Remitra system."_qs,
             u"Owner Remitra"_qs);
         return;
     }

@@ -19,9 +19,9 @@ void BuildSetupFile(ProgramState &state)
     const CompanyContact company = firstCompany(db);
     const QString site = VbText::Trim(state.SiteCode);
     const QString sep = u"|"_qs;
-    const QString contact = FieldRules::text(company.name) + sep + FieldRules::text(company.email) + sep
-                            + FieldRules::text(company.email) + sep + FieldRules::text(company.phone1)
-                            + sep + FieldRules::text(company.phone2);
+    const QString contact = FieldRules::text(company.name) + sep + FieldRules::text(company.email)
+        + sep + FieldRules::text(company.email) + sep + FieldRules::text(company.phone1) + sep
+        + FieldRules::text(company.phone2);
 
     QSqlQuery rows = setupRows(db);
     TransferFile::LineWriter out(state.pathOf(state.SetupUploadName));
@@ -34,12 +34,14 @@ void BuildSetupFile(ProgramState &state)
         line.truncate(0);
         line += site;
         line += u"|O"_qs + FieldRules::raw(rows.value(SetupOwnerID));
-        line += sep + FieldRules::personName(rows.value(SetupOFirstName1), rows.value(SetupOLastName1));
+        line += sep
+            + FieldRules::personName(rows.value(SetupOFirstName1), rows.value(SetupOLastName1));
         line += u"|P"_qs + FieldRules::raw(rows.value(SetupPropID));
         line += sep + FieldRules::text(rows.value(SetupPropName));
         line += sep + contact;
-        line += sep + FieldRules::pairUnlessSecondEmpty(rows.value(SetupPropAddress1),
-                                                        rows.value(SetupPropAddress2), u" "_qs);
+        line += sep
+            + FieldRules::pairUnlessSecondEmpty(
+                rows.value(SetupPropAddress1), rows.value(SetupPropAddress2), u" "_qs);
         line += sep + city + sep + st + sep + zip;
         line += u"|U"_qs + FieldRules::raw(rows.value(SetupUTenantID));
         line += sep + FieldRules::text(rows.value(SetupUAddress));

@@ -17,18 +17,20 @@ void BuildVendorFile(ProgramState &state)
     while (rows.next()) {
         const QString name = FieldRules::text(rows.value(VendorVenName));
         // A blank name removes the vendor; a Null name does not count as blank.
-        const QString action =
-            FieldRules::isEmpty(name) ? u"delete"_qs : FieldRules::flagAction(rows.value(VendorVACH));
-        out.writeLine(u"V"_qs + FieldRules::raw(rows.value(VendorVenID)) + u"|Vendor|"_qs + name + sep
-                      + FieldRules::pairUnlessSecondEmpty(rows.value(VendorVenAddress1),
-                                                          rows.value(VendorVenAddress2), u", "_qs)
-                      + sep + FieldRules::text(rows.value(VendorVenCity)) + sep
-                      + FieldRules::text(rows.value(VendorVenState)) + sep
-                      + FieldRules::text(rows.value(VendorVenZip)) + u"|||"_qs
-                      + FieldRules::text(rows.value(VendorVenContact)) + sep
-                      + FieldRules::text(rows.value(VendorVenPhone1)) + sep
-                      + FieldRules::text(rows.value(VendorVenPhone2)) + sep
-                      + FieldRules::text(rows.value(VendorVenEmail1)) + sep + action);
+        const QString action = FieldRules::isEmpty(name)
+            ? u"delete"_qs
+            : FieldRules::flagAction(rows.value(VendorVACH));
+        out.writeLine(u"V"_qs + FieldRules::raw(rows.value(VendorVenID)) + u"|Vendor|"_qs + name
+            + sep
+            + FieldRules::pairUnlessSecondEmpty(
+                rows.value(VendorVenAddress1), rows.value(VendorVenAddress2), u", "_qs)
+            + sep + FieldRules::text(rows.value(VendorVenCity)) + sep
+            + FieldRules::text(rows.value(VendorVenState)) + sep
+            + FieldRules::text(rows.value(VendorVenZip)) + u"|||"_qs
+            + FieldRules::text(rows.value(VendorVenContact)) + sep
+            + FieldRules::text(rows.value(VendorVenPhone1)) + sep
+            + FieldRules::text(rows.value(VendorVenPhone2)) + sep
+            + FieldRules::text(rows.value(VendorVenEmail1)) + sep + action);
     }
     out.commit();
 }

@@ -19,7 +19,8 @@ namespace {
 
 const QString Success = u"Successful connection to Quenta Payment Services!"_qs;
 
-void typeFlag(QDialog &screen, const QString &key, int keyColumn, int flagColumn, const QString &flag)
+void typeFlag(
+    QDialog &screen, const QString &key, int keyColumn, int flagColumn, const QString &flag)
 {
     auto *grid = screen.findChild<QTableView *>(u"gridACH"_qs);
     for (int r = 0; r < grid->model()->rowCount(); ++r) {
@@ -69,7 +70,7 @@ private slots:
     {
         auto s = site();
         QVERIFY(UploadAll(*s->state));
-        QCOMPARE(s->prompter.texts(), QStringList{Success});
+        QCOMPARE(s->prompter.texts(), QStringList { Success });
         const auto got = sandbox->received();
         QCOMPARE(got.size(), 1);
         QCOMPARE(got[0].path, u"/qps/upload.php"_qs);
@@ -93,7 +94,7 @@ private slots:
         const QByteArray file = s->fileBytes(s->state->TenantUploadName);
         QCOMPARE(got[0].parts[u"tenant"_qs], file);
         QVERIFY(file.contains("|T107|Ed|Eve|7|Springfield|IL|62701|activate|\r\n"));
-        QCOMPARE(s->prompter.texts(), QStringList{Success});
+        QCOMPARE(s->prompter.texts(), QStringList { Success });
     }
 
     void ownerScreenSendsThePayeeFileOnClosing()
@@ -121,7 +122,7 @@ private slots:
         QCOMPARE(got.size(), 1);
         QCOMPARE(got[0].parts[u"payee"_qs], s->fileBytes(s->state->VendorUploadName));
         QVERIFY(got[0].parts[u"payee"_qs].contains("V6|Vendor|\x80uro Parts|"));
-        QCOMPARE(s->prompter.texts(), QStringList{Success});
+        QCOMPARE(s->prompter.texts(), QStringList { Success });
 
         // Wrong credentials: the processor refuses, the file stays.
         sandbox->clearReceived();
@@ -129,7 +130,7 @@ private slots:
         s->state->ProcessorPassword = u"wrong"_qs;
         UploadVendorFile(*s->state);
         QCOMPARE(s->state->ResultCode, qint16(401));
-        QCOMPARE(s->prompter.titles(), QStringList{u"Remitra error"_qs});
+        QCOMPARE(s->prompter.titles(), QStringList { u"Remitra error"_qs });
         QVERIFY(!s->fileBytes(s->state->VendorUploadName).isEmpty());
     }
 };

@@ -23,12 +23,15 @@ using Answer = Prompter::Answer;
 
 namespace {
 
-const QString TenantNotice = u"Please enter 'Y' if this Tenant uses the Remitra Rent or 'N' if not. If you "
-                             "want to permanently DELETE this Tenant from Remitra, enter a 'D'."_qs;
-const QString OwnerNotice = u"Please enter 'Y' if this Owner uses the Remitra Rent or 'N' if not. If you "
-                            "want to permanently DELETE this Owner from Remitra enter a 'D'."_qs;
-const QString VendorNotice = u"Please enter 'Y' if this Vendor uses the Remitra Rent or 'N' if not. If you "
-                             "want to permanently DELETE this Vendor from Remitra, enter a 'D'."_qs;
+const QString TenantNotice
+    = u"Please enter 'Y' if this Tenant uses the Remitra Rent or 'N' if not. If you "
+      "want to permanently DELETE this Tenant from Remitra, enter a 'D'."_qs;
+const QString OwnerNotice
+    = u"Please enter 'Y' if this Owner uses the Remitra Rent or 'N' if not. If you "
+      "want to permanently DELETE this Owner from Remitra enter a 'D'."_qs;
+const QString VendorNotice
+    = u"Please enter 'Y' if this Vendor uses the Remitra Rent or 'N' if not. If you "
+      "want to permanently DELETE this Vendor from Remitra, enter a 'D'."_qs;
 
 enum class Screen { Tenants, Owners, Vendors };
 
@@ -82,7 +85,8 @@ void choose(QDialog *dialog, const char *list, const QString &text)
     auto *options = dialog->findChild<QListWidget *>(QString::fromLatin1(list));
     const auto items = options->findItems(text, Qt::MatchExactly);
     QCOMPARE(items.size(), 1);
-    QTest::mouseClick(options->viewport(), Qt::LeftButton, {}, options->visualItemRect(items.first()).center());
+    QTest::mouseClick(
+        options->viewport(), Qt::LeftButton, {}, options->visualItemRect(items.first()).center());
     QCOMPARE(options->currentItem(), items.first());
 }
 
@@ -105,13 +109,16 @@ QString flagOf(TestSite &site, Screen screen, int id)
 {
     switch (screen) {
     case Screen::Tenants:
-        return site.scalar(u"SELECT TACH FROM Tenants WHERE TenantID = :i"_qs, {{u":i"_qs, id}}).toString();
+        return site.scalar(u"SELECT TACH FROM Tenants WHERE TenantID = :i"_qs, { { u":i"_qs, id } })
+            .toString();
     case Screen::Owners:
-        return site.scalar(u"SELECT OACH FROM Owners WHERE OwnerID = :i"_qs, {{u":i"_qs, id}}).toString();
+        return site.scalar(u"SELECT OACH FROM Owners WHERE OwnerID = :i"_qs, { { u":i"_qs, id } })
+            .toString();
     case Screen::Vendors:
         break;
     }
-    return site.scalar(u"SELECT VACH FROM Vendors WHERE VenID = :i"_qs, {{u":i"_qs, id}}).toString();
+    return site.scalar(u"SELECT VACH FROM Vendors WHERE VenID = :i"_qs, { { u":i"_qs, id } })
+        .toString();
 }
 
 std::shared_ptr<ScriptedProcessorClient::Script> scripted(TestSite &site)
@@ -142,7 +149,7 @@ private slots:
         Opened o = open(site, Screen::Tenants);
         QCOMPARE(o.dialog->findChild<QListWidget *>(u"optDisplay"_qs)->currentRow(), 1);
         QCOMPARE(o.dialog->findChild<QListWidget *>(u"optSortBy"_qs)->currentItem()->text(),
-                 u"Property/Building Name"_qs);
+            u"Property/Building Name"_qs);
         QCOMPARE(o.dialog->findChild<QLabel *>(u"labCount"_qs)->text(), u"Tenants listed: 10"_qs);
         QVERIFY(o.grid->isColumnHidden(0));
         QVERIFY(o.grid->isColumnHidden(1));
@@ -154,12 +161,16 @@ private slots:
     {
         QTest::addColumn<QString>("sort");
         QTest::addColumn<QString>("order");
-        QTest::newRow("owner") << u"Owner Name"_qs << u"T300 T100 T101 T103 T104 T108 T109 T102 T107 T110"_qs;
+        QTest::newRow("owner") << u"Owner Name"_qs
+                               << u"T300 T100 T101 T103 T104 T108 T109 T102 T107 T110"_qs;
         QTest::newRow("property") << u"Property/Building Name"_qs
                                   << u"T100 T101 T103 T104 T108 T109 T102 T107 T300 T110"_qs;
-        QTest::newRow("unit") << u"Rental Unit Address"_qs << u"T102 T110 T100 T101 T103 T104 T107 T108 T109 T300"_qs;
-        QTest::newRow("tenant") << u"Tenant Name"_qs << u"T108 T100 T102 T104 T107 T110 T109 T103 T101 T300"_qs;
-        QTest::newRow("remitra") << u"Remitra"_qs << u"T103 T300 T104 T107 T108 T100 T102 T110 T109 T101"_qs;
+        QTest::newRow("unit") << u"Rental Unit Address"_qs
+                              << u"T102 T110 T100 T101 T103 T104 T107 T108 T109 T300"_qs;
+        QTest::newRow("tenant") << u"Tenant Name"_qs
+                                << u"T108 T100 T102 T104 T107 T110 T109 T103 T101 T300"_qs;
+        QTest::newRow("remitra") << u"Remitra"_qs
+                                 << u"T103 T300 T104 T107 T108 T100 T102 T110 T109 T101"_qs;
     }
 
     void tenantSorts()
@@ -170,14 +181,16 @@ private slots:
         UploadsFixture::addAll(site);
         Opened o = open(site, Screen::Tenants);
         // Start from the other end of the list, so every sort is a change.
-        choose(o.dialog.get(), "optSortBy", sort == u"Remitra"_qs ? u"Owner Name"_qs : u"Remitra"_qs);
+        choose(
+            o.dialog.get(), "optSortBy", sort == u"Remitra"_qs ? u"Owner Name"_qs : u"Remitra"_qs);
         choose(o.dialog.get(), "optSortBy", sort);
         QCOMPARE(listedKeys(o).join(u' '), order);
         QStringList captions;
         for (int c = 2; c <= 8; ++c)
             captions << o.grid->model()->headerData(c, Qt::Horizontal).toString();
-        QCOMPARE(captions, (QStringList{u"TID"_qs, u"Owner Last"_qs, u"Owner First"_qs, u"Property Name"_qs,
-                                        u"Rental Unit Address"_qs, u"Tenant Last"_qs, u"Tenant First"_qs}));
+        QCOMPARE(captions,
+            (QStringList { u"TID"_qs, u"Owner Last"_qs, u"Owner First"_qs, u"Property Name"_qs,
+                u"Rental Unit Address"_qs, u"Tenant Last"_qs, u"Tenant First"_qs }));
     }
 
     void payeeSortsAndKeyColumns()
@@ -185,7 +198,8 @@ private slots:
         TestSite site;
         UploadsFixture::addAll(site);
         Opened owners = open(site, Screen::Owners);
-        QCOMPARE(owners.dialog->findChild<QListWidget *>(u"optSortBy"_qs)->currentItem()->text(), u"Remitra"_qs);
+        QCOMPARE(owners.dialog->findChild<QListWidget *>(u"optSortBy"_qs)->currentItem()->text(),
+            u"Remitra"_qs);
         QVERIFY(owners.grid->isColumnHidden(0));
         // OACH, then last and first name: Null, " y ", D, D, N, Y...
         QCOMPARE(listedKeys(owners).join(u' '), u"11 8 10 14 12 9 7 13 15"_qs);
@@ -250,8 +264,8 @@ private slots:
         const QString before = flagOf(site, which, id);
 
         typeFlag(o, row, u"x"_qs);
-        QTRY_COMPARE(site.prompter.texts(), QStringList{notice});
-        QCOMPARE(site.prompter.titles(), QStringList{u"Remitra Rent"_qs});
+        QTRY_COMPARE(site.prompter.texts(), QStringList { notice });
+        QCOMPARE(site.prompter.titles(), QStringList { u"Remitra Rent"_qs });
         QCOMPARE(flagOf(site, which, id), before);
         QCOMPARE(o.grid->model()->index(row, o.flagColumn).data().toString(), before);
 
@@ -264,21 +278,22 @@ private slots:
         QTest::mouseClick(o.dialog->findChild<QPushButton *>(u"cmdExit"_qs), Qt::LeftButton);
         QVERIFY(!o.dialog->isVisible());
         QCOMPARE(script->calls.size(), 1);
-        const QString sent = which == Screen::Tenants  ? site.state->TenantUploadName
-                             : which == Screen::Owners ? site.state->OwnerUploadName
-                                                       : site.state->VendorUploadName;
+        const QString sent = which == Screen::Tenants ? site.state->TenantUploadName
+            : which == Screen::Owners                 ? site.state->OwnerUploadName
+                                                      : site.state->VendorUploadName;
         const QString file = TransferFile::fromAnsi(site.fileBytes(sent));
         QVERIFY(file.contains(which == Screen::Tenants ? u"|T104|Dan|Del|"_qs
-                              : which == Screen::Owners ? u"O12|Owner|Pat Pipe|Co|"_qs
-                                                        : u"V5|Vendor|No|"_qs));
+                : which == Screen::Owners              ? u"O12|Owner|Pat Pipe|Co|"_qs
+                                                       : u"V5|Vendor|No|"_qs));
         if (which == Screen::Tenants) {
             QCOMPARE(script->calls[0].operation, u"Transmit"_qs);
-            QCOMPARE(script->calls[0].texts, (QStringList{u""_qs, file}));
+            QCOMPARE(script->calls[0].texts, (QStringList { u""_qs, file }));
         } else {
             QCOMPARE(script->calls[0].operation, u"TransmitPayees"_qs);
-            QCOMPARE(script->calls[0].texts, (QStringList{file, u""_qs, u""_qs}));
+            QCOMPARE(script->calls[0].texts, (QStringList { file, u""_qs, u""_qs }));
         }
-        QCOMPARE(site.prompter.texts().last(), u"Successful connection to Quenta Payment Services!"_qs);
+        QCOMPARE(
+            site.prompter.texts().last(), u"Successful connection to Quenta Payment Services!"_qs);
     }
 
     void closingWithoutEditsSendsNothing()
@@ -286,9 +301,10 @@ private slots:
         TestSite site;
         UploadsFixture::addAll(site);
         auto script = scripted(site);
-        for (Screen which : {Screen::Tenants, Screen::Owners, Screen::Vendors}) {
+        for (Screen which : { Screen::Tenants, Screen::Owners, Screen::Vendors }) {
             Opened o = open(site, which);
-            choose(o.dialog.get(), "optDisplay", o.dialog->findChild<QListWidget *>(u"optDisplay"_qs)->item(0)->text());
+            choose(o.dialog.get(), "optDisplay",
+                o.dialog->findChild<QListWidget *>(u"optDisplay"_qs)->item(0)->text());
             QTest::keyClick(o.dialog.get(), Qt::Key_Escape);
             QVERIFY(!o.dialog->isVisible());
         }
@@ -306,25 +322,28 @@ private slots:
         choose(o.dialog.get(), "optDisplay", u"Remitra Tenants Only"_qs);
         const auto flags = [&] {
             QStringList out;
-            for (const auto &row : site.rows(u"SELECT TenantID, TACH FROM Tenants ORDER BY TenantID"_qs))
+            for (const auto &row :
+                site.rows(u"SELECT TenantID, TACH FROM Tenants ORDER BY TenantID"_qs))
                 out << row[u"TenantID"_qs].toString() + u'=' + row[u"TACH"_qs].toString();
             return out.join(u' ');
         };
         const QString original = flags();
 
-        site.prompter.queueAnswers({Answer::No, Answer::Yes});
+        site.prompter.queueAnswers({ Answer::No, Answer::Yes });
         QTest::mouseClick(all, Qt::LeftButton); // checked: activate all? No.
         QCOMPARE(flags(), original);
         QCOMPARE(site.state->MsgAnswer, u"7"_qs);
         QTest::mouseClick(all, Qt::LeftButton); // unchecked: remove all? Yes.
         QCOMPARE(site.prompter.texts(),
-                 (QStringList{u"Are you SURE you want to change ALL Tenants to ACTIVATE REMITRA?"_qs,
-                              u"Are you SURE you want to REMOVE ALL Tenants from REMITRA?"_qs}));
-        QCOMPARE(site.prompter.titles(), (QStringList{u"Tenant Update"_qs, u"Tenant Update"_qs}));
+            (QStringList { u"Are you SURE you want to change ALL Tenants to ACTIVATE REMITRA?"_qs,
+                u"Are you SURE you want to REMOVE ALL Tenants from REMITRA?"_qs }));
+        QCOMPARE(
+            site.prompter.titles(), (QStringList { u"Tenant Update"_qs, u"Tenant Update"_qs }));
         QCOMPARE(site.state->MsgAnswer, u"6"_qs);
         // Only the listed (enrolled) tenants; 105 and 106 are outside the
         // portfolio join and " Y " is not listed.
-        QCOMPARE(flags(), u"100=N 101=N 102=N 103= 104=D 105=Y 106=Y 107=N 108=N 109=N 110=N 300= Y "_qs);
+        QCOMPARE(flags(),
+            u"100=N 101=N 102=N 103= 104=D 105=Y 106=Y 107=N 108=N 109=N 110=N 300= Y "_qs);
         QCOMPARE(o.grid->model()->rowCount(), 0);
 
         // With a search in effect only the matching rows change.
@@ -334,7 +353,8 @@ private slots:
         QTest::keyClick(search, Qt::Key_Return);
         site.prompter.queueAnswer(Answer::Yes);
         QTest::mouseClick(all, Qt::LeftButton);
-        QCOMPARE(flags(), u"100=N 101=N 102=Y 103= 104=D 105=Y 106=Y 107=Y 108=N 109=N 110=N 300= Y "_qs);
+        QCOMPARE(flags(),
+            u"100=N 101=N 102=Y 103= 104=D 105=Y 106=Y 107=Y 108=N 109=N 110=N 300= Y "_qs);
 
         // Select-all alone is not an edit: closing sends nothing.
         o.dialog->close();
@@ -351,11 +371,11 @@ private slots:
         QCOMPARE(listedKeys(o).join(u' '), u"9 7 13 15"_qs);
         site.prompter.queueAnswer(Answer::Yes);
         QTest::mouseClick(o.dialog->findChild<QCheckBox *>(u"chkSelectAll"_qs), Qt::LeftButton);
-        QCOMPARE(site.prompter.titles(), QStringList{u"Owner Update"_qs});
+        QCOMPARE(site.prompter.titles(), QStringList { u"Owner Update"_qs });
         QCOMPARE(site.scalar(u"SELECT group_concat(OwnerID || '=' || ifnull(OACH, ''), ' ') FROM "
                              "(SELECT * FROM Owners ORDER BY OwnerID)"_qs)
                      .toString(),
-                 u"7=Y 8= y  9=Y 10=D 11= 12=N 13=Y 14=D 15=Y"_qs);
+            u"7=Y 8= y  9=Y 10=D 11= 12=N 13=Y 14=D 15=Y"_qs);
     }
 
     void exportWritesTheEnrolledTenants()
@@ -374,15 +394,15 @@ private slots:
         QTest::mouseClick(exportButton, Qt::LeftButton);
         QCOMPARE(site.prompter.shown().size(), 2);
         QCOMPARE(site.prompter.shown()[0].text,
-                 u"This will create an export file in CSV format (comma separated values) for all Remitra "
-                 "tenants selected. You can use this file in Excel and Word to create a merge letter "
-                 "informing your Tenants of their TID login and the benefits of the Remitra service. The "
-                 "file name that will be created is 'RemitraExport.csv' and will be found in your Dwellix "
-                 "folder.\r\rDo you want to create the file now?"_qs);
+            u"This will create an export file in CSV format (comma separated values) for all "
+            "Remitra tenants selected. You can use this file in Excel and Word to create a "
+            "merge letter informing your Tenants of their TID login and the benefits of the "
+            "Remitra service. The file name that will be created is 'RemitraExport.csv' and "
+            "will be found in your Dwellix folder.\r\rDo you want to create the file now?"_qs);
         QCOMPARE(site.prompter.shown()[0].title, u"Remitra Export"_qs);
         QCOMPARE(site.prompter.shown()[1].text,
-                 u"Export File Created\r\rFile Name: RemitraExport.csv\r\rFile Path: "_qs
-                     + QDir::toNativeSeparators(site.path(u"RemitraExport.csv"_qs)));
+            u"Export File Created\r\rFile Name: RemitraExport.csv\r\rFile Path: "_qs
+                + QDir::toNativeSeparators(site.path(u"RemitraExport.csv"_qs)));
         QCOMPARE(site.prompter.shown()[1].title, u"Dwellix Remitra Export"_qs);
         const QByteArray bytes = site.fileBytes(u"RemitraExport.csv"_qs);
         QCOMPARE(bytes, expectedExport());
@@ -398,8 +418,10 @@ private slots:
         typeFlag(o, rowOf(o, u"T102"_qs), u"Y"_qs, false);
         site.prompter.queueAnswer(Answer::Yes);
         QTest::mouseClick(o.dialog->findChild<QPushButton *>(u"cmdExport"_qs), Qt::LeftButton);
-        QCOMPARE(site.scalar(u"SELECT TACH FROM Tenants WHERE TenantID = 102"_qs).toString(), u"Y"_qs);
-        QVERIFY(site.fileBytes(u"RemitraExport.csv"_qs).contains("\r\nT102,Amy,Ash,Ash Flats,1 Ash,,,,,,\r\n"));
+        QCOMPARE(
+            site.scalar(u"SELECT TACH FROM Tenants WHERE TenantID = 102"_qs).toString(), u"Y"_qs);
+        QVERIFY(site.fileBytes(u"RemitraExport.csv"_qs)
+                    .contains("\r\nT102,Amy,Ash,Ash Flats,1 Ash,,,,,,\r\n"));
     }
 
     void exportWithoutEnrolledTenantsRemovesTheFile()
@@ -407,13 +429,14 @@ private slots:
         TestSite site;
         UploadsFixture::addAll(site);
         site.db().execText(u"UPDATE Tenants SET TACH = 'y' WHERE TACH <> 'VACANT'"_qs, "test");
-        site.db().execText(u"UPDATE Tenants SET TACH = 'N' WHERE TFirstName1 IS NOT 'VACANT'"_qs, "test");
+        site.db().execText(
+            u"UPDATE Tenants SET TACH = 'N' WHERE TFirstName1 IS NOT 'VACANT'"_qs, "test");
         site.writeFile(u"RemitraExport.csv"_qs, "old");
         Opened o = open(site, Screen::Tenants);
         site.prompter.queueAnswer(Answer::Yes);
         QTest::mouseClick(o.dialog->findChild<QPushButton *>(u"cmdExport"_qs), Qt::LeftButton);
         QCOMPARE(site.prompter.texts().last(),
-                 u"There are no Remita tenants selected. No export file was created"_qs);
+            u"There are no Remita tenants selected. No export file was created"_qs);
         QCOMPARE(site.prompter.titles().last(), u"Dwellix Remitra Export"_qs);
         QVERIFY(site.fileBytes(u"RemitraExport.csv"_qs).isNull());
     }

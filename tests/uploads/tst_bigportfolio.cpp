@@ -45,11 +45,14 @@ void generate(TestSite &site, int tenants)
     QSqlDatabase db = site.db().database();
     db.transaction();
     QSqlQuery owner(db), property(db), tenant(db), unit(db);
-    owner.prepare(u"INSERT INTO Owners (OwnerID, OFirstName1, OLastName1, OACH) VALUES (?, ?, ?, ?)"_qs);
-    property.prepare(u"INSERT INTO Properties (PropID, POwnerID, PropName, PropAddress1, PropAddress2, "
-                     "PropCity, PropState, PropZip) VALUES (?, ?, ?, ?, ?, 'Springfield', 'IL', '62701')"_qs);
-    tenant.prepare(u"INSERT INTO Tenants (TenantID, TPropID, TFirstName1, TLastName1, TACH, TCurrBal, "
-                   "TStartDate) VALUES (?, ?, ?, ?, ?, ?, '2024-03-01')"_qs);
+    owner.prepare(
+        u"INSERT INTO Owners (OwnerID, OFirstName1, OLastName1, OACH) VALUES (?, ?, ?, ?)"_qs);
+    property.prepare(
+        u"INSERT INTO Properties (PropID, POwnerID, PropName, PropAddress1, PropAddress2, "
+        "PropCity, PropState, PropZip) VALUES (?, ?, ?, ?, ?, 'Springfield', 'IL', '62701')"_qs);
+    tenant.prepare(
+        u"INSERT INTO Tenants (TenantID, TPropID, TFirstName1, TLastName1, TACH, TCurrBal, "
+        "TStartDate) VALUES (?, ?, ?, ?, ?, ?, '2024-03-01')"_qs);
     unit.prepare(u"INSERT INTO Units (UTenantID, UAddress, UNumber) VALUES (?, ?, ?)"_qs);
     const int properties = qMax(1, tenants / 10);
     const int owners = qMax(1, properties / 5);
@@ -121,10 +124,13 @@ private slots:
         const qint64 tenantMs = timer.restart();
         const qint64 tenantCpu = cpuMs() - cpu;
         const qint64 rssAfter = residentKb("VmRSS:");
-        qInfo("%d tenants: setup file %lld ms (processor %lld ms, %lld bytes), tenant upload %lld ms "
-              "(processor %lld ms, %lld bytes); resident memory %lld kB before, %lld kB after building",
-              tenants, setupMs, setupCpu, QFileInfo(site.path(site.state->SetupUploadName)).size(), tenantMs,
-              tenantCpu, QFileInfo(site.path(site.state->TenantUploadName)).size(), rssBefore, rssAfter);
+        qInfo(
+            "%d tenants: setup file %lld ms (processor %lld ms, %lld bytes), tenant upload %lld ms "
+            "(processor %lld ms, %lld bytes); resident memory %lld kB before, %lld kB after "
+            "building",
+            tenants, setupMs, setupCpu, QFileInfo(site.path(site.state->SetupUploadName)).size(),
+            tenantMs, tenantCpu, QFileInfo(site.path(site.state->TenantUploadName)).size(),
+            rssBefore, rssAfter);
 
         timer.restart();
         cpu = cpuMs();
@@ -151,9 +157,10 @@ private slots:
         bar->setValue(bar->maximum());
         grid->viewport()->repaint();
         const qint64 endMs = page.elapsed();
-        qInfo("tenant screen opened in %lld ms (processor %lld ms); %d page steps, slowest %lld ms; jump to the end %lld ms; "
+        qInfo("tenant screen opened in %lld ms (processor %lld ms); %d page steps, slowest %lld "
+              "ms; jump to the end %lld ms; "
               "resident memory %lld kB",
-              openMs, openCpu, pages, worstPageMs, endMs, residentKb("VmRSS:"));
+            openMs, openCpu, pages, worstPageMs, endMs, residentKb("VmRSS:"));
     }
 };
 

@@ -17,8 +17,9 @@
 
 namespace {
 
-const QString LoginNotice = u"You must have a valid LOGIN entry in the User Name, Password, and URL. "
-                            "Please correct that and try again."_qs;
+const QString LoginNotice
+    = u"You must have a valid LOGIN entry in the User Name, Password, and URL. "
+      "Please correct that and try again."_qs;
 const QString Success = u"Successful connection to Quenta Payment Services!"_qs;
 
 // The expected bytes of a file under tests/data/uploads; "{YYYY-MM-DD}"
@@ -33,7 +34,7 @@ QByteArray expected(const QString &name)
     QRegularExpressionMatch m;
     while ((m = date.match(text)).hasMatch())
         text.replace(m.capturedStart(), m.capturedLength(),
-                     VbText::shortDate(QDate::fromString(m.captured(1), Qt::ISODate)));
+            VbText::shortDate(QDate::fromString(m.captured(1), Qt::ISODate)));
     return TransferFile::toAnsi(text);
 }
 
@@ -90,8 +91,8 @@ private slots:
         TestSite site;
         UploadsFixture::addAll(site);
         // An older, longer file is replaced, not appended to.
-        for (const QString &old : {site.state->SetupUploadName, site.state->TenantUploadName,
-                                   site.state->OwnerUploadName, site.state->VendorUploadName})
+        for (const QString &old : { site.state->SetupUploadName, site.state->TenantUploadName,
+                 site.state->OwnerUploadName, site.state->VendorUploadName })
             site.writeFile(old, QByteArray(5000, 'x'));
         QString name;
         if (which == u"setup"_qs) {
@@ -138,9 +139,10 @@ private slots:
         SendTenantUpload(*site.state);
         QVERIFY(script->calls.isEmpty());
         QCOMPARE(site.prompter.texts(),
-                 QStringList{u"The Tenant Remitra file was not found. Please make sure that you have set "
-                             "up the Tenants that are participating in the Remitra system."_qs});
-        QCOMPARE(site.prompter.titles(), QStringList{u"Tenant Remitra"_qs});
+            QStringList {
+                u"The Tenant Remitra file was not found. Please make sure that you have set "
+                "up the Tenants that are participating in the Remitra system."_qs });
+        QCOMPARE(site.prompter.titles(), QStringList { u"Tenant Remitra"_qs });
     }
 
     void tenantUploadNeedsTheLogin()
@@ -151,8 +153,8 @@ private slots:
         site.writeFile(site.state->TenantUploadName, "old");
         BuildTenantUpload(*site.state);
         QCOMPARE(site.fileBytes(site.state->TenantUploadName), QByteArray("old"));
-        QCOMPARE(site.prompter.texts(), QStringList{LoginNotice});
-        QCOMPARE(site.prompter.titles(), QStringList{u"Login Message"_qs});
+        QCOMPARE(site.prompter.texts(), QStringList { LoginNotice });
+        QCOMPARE(site.prompter.titles(), QStringList { u"Login Message"_qs });
     }
 
     void tenantSenderTransmitsTheFileAsSecondText()
@@ -168,8 +170,9 @@ private slots:
         QCOMPARE(call.url, site.state->ProcessorUrl);
         QCOMPARE(call.user, u"user"_qs);
         QCOMPARE(call.password, u"secret"_qs);
-        QCOMPARE(call.texts, (QStringList{u""_qs, TransferFile::fromAnsi(expected(u"tenant.txt"_qs))}));
-        QCOMPARE(site.prompter.texts(), QStringList{Success});
+        QCOMPARE(call.texts,
+            (QStringList { u""_qs, TransferFile::fromAnsi(expected(u"tenant.txt"_qs)) }));
+        QCOMPARE(site.prompter.texts(), QStringList { Success });
         QCOMPARE(site.state->ResultText, u"True"_qs);
         QVERIFY(!site.fileBytes(site.state->TenantUploadName).isNull());
     }
@@ -187,15 +190,16 @@ private slots:
         TestSite site;
         UploadsFixture::addAll(site);
         auto script = scripted(site);
-        script->replies.append({true, 404, {}});
+        script->replies.append({ true, 404, {} });
         owners ? UploadOwnerFile(*site.state) : UploadVendorFile(*site.state);
         QCOMPARE(script->calls.size(), 1);
         const auto &call = script->calls.first();
         QCOMPARE(call.operation, u"TransmitPayees"_qs);
         QCOMPARE(call.url, u"http://127.0.0.1:9/qps/evendorpay.php"_qs);
         const QString file = owners ? u"owner.txt"_qs : u"vendor.txt"_qs;
-        QCOMPARE(call.texts, (QStringList{TransferFile::fromAnsi(expected(file)), u""_qs, u""_qs}));
-        QCOMPARE(site.prompter.titles(), QStringList{u"Remitra error"_qs});
+        QCOMPARE(
+            call.texts, (QStringList { TransferFile::fromAnsi(expected(file)), u""_qs, u""_qs }));
+        QCOMPARE(site.prompter.titles(), QStringList { u"Remitra error"_qs });
         QVERIFY(site.prompter.texts().first().contains(u"the URL was not found"_qs));
         QCOMPARE(site.state->ResultCode, qint16(404));
     }
@@ -208,10 +212,10 @@ private slots:
         UploadVendorFile(*site.state);
         QCOMPARE(script->calls.size(), 2);
         for (const auto &call : script->calls)
-            QCOMPARE(call.texts, (QStringList{u""_qs, u""_qs, u""_qs}));
+            QCOMPARE(call.texts, (QStringList { u""_qs, u""_qs, u""_qs }));
         QCOMPARE(site.fileBytes(site.state->OwnerUploadName), QByteArray(""));
         QCOMPARE(site.fileBytes(site.state->VendorUploadName), QByteArray(""));
-        QCOMPARE(site.prompter.texts(), (QStringList{Success, Success}));
+        QCOMPARE(site.prompter.texts(), (QStringList { Success, Success }));
     }
 
     void uploadAllSendsBothFilesInOneCall()
@@ -225,10 +229,11 @@ private slots:
         for (const auto &call : script->calls) {
             QCOMPARE(call.operation, u"Transmit"_qs);
             QCOMPARE(call.url, site.state->ProcessorUrl);
-            QCOMPARE(call.texts, (QStringList{TransferFile::fromAnsi(expected(u"setup.txt"_qs)),
-                                              TransferFile::fromAnsi(expected(u"tenant.txt"_qs))}));
+            QCOMPARE(call.texts,
+                (QStringList { TransferFile::fromAnsi(expected(u"setup.txt"_qs)),
+                    TransferFile::fromAnsi(expected(u"tenant.txt"_qs)) }));
         }
-        QCOMPARE(site.prompter.texts(), (QStringList{Success, Success}));
+        QCOMPARE(site.prompter.texts(), (QStringList { Success, Success }));
         QCOMPARE(site.prompter.busyDepth(), 0);
     }
 
@@ -237,10 +242,10 @@ private slots:
         TestSite site;
         UploadsFixture::addAll(site);
         auto script = scripted(site);
-        script->replies.append({false, 501, {}});
+        script->replies.append({ false, 501, {} });
         QVERIFY(UploadAll(*site.state));
         QCOMPARE(site.state->ResultText, u"False"_qs);
-        QCOMPARE(site.prompter.titles(), QStringList{u"Remitra error"_qs});
+        QCOMPARE(site.prompter.titles(), QStringList { u"Remitra error"_qs });
         // The files stay for inspection.
         QVERIFY(!site.fileBytes(site.state->SetupUploadName).isNull());
         QVERIFY(!site.fileBytes(site.state->TenantUploadName).isNull());
@@ -254,7 +259,7 @@ private slots:
         site.state->LoginMissing = true;
         QVERIFY(!UploadAll(*site.state));
         QVERIFY(script->calls.isEmpty());
-        QCOMPARE(site.prompter.texts(), QStringList{LoginNotice});
+        QCOMPARE(site.prompter.texts(), QStringList { LoginNotice });
         QVERIFY(site.fileBytes(site.state->SetupUploadName).isNull());
     }
 
