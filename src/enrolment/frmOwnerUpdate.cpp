@@ -1,9 +1,9 @@
 #include "enrolment/frmOwnerUpdate.h"
 
 #include "app/ProgramState.h"
+#include "app/QtCentre.h"
 #include "app/TopLevel.h"
 #include "enrolment/EnrolmentListWidget.h"
-#include "enrolment/QtWindowPlacement.h"
 #include "uploads/OwnerFile.h"
 
 #include <QHBoxLayout>
@@ -51,7 +51,7 @@ void frmOwnerUpdate::showEvent(QShowEvent *event)
     QDialog::showEvent(event);
     if (!m_centred) {
         m_centred = true;
-        centreOnScreen(this);
+        centreOnScreen(*this);
     }
 }
 

@@ -1,10 +1,10 @@
 #include "enrolment/frmTenantUpdate.h"
 
 #include "app/ProgramState.h"
+#include "app/QtCentre.h"
 #include "app/TopLevel.h"
 #include "core/Prompter.h"
 #include "enrolment/EnrolmentListWidget.h"
-#include "enrolment/QtWindowPlacement.h"
 #include "enrolment/TenantCsvExport.h"
 #include "uploads/TenantUpload.h"
 
@@ -60,7 +60,7 @@ void frmTenantUpdate::showEvent(QShowEvent *event)
     QDialog::showEvent(event);
     if (!m_centred) {
         m_centred = true;
-        centreOnScreen(this);
+        centreOnScreen(*this);
     }
 }
 

@@ -1,9 +1,9 @@
 #include "enrolment/frmVendorUpdate.h"
 
 #include "app/ProgramState.h"
+#include "app/QtCentre.h"
 #include "app/TopLevel.h"
 #include "enrolment/EnrolmentListWidget.h"
-#include "enrolment/QtWindowPlacement.h"
 #include "uploads/VendorFile.h"
 
 #include <QHBoxLayout>
@@ -51,7 +51,7 @@ void frmVendorUpdate::showEvent(QShowEvent *event)
     QDialog::showEvent(event);
     if (!m_centred) {
         m_centred = true;
-        centreOnScreen(this);
+        centreOnScreen(*this);
     }
 }
 

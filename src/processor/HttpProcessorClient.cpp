@@ -47,7 +47,8 @@ struct Transfer
 
     void run()
     {
-        std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> curl(curl_easy_init(), curl_easy_cleanup);
+        std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> curl(
+            curl_easy_init(), curl_easy_cleanup);
         if (!curl)
             return;
         CURL *h = curl.get();
@@ -127,7 +128,8 @@ void runWaiting(Transfer &transfer)
     app->installEventFilter(&blocker);
     QEventLoop loop;
     std::unique_ptr<QThread> worker(QThread::create([&transfer] { transfer.run(); }));
-    QObject::connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+    QObject::connect(
+        worker.get(), &QThread::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
     worker->start();
     loop.exec();
     worker->wait();
@@ -136,7 +138,8 @@ void runWaiting(Transfer &transfer)
 
 } // namespace
 
-HttpProcessorClient::HttpProcessorClient(int timeoutSeconds) : m_timeoutSeconds(timeoutSeconds)
+HttpProcessorClient::HttpProcessorClient(int timeoutSeconds)
+    : m_timeoutSeconds(timeoutSeconds)
 {
     initCurlOnce();
 }
@@ -174,15 +177,16 @@ bool HttpProcessorClient::isAllowedUrl(const QString &url)
 
 bool HttpProcessorClient::Transmit(const QString &setupText, const QString &tenantText)
 {
-    return post({{"setup", TransferFile::toAnsi(setupText)}, {"tenant", TransferFile::toAnsi(tenantText)}});
+    return post({ { "setup", TransferFile::toAnsi(setupText) },
+        { "tenant", TransferFile::toAnsi(tenantText) } });
 }
 
-bool HttpProcessorClient::TransmitPayees(const QString &payeeText, const QString &paymentText,
-                                         const QString &thirdText)
+bool HttpProcessorClient::TransmitPayees(
+    const QString &payeeText, const QString &paymentText, const QString &thirdText)
 {
-    return post({{"payee", TransferFile::toAnsi(payeeText)},
-                 {"payment", TransferFile::toAnsi(paymentText)},
-                 {"extra", TransferFile::toAnsi(thirdText)}});
+    return post({ { "payee", TransferFile::toAnsi(payeeText) },
+        { "payment", TransferFile::toAnsi(paymentText) },
+        { "extra", TransferFile::toAnsi(thirdText) } });
 }
 
 bool HttpProcessorClient::post(const Parts &parts)
@@ -194,8 +198,8 @@ bool HttpProcessorClient::post(const Parts &parts)
     }
     Transfer transfer;
     transfer.url = QUrl(m_url).toEncoded();
-    transfer.authorization =
-        "Authorization: Basic " + TransferFile::toAnsi(m_user + u':' + m_password).toBase64();
+    transfer.authorization
+        = "Authorization: Basic " + TransferFile::toAnsi(m_user + u':' + m_password).toBase64();
     transfer.parts = parts;
     transfer.timeoutSeconds = m_timeoutSeconds > 0 ? m_timeoutSeconds : 120;
     runWaiting(transfer);

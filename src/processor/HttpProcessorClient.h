@@ -41,8 +41,8 @@ public:
     QString ResponseText() const override { return m_responseText; }
 
     bool Transmit(const QString &setupText, const QString &tenantText) override;
-    bool TransmitPayees(const QString &payeeText, const QString &paymentText,
-                        const QString &thirdText) override;
+    bool TransmitPayees(
+        const QString &payeeText, const QString &paymentText, const QString &thirdText) override;
 
     // True when the URL may be used: https, or http to a loopback host
     // (127.0.0.0/8, localhost, ::1).

@@ -28,14 +28,15 @@ const QString kDeleteTitle = u"Delete File"_qs;
 
 struct Choice
 {
-    QString shown;       // the name written in the choice
+    QString shown; // the name written in the choice
     QString description;
 };
 
 } // namespace
 
 frmViewFiles::frmViewFiles(ProgramState &state, QWidget *parent)
-    : QWidget(parent, Qt::Window), m_state(state)
+    : QWidget(parent, Qt::Window)
+    , m_state(state)
 {
     setObjectName(u"frmViewFiles"_qs);
     setWindowTitle(u"Remitra Files"_qs);
@@ -79,8 +80,8 @@ frmViewFiles::frmViewFiles(ProgramState &state, QWidget *parent)
     // The choices are made after the other controls; keep the tab order
     // that of the layout.
     QWidget *previous = m_choices->button(8);
-    for (QWidget *next : {static_cast<QWidget *>(lstFileContents), static_cast<QWidget *>(cmdDelete),
-                          static_cast<QWidget *>(cmdExit)}) {
+    for (QWidget *next : { static_cast<QWidget *>(lstFileContents),
+             static_cast<QWidget *>(cmdDelete), static_cast<QWidget *>(cmdExit) }) {
         setTabOrder(previous, next);
         previous = next;
     }
@@ -101,38 +102,37 @@ frmViewFiles *frmViewFiles::open(ProgramState &state, QWidget *parent)
 
 QStringList frmViewFiles::fileNames() const
 {
-    return {m_state.SetupUploadName,
-            m_state.TenantUploadName,
-            m_state.OwnerUploadName,
-            m_state.VendorUploadName,
-            m_state.PaymentDownloadName,
-            u"DX_Quenta_PaymentFile_LastDownload.txt"_qs,
-            m_state.DisbursementUploadName,
-            u"DX_Quenta_Distribution_LastUpload.txt"_qs,
-            u"DX_Quenta_Distribution_Response.txt"_qs};
+    return { m_state.SetupUploadName, m_state.TenantUploadName, m_state.OwnerUploadName,
+        m_state.VendorUploadName, m_state.PaymentDownloadName,
+        u"DX_Quenta_PaymentFile_LastDownload.txt"_qs, m_state.DisbursementUploadName,
+        u"DX_Quenta_Distribution_LastUpload.txt"_qs, u"DX_Quenta_Distribution_Response.txt"_qs };
 }
 
 void frmViewFiles::Form_Load()
 {
-    labHeading->setText(u"These files are the files that are transferred to and from the payment processor."_qs
-                        + u" They are for viewing only, but if there is a problem within a file,"_qs
-                        + u" you can delete that file if instructed by a technician."_qs);
+    labHeading->setText(
+        u"These files are the files that are transferred to and from the payment processor."_qs
+        + u" They are for viewing only, but if there is a problem within a file,"_qs
+        + u" you can delete that file if instructed by a technician."_qs);
     const Choice choices[9] = {
-        {m_state.SetupUploadName,
-         u"This is the SETUP data (all Dwellix info) uploaded to the payment processor."_qs},
-        {m_state.TenantUploadName, u"These are the Remitra TENANTS uploaded to the payment processor."_qs},
-        {m_state.OwnerUploadName, u"These are the Remitra OWNERS uploaded to the payment processor."_qs},
-        {m_state.VendorUploadName, u"These are the Remitra VENDORS uploaded to the payment processor."_qs},
-        {m_state.PaymentDownloadName,
-         u"These are the CURRENT (not yet processed )TENANT PAYMENTS downloaded from the payment processor."_qs},
-        {u"DX_Quenta_PaymentFile_LastDownload"_qs,
-         u"These are the PREVIOUS TENANT PAYMENTS downloaded from the payment processor."_qs},
-        {m_state.DisbursementUploadName,
-         u"These are the OWNER and VENDOR PAYMENTS uploaded to the payment processor."_qs},
-        {u"DX_Quenta_Distribution_LastUpload"_qs,
-         u"These are the PREVIOUS OWNER and VENDOR PAYMENTS uploaded to the payment processor."_qs},
-        {u"DX_Quenta_Distribution_Response"_qs,
-         u"These are the responses for the OWNER and VENDOR PAYMENTS returned from the payment processor."_qs},
+        { m_state.SetupUploadName,
+            u"This is the SETUP data (all Dwellix info) uploaded to the payment processor."_qs },
+        { m_state.TenantUploadName,
+            u"These are the Remitra TENANTS uploaded to the payment processor."_qs },
+        { m_state.OwnerUploadName,
+            u"These are the Remitra OWNERS uploaded to the payment processor."_qs },
+        { m_state.VendorUploadName,
+            u"These are the Remitra VENDORS uploaded to the payment processor."_qs },
+        { m_state.PaymentDownloadName,
+            u"These are the CURRENT (not yet processed )TENANT PAYMENTS downloaded from the payment processor."_qs },
+        { u"DX_Quenta_PaymentFile_LastDownload"_qs,
+            u"These are the PREVIOUS TENANT PAYMENTS downloaded from the payment processor."_qs },
+        { m_state.DisbursementUploadName,
+            u"These are the OWNER and VENDOR PAYMENTS uploaded to the payment processor."_qs },
+        { u"DX_Quenta_Distribution_LastUpload"_qs,
+            u"These are the PREVIOUS OWNER and VENDOR PAYMENTS uploaded to the payment processor."_qs },
+        { u"DX_Quenta_Distribution_Response"_qs,
+            u"These are the responses for the OWNER and VENDOR PAYMENTS returned from the payment processor."_qs },
     };
     for (int i = 0; i < 9; ++i) {
         // "&" in a name would otherwise become a mnemonic.
@@ -187,7 +187,8 @@ void frmViewFiles::cmdDelete_Click()
         if (!m_fileExists)
             return;
         const Prompter::Answer answer = m_state.prompter().ask(
-            u"Are you SURE you want to delete the file: "_qs + m_currentName + u"?"_qs, kDeleteTitle);
+            u"Are you SURE you want to delete the file: "_qs + m_currentName + u"?"_qs,
+            kDeleteTitle);
         m_state.MsgAnswer = answer == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
         if (answer != Prompter::Answer::Yes)
             return;

@@ -27,8 +27,10 @@ size_t collect(char *data, size_t size, size_t count, void *target)
 
 } // namespace
 
-SandboxProcess::SandboxProcess(const QString &user, const QString &password, const QStringList &extraArguments)
-    : m_user(user), m_password(password)
+SandboxProcess::SandboxProcess(
+    const QString &user, const QString &password, const QStringList &extraArguments)
+    : m_user(user)
+    , m_password(password)
 {
     const QString program = QString::fromUtf8(QUENTA_SANDBOX_PATH);
     if (program.isEmpty()) {
@@ -36,8 +38,9 @@ SandboxProcess::SandboxProcess(const QString &user, const QString &password, con
         return;
     }
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(program, QStringList{u"--port"_qs, u"0"_qs, u"--user"_qs, user, u"--password"_qs, password}
-                                 + extraArguments);
+    m_process.start(program,
+        QStringList { u"--port"_qs, u"0"_qs, u"--user"_qs, user, u"--password"_qs, password }
+            + extraArguments);
     if (!m_process.waitForStarted(10000)) {
         qWarning("SandboxProcess: cannot start %s", qPrintable(program));
         return;
@@ -90,7 +93,8 @@ void SandboxProcess::useFor(ProgramState &state, int timeoutSeconds) const
     state.ProcessorUser = m_user;
     state.ProcessorPassword = m_password;
     state.LoginMissing = false;
-    state.ClientFactory = [timeoutSeconds] { return std::make_unique<HttpProcessorClient>(timeoutSeconds); };
+    state.ClientFactory
+        = [timeoutSeconds] { return std::make_unique<HttpProcessorClient>(timeoutSeconds); };
 }
 
 int SandboxProcess::control(const QString &pathAndQuery, const QByteArray &body, QByteArray *answer)
@@ -120,9 +124,11 @@ int SandboxProcess::control(const QString &pathAndQuery, const QByteArray &body,
     return int(status);
 }
 
-QStringList SandboxProcess::queueRent(const QString &amount, const QString &type, const QString &date)
+QStringList SandboxProcess::queueRent(
+    const QString &amount, const QString &type, const QString &date)
 {
-    QString query = u"/control/queue-rent?type="_qs + QString::fromUtf8(QUrl::toPercentEncoding(type));
+    QString query
+        = u"/control/queue-rent?type="_qs + QString::fromUtf8(QUrl::toPercentEncoding(type));
     if (!amount.isEmpty())
         query += u"&amount="_qs + QString::fromUtf8(QUrl::toPercentEncoding(amount));
     if (!date.isEmpty())
@@ -130,7 +136,8 @@ QStringList SandboxProcess::queueRent(const QString &amount, const QString &type
     QByteArray answer;
     control(query, {}, &answer);
     QStringList lines;
-    for (const QJsonValue &v : QJsonDocument::fromJson(answer).object().value(u"queued"_qs).toArray())
+    for (const QJsonValue &v :
+        QJsonDocument::fromJson(answer).object().value(u"queued"_qs).toArray())
         lines << v.toString();
     return lines;
 }
@@ -165,7 +172,8 @@ QList<SandboxProcess::Request> SandboxProcess::received()
     QByteArray answer;
     control(u"/control/received"_qs, {}, &answer);
     QList<Request> out;
-    for (const QJsonValue &v : QJsonDocument::fromJson(answer).object().value(u"requests"_qs).toArray()) {
+    for (const QJsonValue &v :
+        QJsonDocument::fromJson(answer).object().value(u"requests"_qs).toArray()) {
         const QJsonObject o = v.toObject();
         Request r;
         r.path = o.value(u"path"_qs).toString();

@@ -17,8 +17,8 @@ class SandboxProcess
 {
 public:
     explicit SandboxProcess(const QString &user = QStringLiteral("sandbox-user"),
-                            const QString &password = QStringLiteral("sandbox-pass"),
-                            const QStringList &extraArguments = {});
+        const QString &password = QStringLiteral("sandbox-pass"),
+        const QStringList &extraArguments = {});
     ~SandboxProcess();
 
     bool isRunning() const { return m_port != 0; }
@@ -39,7 +39,7 @@ public:
     // tenant's balance); type "Rent" or "Late Fee"; date M/D/YYYY or today.
     // Returns the queued payment lines.
     QStringList queueRent(const QString &amount = {}, const QString &type = QStringLiteral("Rent"),
-                          const QString &date = {});
+        const QString &date = {});
     // Queues payment lines to be downloaded exactly as given.
     void queueLines(const QStringList &lines);
 
@@ -56,8 +56,8 @@ public:
     {
         QString path;
         bool authorized = false;
-        int status = 0;       // -1 when the connection was dropped
-        QString outcome;      // answered, delayed, dropped, truncated
+        int status = 0; // -1 when the connection was dropped
+        QString outcome; // answered, delayed, dropped, truncated
         qint64 bodySize = 0;
         QMap<QString, QByteArray> parts; // raw bytes of each form part
     };

@@ -11,6 +11,7 @@
 #include <QElapsedTimer>
 #include <QPushButton>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QTest>
 #include <QTimer>
 
@@ -175,6 +176,28 @@ private slots:
         QCOMPARE(truncated->ResultCode(), 501);
         QCOMPARE(truncated->ResponseText(), QString());
         QCOMPARE(sandbox->requestCount(), 2);
+    }
+
+    void aConnectionClosedWhileSendingIsNotRetried()
+    {
+        // A server that hangs up once the upload has started to arrive.
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        int connections = 0;
+        connect(&server, &QTcpServer::newConnection, this, [&] {
+            while (QTcpSocket *socket = server.nextPendingConnection()) {
+                ++connections;
+                connect(socket, &QTcpSocket::readyRead, socket, [socket] {
+                    if (socket->bytesAvailable() > 0)
+                        socket->abort();
+                });
+            }
+        });
+        auto c = client(u"http://127.0.0.1:%1/qps/upload.php"_qs.arg(server.serverPort()), 10);
+        QVERIFY(!c->Transmit(QString(), QString(4 * 1024 * 1024, u'x')));
+        QCOMPARE(c->ResultCode(), 501);
+        QTest::qWait(200);
+        QCOMPARE(connections, 1);
     }
 
     void refusedUrlsSendNothing_data()

@@ -79,7 +79,7 @@ int SandboxRecords::recordPayees(const QString &text)
         if (action == u"delete"_qs)
             payees.remove(key);
         else
-            payees.insert(key, Payee{field(f, 1), field(f, 2), action});
+            payees.insert(key, Payee { field(f, 1), field(f, 2), action });
     }
     return int(lines.size());
 }
@@ -101,13 +101,14 @@ QString SandboxRecords::answerPayments(const QString &text)
             answer = payee + u',' + check + u',' + QString::number(limitCode) + u',' + limitReason;
         else
             answer = payee + u',' + check + u",0,Accepted"_qs;
-        payments.append({line, answer});
+        payments.append({ line, answer });
         out += answer + u"\r\n"_qs;
     }
     return out;
 }
 
-QStringList SandboxRecords::queueRent(const QString &amount, const QString &transType, const QDate &date)
+QStringList SandboxRecords::queueRent(
+    const QString &amount, const QString &transType, const QDate &date)
 {
     const QString when = date.toString(u"M/d/yyyy"_qs);
     QStringList lines;
@@ -122,7 +123,7 @@ QStringList SandboxRecords::queueRent(const QString &amount, const QString &tran
             pay = balance->toPlainText();
         }
         lines << it->property + u',' + it->unit + u',' + it.key() + u',' + pay + u',' + when + u','
-                     + QString::number(nextCheck++) + u',' + when + u",ACH,"_qs + transType;
+                + QString::number(nextCheck++) + u',' + when + u",ACH,"_qs + transType;
     }
     queued += lines;
     return lines;
@@ -157,27 +158,25 @@ QJsonObject SandboxRecords::toJson() const
     json.insert(u"units"_qs, plainMap(units));
     QJsonObject t;
     for (auto it = tenants.cbegin(); it != tenants.cend(); ++it) {
-        t.insert(it.key(), QJsonObject{{u"owner"_qs, it->owner},
-                                       {u"property"_qs, it->property},
-                                       {u"unit"_qs, it->unit},
-                                       {u"balance"_qs, it->balance},
-                                       {u"firstName"_qs, it->firstName},
-                                       {u"lastName"_qs, it->lastName},
-                                       {u"action"_qs, it->action}});
+        t.insert(it.key(),
+            QJsonObject { { u"owner"_qs, it->owner }, { u"property"_qs, it->property },
+                { u"unit"_qs, it->unit }, { u"balance"_qs, it->balance },
+                { u"firstName"_qs, it->firstName }, { u"lastName"_qs, it->lastName },
+                { u"action"_qs, it->action } });
     }
     json.insert(u"tenants"_qs, t);
     QJsonObject p;
     for (auto it = payees.cbegin(); it != payees.cend(); ++it) {
-        p.insert(it.key(), QJsonObject{{u"kind"_qs, it->kind},
-                                       {u"name"_qs, it->name},
-                                       {u"action"_qs, it->action}});
+        p.insert(it.key(),
+            QJsonObject {
+                { u"kind"_qs, it->kind }, { u"name"_qs, it->name }, { u"action"_qs, it->action } });
     }
     json.insert(u"payees"_qs, p);
     json.insert(u"queued"_qs, toArray(queued));
     json.insert(u"delivered"_qs, toArray(delivered));
     QJsonArray pay;
     for (const Payment &payment : payments)
-        pay.append(QJsonObject{{u"line"_qs, payment.line}, {u"answer"_qs, payment.answer}});
+        pay.append(QJsonObject { { u"line"_qs, payment.line }, { u"answer"_qs, payment.answer } });
     json.insert(u"payments"_qs, pay);
     json.insert(u"nextCheck"_qs, nextCheck);
     return json;
@@ -199,27 +198,26 @@ void SandboxRecords::fromJson(const QJsonObject &json)
     const QJsonObject t = json.value(u"tenants"_qs).toObject();
     for (auto it = t.begin(); it != t.end(); ++it) {
         const QJsonObject o = it.value().toObject();
-        tenants.insert(it.key(), Tenant{o.value(u"owner"_qs).toString(),
-                                        o.value(u"property"_qs).toString(),
-                                        o.value(u"unit"_qs).toString(),
-                                        o.value(u"balance"_qs).toString(),
-                                        o.value(u"firstName"_qs).toString(),
-                                        o.value(u"lastName"_qs).toString(),
-                                        o.value(u"action"_qs).toString()});
+        tenants.insert(it.key(),
+            Tenant { o.value(u"owner"_qs).toString(), o.value(u"property"_qs).toString(),
+                o.value(u"unit"_qs).toString(), o.value(u"balance"_qs).toString(),
+                o.value(u"firstName"_qs).toString(), o.value(u"lastName"_qs).toString(),
+                o.value(u"action"_qs).toString() });
     }
     payees.clear();
     const QJsonObject p = json.value(u"payees"_qs).toObject();
     for (auto it = p.begin(); it != p.end(); ++it) {
         const QJsonObject o = it.value().toObject();
-        payees.insert(it.key(), Payee{o.value(u"kind"_qs).toString(), o.value(u"name"_qs).toString(),
-                                      o.value(u"action"_qs).toString()});
+        payees.insert(it.key(),
+            Payee { o.value(u"kind"_qs).toString(), o.value(u"name"_qs).toString(),
+                o.value(u"action"_qs).toString() });
     }
     queued = fromArray(json.value(u"queued"_qs));
     delivered = fromArray(json.value(u"delivered"_qs));
     payments.clear();
     for (const QJsonValue &v : json.value(u"payments"_qs).toArray()) {
         const QJsonObject o = v.toObject();
-        payments.append({o.value(u"line"_qs).toString(), o.value(u"answer"_qs).toString()});
+        payments.append({ o.value(u"line"_qs).toString(), o.value(u"answer"_qs).toString() });
     }
     nextCheck = json.value(u"nextCheck"_qs).toInt(5001);
 }

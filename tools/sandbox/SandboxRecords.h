@@ -57,11 +57,11 @@ public:
     int limitCode = 7;
     QString limitReason = QStringLiteral("Amount exceeds the payment limit");
 
-    QMap<QString, QString> owners;     // "O7" -> name
+    QMap<QString, QString> owners; // "O7" -> name
     QMap<QString, QString> properties; // "P3" -> name
-    QMap<QString, QString> units;      // "U12" -> address
-    QMap<QString, Tenant> tenants;     // "T12"
-    QMap<QString, Payee> payees;       // "O7", "O%7", "V8"
+    QMap<QString, QString> units; // "U12" -> address
+    QMap<QString, Tenant> tenants; // "T12"
+    QMap<QString, Payee> payees; // "O7", "O%7", "V8"
     QStringList queued;
     QStringList delivered;
     QList<Payment> payments;

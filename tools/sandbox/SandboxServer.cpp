@@ -32,17 +32,28 @@ QByteArray header(const QHttpServerRequest &request, const QByteArray &name)
 QByteArray reasonPhrase(int status)
 {
     switch (status) {
-    case 200: return "OK";
-    case 302: return "Found";
-    case 400: return "Bad Request";
-    case 401: return "Unauthorized";
-    case 403: return "Forbidden";
-    case 404: return "Not Found";
-    case 405: return "Method Not Allowed";
-    case 500: return "Internal Server Error";
-    case 501: return "Not Implemented";
-    case 503: return "Service Unavailable";
-    default: return "Status";
+    case 200:
+        return "OK";
+    case 302:
+        return "Found";
+    case 400:
+        return "Bad Request";
+    case 401:
+        return "Unauthorized";
+    case 403:
+        return "Forbidden";
+    case 404:
+        return "Not Found";
+    case 405:
+        return "Method Not Allowed";
+    case 500:
+        return "Internal Server Error";
+    case 501:
+        return "Not Implemented";
+    case 503:
+        return "Service Unavailable";
+    default:
+        return "Status";
     }
 }
 
@@ -54,14 +65,17 @@ QByteArray json(const QJsonObject &object)
 } // namespace
 
 SandboxServer::SandboxServer(Options options, SandboxRecords records, QObject *parent)
-    : QObject(parent), m_options(std::move(options)), m_records(std::move(records))
+    : QObject(parent)
+    , m_options(std::move(options))
+    , m_records(std::move(records))
 {
     // Every request comes here: the processor's two scripts and the control
     // paths are told apart by hand, so that unknown paths, bad credentials
     // and forced answers are all handled in one place.
-    m_server.setMissingHandler([this](const QHttpServerRequest &request, QHttpServerResponder &&responder) {
-        handle(request, responder.socket());
-    });
+    m_server.setMissingHandler(
+        [this](const QHttpServerRequest &request, QHttpServerResponder &&responder) {
+            handle(request, responder.socket());
+        });
 }
 
 bool SandboxServer::start(QString *error)
@@ -110,14 +124,15 @@ void SandboxServer::saveRecords()
     if (m_options.stateFile.isEmpty())
         return;
     QSaveFile file(m_options.stateFile);
-    if (!file.open(QIODevice::WriteOnly) || file.write(json(m_records.toJson())) < 0 || !file.commit())
+    if (!file.open(QIODevice::WriteOnly) || file.write(json(m_records.toJson())) < 0
+        || !file.commit())
         qWarning("quenta-sandbox: cannot write the state file");
 }
 
 bool SandboxServer::authorized(const QHttpServerRequest &request) const
 {
-    const QByteArray expected = "Basic "
-        + TransferFile::toAnsi(m_options.user + u':' + m_options.password).toBase64();
+    const QByteArray expected
+        = "Basic " + TransferFile::toAnsi(m_options.user + u':' + m_options.password).toBase64();
     return header(request, "Authorization") == expected;
 }
 
@@ -138,17 +153,10 @@ void SandboxServer::handle(const QHttpServerRequest &request, QTcpSocket *socket
     }
 
     bool wellFormed = false;
-    const QMap<QByteArray, QByteArray> parts =
-        Multipart::parse(request.body(), Multipart::boundary(header(request, "Content-Type")), &wellFormed);
-    QJsonObject entry{{u"path"_qs, path},
-                      {u"method"_qs, request.method() == QHttpServerRequest::Method::Post ? u"POST"_qs
-                                                                                           : u"other"_qs},
-                      {u"authorized"_qs, isAuthorized},
-                      {u"bodySize"_qs, double(request.body().size())}};
-    QJsonObject partsJson;
-    for (auto it = parts.cbegin(); it != parts.cend(); ++it)
-        partsJson.insert(QString::fromLatin1(it.key()), QString::fromLatin1(it.value().toBase64()));
-    entry.insert(u"parts"_qs, partsJson);
+    const QMap<QByteArray, QByteArray> parts = Multipart::parse(
+        request.body(), Multipart::boundary(header(request, "Content-Type")), &wellFormed);
+    Received entry { path, request.method() == QHttpServerRequest::Method::Post, isAuthorized,
+        request.body().size(), parts, 0, {} };
 
     Force force;
     if (!m_forces.isEmpty())
@@ -168,12 +176,12 @@ void SandboxServer::handle(const QHttpServerRequest &request, QTcpSocket *socket
     } else {
         answer = processorAnswer(path, parts);
     }
-    entry.insert(u"status"_qs, force.drop ? -1 : answer.status);
-    entry.insert(u"outcome"_qs, force.drop ? u"dropped"_qs
-                                : force.truncate ? u"truncated"_qs
-                                : force.delayMs > 0 ? u"delayed"_qs
-                                                    : u"answered"_qs);
-    m_received.append(entry);
+    entry.status = force.drop ? -1 : answer.status;
+    entry.outcome = force.drop ? u"dropped"_qs
+        : force.truncate       ? u"truncated"_qs
+        : force.delayMs > 0    ? u"delayed"_qs
+                               : u"answered"_qs;
+    m_received.append(std::move(entry));
 
     if (force.drop) {
         socket->abort();
@@ -190,8 +198,8 @@ void SandboxServer::handle(const QHttpServerRequest &request, QTcpSocket *socket
     send(socket, answer, force.truncate);
 }
 
-SandboxServer::Answer SandboxServer::processorAnswer(const QString &path,
-                                                     const QMap<QByteArray, QByteArray> &parts)
+SandboxServer::Answer SandboxServer::processorAnswer(
+    const QString &path, const QMap<QByteArray, QByteArray> &parts)
 {
     Answer answer;
     if (path == kUpload) {
@@ -225,23 +233,24 @@ SandboxServer::Answer SandboxServer::control(const QString &path, const QHttpSer
     Answer answer;
     answer.contentType = "application/json";
     if (path == u"/control/ping"_qs) {
-        answer.body = json({{u"ok"_qs, true}});
+        answer.body = json({ { u"ok"_qs, true } });
     } else if (path == u"/control/queue-rent"_qs) {
         QString type = query.queryItemValue(u"type"_qs, QUrl::FullyDecoded);
         if (type.isEmpty())
             type = u"Rent"_qs;
-        QDate date = QDate::fromString(query.queryItemValue(u"date"_qs, QUrl::FullyDecoded), u"M/d/yyyy"_qs);
+        QDate date = QDate::fromString(
+            query.queryItemValue(u"date"_qs, QUrl::FullyDecoded), u"M/d/yyyy"_qs);
         if (!date.isValid())
             date = QDate::currentDate();
         const QString amount = query.queryItemValue(u"amount"_qs, QUrl::FullyDecoded);
         if (!amount.isEmpty() && !Currency::parse(amount)) {
             answer.status = 400;
-            answer.body = json({{u"error"_qs, u"amount is not a number"_qs}});
+            answer.body = json({ { u"error"_qs, u"amount is not a number"_qs } });
             return answer;
         }
         const QStringList lines = m_records.queueRent(amount, type, date);
         saveRecords();
-        answer.body = json({{u"queued"_qs, QJsonArray::fromStringList(lines)}});
+        answer.body = json({ { u"queued"_qs, QJsonArray::fromStringList(lines) } });
     } else if (path == u"/control/queue-lines"_qs) {
         QStringList lines;
         for (QString line : TransferFile::fromAnsi(request.body()).split(u'\n')) {
@@ -252,7 +261,7 @@ SandboxServer::Answer SandboxServer::control(const QString &path, const QHttpSer
         }
         m_records.queueLines(lines);
         saveRecords();
-        answer.body = json({{u"queued"_qs, QJsonArray::fromStringList(lines)}});
+        answer.body = json({ { u"queued"_qs, QJsonArray::fromStringList(lines) } });
     } else if (path == u"/control/next"_qs) {
         Force force;
         force.status = query.queryItemValue(u"status"_qs).toInt();
@@ -261,22 +270,19 @@ SandboxServer::Answer SandboxServer::control(const QString &path, const QHttpSer
         force.truncate = query.queryItemValue(u"truncate"_qs) == u"1"_qs;
         force.body = request.body();
         m_forces.enqueue(force);
-        answer.body = json({{u"forced"_qs, int(m_forces.size())}});
+        answer.body = json({ { u"forced"_qs, int(m_forces.size()) } });
     } else if (path == u"/control/received"_qs) {
         QJsonObject counts;
-        for (const QJsonValue &v : std::as_const(m_received)) {
-            const QString p = v.toObject().value(u"path"_qs).toString();
-            counts.insert(p, counts.value(p).toInt() + 1);
-        }
-        answer.body = json({{u"total"_qs, int(m_received.size())},
-                            {u"counts"_qs, counts},
-                            {u"requests"_qs, m_received}});
+        for (const Received &r : std::as_const(m_received))
+            counts.insert(r.path, counts.value(r.path).toInt() + 1);
+        answer.body = json({ { u"total"_qs, int(m_received.size()) }, { u"counts"_qs, counts },
+            { u"requests"_qs, receivedJson() } });
     } else if (path == u"/control/records"_qs) {
         answer.body = json(m_records.toJson());
     } else if (path == u"/control/clear"_qs) {
-        m_received = QJsonArray();
+        m_received.clear();
         m_forces.clear();
-        answer.body = json({{u"ok"_qs, true}});
+        answer.body = json({ { u"ok"_qs, true } });
     } else {
         answer.status = 404;
         answer.body.clear();
@@ -284,10 +290,25 @@ SandboxServer::Answer SandboxServer::control(const QString &path, const QHttpSer
     return answer;
 }
 
+QJsonArray SandboxServer::receivedJson() const
+{
+    QJsonArray out;
+    for (const Received &r : m_received) {
+        QJsonObject parts;
+        for (auto it = r.parts.cbegin(); it != r.parts.cend(); ++it)
+            parts.insert(QString::fromLatin1(it.key()), QString::fromLatin1(it.value().toBase64()));
+        out.append(QJsonObject { { u"path"_qs, r.path },
+            { u"method"_qs, r.post ? u"POST"_qs : u"other"_qs }, { u"authorized"_qs, r.authorized },
+            { u"bodySize"_qs, double(r.bodySize) }, { u"parts"_qs, parts },
+            { u"status"_qs, r.status }, { u"outcome"_qs, r.outcome } });
+    }
+    return out;
+}
+
 void SandboxServer::send(QTcpSocket *socket, const Answer &answer, bool truncate)
 {
-    QByteArray head = "HTTP/1.1 " + QByteArray::number(answer.status) + ' ' + reasonPhrase(answer.status)
-        + "\r\nContent-Type: " + answer.contentType
+    QByteArray head = "HTTP/1.1 " + QByteArray::number(answer.status) + ' '
+        + reasonPhrase(answer.status) + "\r\nContent-Type: " + answer.contentType
         + "\r\nContent-Length: " + QByteArray::number(answer.body.size())
         + "\r\nConnection: close\r\n";
     if (answer.status == 302)

@@ -45,11 +45,11 @@ private:
     // How the next processor request is to be answered instead of normally.
     struct Force
     {
-        int status = 0;          // answer with this code, without processing
-        QByteArray body;         // body for that answer
-        int delayMs = 0;         // process, then answer after this long
-        bool drop = false;       // process, then close without answering
-        bool truncate = false;   // process, then send half the body and close
+        int status = 0; // answer with this code, without processing
+        QByteArray body; // body for that answer
+        int delayMs = 0; // process, then answer after this long
+        bool drop = false; // process, then close without answering
+        bool truncate = false; // process, then send half the body and close
     };
     struct Answer
     {
@@ -69,6 +69,19 @@ private:
     SandboxRecords m_records;
     QHttpServer m_server;
     quint16 m_port = 0;
+    // What came in, kept raw; turned into JSON only when asked for.
+    struct Received
+    {
+        QString path;
+        bool post = false;
+        bool authorized = false;
+        qint64 bodySize = 0;
+        QMap<QByteArray, QByteArray> parts;
+        int status = 0;
+        QString outcome;
+    };
+    QJsonArray receivedJson() const;
+
     QQueue<Force> m_forces;
-    QJsonArray m_received;
+    QList<Received> m_received;
 };

@@ -17,20 +17,22 @@ int main(int argc, char *argv[])
     parser.setApplicationDescription(
         u"Simulated Quenta Payment Services processor on a loopback address."_qs);
     parser.addHelpOption();
-    const QCommandLineOption portOption(u"port"_qs, u"Port to listen on (0: any free port)."_qs, u"P"_qs, u"0"_qs);
-    const QCommandLineOption userOption(u"user"_qs, u"User name the processor accepts."_qs, u"U"_qs);
-    const QCommandLineOption passwordOption(u"password"_qs, u"Password the processor accepts."_qs, u"W"_qs);
-    const QCommandLineOption stateOption(u"state"_qs, u"Keep the records in this file across restarts."_qs,
-                                         u"FILE"_qs);
-    const QCommandLineOption hostOption(u"host"_qs, u"Loopback address to bind."_qs, u"ADDRESS"_qs,
-                                        u"127.0.0.1"_qs);
-    const QCommandLineOption limitOption(u"payment-limit"_qs,
-                                         u"Reject distribution payments above this amount."_qs, u"AMOUNT"_qs);
+    const QCommandLineOption portOption(
+        u"port"_qs, u"Port to listen on (0: any free port)."_qs, u"P"_qs, u"0"_qs);
+    const QCommandLineOption userOption(
+        u"user"_qs, u"User name the processor accepts."_qs, u"U"_qs);
+    const QCommandLineOption passwordOption(
+        u"password"_qs, u"Password the processor accepts."_qs, u"W"_qs);
+    const QCommandLineOption stateOption(
+        u"state"_qs, u"Keep the records in this file across restarts."_qs, u"FILE"_qs);
+    const QCommandLineOption hostOption(
+        u"host"_qs, u"Loopback address to bind."_qs, u"ADDRESS"_qs, u"127.0.0.1"_qs);
+    const QCommandLineOption limitOption(
+        u"payment-limit"_qs, u"Reject distribution payments above this amount."_qs, u"AMOUNT"_qs);
     const QCommandLineOption limitCodeOption(u"limit-code"_qs,
-                                             u"Result code for a payment above the limit (default 7)."_qs,
-                                             u"CODE"_qs, u"7"_qs);
-    parser.addOptions({portOption, userOption, passwordOption, stateOption, hostOption, limitOption,
-                       limitCodeOption});
+        u"Result code for a payment above the limit (default 7)."_qs, u"CODE"_qs, u"7"_qs);
+    parser.addOptions({ portOption, userOption, passwordOption, stateOption, hostOption,
+        limitOption, limitCodeOption });
     parser.process(app);
 
     auto fail = [](const QString &text) {
@@ -62,7 +64,8 @@ int main(int argc, char *argv[])
     }
     records.limitCode = parser.value(limitCodeOption).toInt();
     QString error;
-    if (!options.stateFile.isEmpty() && !SandboxServer::loadRecords(options.stateFile, records, &error))
+    if (!options.stateFile.isEmpty()
+        && !SandboxServer::loadRecords(options.stateFile, records, &error))
         return fail(error);
 
     SandboxServer server(options, std::move(records));
@@ -73,7 +76,7 @@ int main(int argc, char *argv[])
     std::printf("%s/qps/upload.php\n", qPrintable(server.baseUrl()));
     std::printf("payee URL: %s/qps/evendorpay.php\n", qPrintable(server.baseUrl()));
     std::printf("control: %s/control/{ping,queue-rent,queue-lines,next,received,records,clear}\n",
-                qPrintable(server.baseUrl()));
+        qPrintable(server.baseUrl()));
     std::fflush(stdout);
     return app.exec();
 }

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QString>
+
+class LoginScreen;
+class ProgramState;
+
+// The stored form of a credential: every character replaced by the one whose
+// ANSI code is 3 higher. A character of code 253 or more raises
+// RuntimeError::invalidArgument().
+QString EncodeSetting(const QString &text);
+// The plain form: every character replaced by the one whose ANSI code is 3
+// lower. A character below code 3 raises RuntimeError::invalidArgument().
+QString DecodeSetting(const QString &text);
+
+// The processor credentials kept between runs: organisation and application
+// "Dwellix", group "Parameters", keys "username", "password", "url", values
+// encoded. state.SettingsFile names an INI file to use instead of the user's
+// own settings store.
+class Credentials
+{
+public:
+    static constexpr auto UserKey = "username";
+    static constexpr auto PasswordKey = "password";
+    static constexpr auto UrlKey = "url";
+
+    // The stored (encoded) values; a missing key reads as "".
+    struct Stored
+    {
+        QString username;
+        QString password;
+        QString url;
+    };
+    static Stored read(const ProgramState &state);
+    // Writes the three already-encoded values, in the order username,
+    // password, url.
+    static void save(const ProgramState &state, const Stored &stored);
+    // Encodes ProcessorUser, ProcessorPassword and ProcessorUrl and saves them.
+    static void saveFromState(const ProgramState &state);
+
+    // "Reset Log in" of the main menu: shows the login screen; a complete
+    // entry is saved, otherwise the login notice is shown.
+    static void resetLogIn(ProgramState &state, LoginScreen &login);
+
+    // The notice shown wherever the processor is needed and the credentials
+    // are incomplete.
+    static void showLoginNotice(ProgramState &state);
+    static QString loginNoticeText();
+    static QString loginNoticeTitle();
+};

@@ -1,0 +1,135 @@
+#include "app/Startup.h"
+
+#include "app/Credentials.h"
+#include "app/LoginScreen.h"
+#include "app/ProgramState.h"
+#include "core/Prompter.h"
+#include "core/RuntimeError.h"
+#include "core/VbText.h"
+#include "hostdb/HostDb.h"
+#include "processor/RentDownload.h"
+
+#include <QFileInfo>
+
+namespace {
+
+// The credentials at start-up: the stored values, or, when one of them is
+// missing, what the user enters on the login screen. Returns false when the
+// entry stays incomplete (the login notice has been shown then).
+bool readCredentials(ProgramState &state, LoginScreen &login)
+{
+    Credentials::Stored stored = Credentials::read(state);
+    if (stored.username.isEmpty() || stored.password.isEmpty() || stored.url.isEmpty()) {
+        login.showLogin(state);
+        if (state.LoginMissing) {
+            Credentials::showLoginNotice(state);
+            return false;
+        }
+        // A cancelled screen left the state values empty: empty values are
+        // saved then, and the entry counts as missing below.
+        stored = { EncodeSetting(state.ProcessorUser), EncodeSetting(state.ProcessorPassword),
+            EncodeSetting(state.ProcessorUrl) };
+        Credentials::save(state, stored);
+    }
+    state.ProcessorUser = DecodeSetting(stored.username);
+    state.ProcessorPassword = DecodeSetting(stored.password);
+    state.ProcessorUrl = DecodeSetting(stored.url);
+    state.LoginMissing = state.ProcessorUser.isEmpty() || state.ProcessorPassword.isEmpty()
+        || state.ProcessorUrl.isEmpty();
+    return true;
+}
+
+void buildFileNames(ProgramState &state)
+{
+    state.SiteCode = u"DXRM"_qs;
+    const QString site = VbText::Trim(state.SiteCode);
+    state.SetupUploadName = u"DX_Quenta_Setup_"_qs + site + u".txt"_qs;
+    state.TenantUploadName = u"DX_Quenta_Tenant_"_qs + site + u".txt"_qs;
+    state.PaymentDownloadName = u"DX_Quenta_PaymentFile.txt"_qs;
+    state.OwnerUploadName = u"DX_Quenta_Owner_"_qs + site + u".txt"_qs;
+    state.VendorUploadName = u"DX_Quenta_Vendor_"_qs + site + u".txt"_qs;
+    state.DisbursementUploadName = u"DX_Quenta_DisbursementPayment.txt"_qs;
+}
+
+} // namespace
+
+Startup::Outcome Startup::run(ProgramState &state, LoginScreen &login)
+{
+    return run(state, login, CheckForPaymentFile);
+}
+
+Startup::Outcome Startup::run(
+    ProgramState &state, LoginScreen &login, const PaymentCheck &paymentCheck)
+{
+    try {
+        state.LoginMissing = false;
+        state.DisbursementEnabled = true;
+        const QString sqlite = state.pathOf(QString::fromLatin1(HostDb::SqliteFileName));
+        state.DatabasePath = QFileInfo(sqlite).isFile()
+            ? sqlite
+            : state.pathOf(QString::fromLatin1(HostDb::AccessFileName));
+
+        auto db = HostDb::openFolder(state.folder());
+        db->verifySchema();
+        state.DatabasePath = db->path();
+        state.setHostDb(std::move(db));
+
+        if (!readCredentials(state, login))
+            return Outcome::ShowMainMenu;
+
+        if (!state.LoginMissing) {
+            buildFileNames(state);
+            paymentCheck(state);
+        } else {
+            Credentials::showLoginNotice(state);
+        }
+        return Outcome::ShowMainMenu;
+    } catch (const RuntimeError &error) {
+        state.prompter().resetBusy();
+        switch (error.number()) {
+        case 3024:
+            // An Access file that is there but cannot be opened (no driver
+            // on this computer) is not a missing file: its reason is shown.
+            if (QFileInfo(state.DatabasePath).isFile())
+                state.prompter().notice(error.description(), u"Remitra"_qs);
+            else
+                state.prompter().notice(dataFileNotFoundText(), u"Remitra"_qs);
+            break;
+        case 3265:
+            state.prompter().notice(fieldNotFoundText(), u"Remitra"_qs);
+            break;
+        default:
+            // Any other failure during start-up: the error's number and
+            // description, and the program ends (the main menu would be of
+            // no use after a start-up that broke off half-way).
+            state.prompter().notice(
+                QString::number(error.number()) + u"\n\n"_qs + error.description(),
+                errorMessageTitle(), Prompter::Icon::Critical);
+            break;
+        }
+        return Outcome::EndProgram;
+    }
+}
+
+QString Startup::versionText()
+{
+    return QString::number(REMITRA_VERSION_MAJOR) + u'.' + QString::number(REMITRA_VERSION_MINOR)
+        + u'.' + QString::number(REMITRA_VERSION_PATCH);
+}
+
+QString Startup::dataFileNotFoundText()
+{
+    return u"Dwellix data file not found - be sure that the Remitra Program is copied into the "
+           u"same "
+           "directory or folder as the main Dwellix Program."_qs;
+}
+
+QString Startup::fieldNotFoundText()
+{
+    return u"Company Remitra field not found"_qs;
+}
+
+QString Startup::errorMessageTitle()
+{
+    return u"Remitra Error Message"_qs;
+}

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "core/Currency.h"
+#include "disburse/PaymentRow.h"
+#include "hostdb/HostDb.h"
+
+#include <QList>
+#include <QSqlQuery>
+#include <QVariant>
+
+#include <array>
+
+// The host writes that move a paid check from the entered checks to the
+// printed checks and post its split lines to the ledgers. Every statement is
+// prepared once and reused for each row; the caller holds the transaction.
+class CheckPosting
+{
+public:
+    explicit CheckPosting(const HostDb &db);
+
+    // A split line of an entered check.
+    struct Split
+    {
+        qint64 splitId = 0;
+        QVariant amount;
+        QVariant accountId;
+        QVariant postToId;
+        QVariant remark;
+        QVariant status;
+        QString type;
+        QVariant postTo;
+    };
+
+    // Adds the printed check (status "P", split "Y", type "C", no account,
+    // post-to id or number, post-to "") copied from the entered check and
+    // returns its new CkID.
+    qint64 addPrintedCheck(const PaymentRow &check);
+    // Sets CkType "X" on the entered check.
+    void markEnteredPaid(qint64 ckId);
+    // The split lines of an entered check, in the order they were entered.
+    QList<Split> splitsOf(qint64 ckId);
+    // Copies a split line under the printed check with minus its absolute
+    // amount.
+    void addPrintedSplit(qint64 printedCkId, const Split &split);
+    // Sets CkType "X" on the split line.
+    void markSplitPaid(qint64 splitId);
+
+    // Adds amount to the balance of the first owner ("O"), property ("P"),
+    // tenant ("T") or unit ("U") with the id. "B" changes the tenant and then
+    // the tenant's unit, when there is one. False when the record (for "B":
+    // the tenant) is not there; nothing is changed then.
+    bool addToBalance(const QString &code, qint64 id, Currency amount);
+
+    struct LedgerEntry
+    {
+        Currency amount;
+        QVariant date;
+        qint32 accountId = 0;
+        qint32 postToId = 0;
+        QString code;
+        QString remark;
+        std::array<qint32, 4> targets {}; // owner, property, unit, tenant
+    };
+    // Adds the ledger transaction of a posted split line (type "C", tax "N",
+    // no check number). The unit goes to TransTID and the tenant to
+    // TransUID, as the host's own check posting stores them.
+    void addTransaction(const LedgerEntry &t);
+
+    // Deletes every split line marked "X".
+    void deleteEnteredSplits();
+    // Deletes the entered check if it is marked "X".
+    void deleteEnteredIfPaid(qint64 ckId);
+
+private:
+    bool addTo(QSqlQuery &find, QSqlQuery &update, qint64 id, Currency amount);
+
+    QSqlQuery m_addPrinted, m_markEntered, m_splits, m_addSplit, m_markSplit, m_addTransaction;
+    QSqlQuery m_findOwner, m_setOwner, m_findProperty, m_setProperty, m_findTenant, m_setTenant,
+        m_findUnit, m_setUnit;
+    QSqlQuery m_deleteSplits, m_deleteEntered;
+};

@@ -1,0 +1,262 @@
+#include "TestSupport.h"
+
+#include "app/Credentials.h"
+#include "app/Startup.h"
+#include "app/frmLogin.h"
+#include "app/frmRemitraMain.h"
+
+#include <QApplication>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QTest>
+#include <QTimer>
+
+namespace {
+
+const QStringList kGatedByLogin
+    = { u"cmdUploadAll"_qs, u"cmdDownloadPayment"_qs, u"cmdTenantUpdate"_qs };
+const QStringList kGatedByDisbursement
+    = { u"cmdOwnerUpdate"_qs, u"cmdVendorUpdate"_qs, u"cmdMakePayments"_qs };
+
+// Acts on the login screen once it is shown modally: types the entries
+// (null: leave the box alone) and presses the button.
+void onLoginScreen(const QString &user, const QString &password, const QString &url,
+    const char *buttonName, bool *openedEmpty = nullptr)
+{
+    QTimer::singleShot(0, [=] {
+        auto *screen = qobject_cast<frmLogin *>(QApplication::activeModalWidget());
+        if (!screen) {
+            onLoginScreen(user, password, url, buttonName, openedEmpty);
+            return;
+        }
+        const std::pair<const char *, QString> boxes[]
+            = { { "txtUserName", user }, { "txtPassword", password }, { "txtURL", url } };
+        bool empty = true;
+        for (const auto &[name, text] : boxes) {
+            auto *box = screen->findChild<QLineEdit *>(QString::fromLatin1(name));
+            empty = empty && box->text().isEmpty();
+            if (!text.isNull())
+                QTest::keyClicks(box, text);
+        }
+        if (openedEmpty)
+            *openedEmpty = empty;
+        QTest::mouseClick(
+            screen->findChild<QPushButton *>(QString::fromLatin1(buttonName)), Qt::LeftButton);
+    });
+}
+
+struct MenuSite
+{
+    MenuSite()
+    {
+        site.state->SettingsFile = site.path(u"remitra.ini"_qs);
+        menu = std::make_unique<frmRemitraMain>(*site.state);
+    }
+    void click(const QString &name)
+    {
+        auto *b = menu->findChild<QPushButton *>(name);
+        QVERIFY2(b, qPrintable(name));
+        QTest::mouseClick(b, Qt::LeftButton);
+    }
+    QVariant stored(const char *key) const
+    {
+        return QSettings(site.state->SettingsFile, QSettings::IniFormat)
+            .value(u"Parameters/"_qs + QString::fromLatin1(key));
+    }
+    TestSite site;
+    std::unique_ptr<frmRemitraMain> menu;
+};
+
+} // namespace
+
+class TestScreens : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+
+    void mainMenuTexts()
+    {
+        MenuSite s;
+        frmRemitraMain &m = *s.menu;
+        QCOMPARE(m.windowTitle(), u"Remitra Main Menu"_qs);
+        auto text = [&](const char *name) {
+            const QString n = QString::fromLatin1(name);
+            if (auto *l = m.findChild<QLabel *>(n))
+                return l->text();
+            if (auto *b = m.findChild<QPushButton *>(n))
+                return b->text();
+            if (auto *f = m.findChild<QGroupBox *>(n))
+                return f->title();
+            return u"<missing>"_qs;
+        };
+        QVERIFY(text("labIntro").startsWith(u"Welcome to Dwellix Remitra! Choose"_qs));
+        QCOMPARE(
+            text("fraOption1"), u"Upload ALL Dwellix Owners, Properties, Units, and Tenants"_qs);
+        QCOMPARE(text("fraOption2"), u"Check for any Tenant rent payments"_qs);
+        QCOMPARE(
+            text("fraOption3"), u"Activate your Owners, Tenants, or Vendors to use Remitra "_qs);
+        QVERIFY(text("fraOption4") != u"<missing>"_qs);
+        QVERIFY(text("Label1").startsWith(u"Use this step ONLY"_qs));
+        QVERIFY(text("labStep2").endsWith(u"create a register entry."_qs));
+        QVERIFY(text("labStep3").startsWith(u"Perform this step"_qs));
+        QVERIFY(text("labStep4").endsWith(u"for payment using Remitra."_qs));
+        const QStringList captions = { text("cmdUploadAll"), text("cmdDownloadPayment"),
+            text("cmdTenantUpdate"), text("cmdOwnerUpdate"), text("cmdVendorUpdate"),
+            text("cmdMakePayments"), text("cmdLogin"), text("cmdViewFiles"), text("cmdExit") };
+        QCOMPARE(captions,
+            (QStringList { u"&Upload All Info NOW"_qs, u"&Download and Post Rent Payments"_qs,
+                u"&Activate or Change TENANTS"_qs, u"&Activate or Change OWNERS"_qs,
+                u"&Activate or Change VENDORS"_qs, u"Make Payments to Owners and Vendors"_qs,
+                u"Reset Log in"_qs, u"View Files"_qs, u"&Exit"_qs }));
+    }
+
+    void loginMissingRefusesEveryProcessorCommand()
+    {
+        MenuSite s;
+        s.site.state->LoginMissing = true;
+        for (const QString &name : kGatedByLogin + kGatedByDisbursement) {
+            s.site.prompter.clear();
+            s.click(name);
+            QCOMPARE(s.site.prompter.texts(), QStringList { Credentials::loginNoticeText() });
+            QCOMPARE(s.site.prompter.titles(), QStringList { u"Login Message"_qs });
+        }
+        s.site.prompter.clear();
+        s.click(u"cmdViewFiles"_qs);
+        QVERIFY(s.site.prompter.shown().isEmpty());
+        QVERIFY(!s.site.state->EndRequested);
+    }
+
+    void disbursementSwitchComesBeforeTheLogin()
+    {
+        MenuSite s;
+        s.site.state->LoginMissing = true;
+        s.site.state->DisbursementEnabled = false;
+        for (const QString &name : kGatedByDisbursement) {
+            s.site.prompter.clear();
+            s.click(name);
+            QCOMPARE(
+                s.site.prompter.texts(), QStringList { frmRemitraMain::notYetAvailableText() });
+            QCOMPARE(s.site.prompter.titles(), QStringList { u"Dwellix Remitra"_qs });
+        }
+        for (const QString &name : kGatedByLogin) {
+            s.site.prompter.clear();
+            s.click(name);
+            QCOMPARE(s.site.prompter.titles(), QStringList { u"Login Message"_qs });
+        }
+        QVERIFY(!s.site.state->DisbursementEnabled);
+
+        // With the login present, the switch alone still refuses.
+        s.site.state->LoginMissing = false;
+        s.site.prompter.clear();
+        for (const QString &name : kGatedByDisbursement)
+            s.click(name);
+        QCOMPARE(s.site.prompter.titles(), QStringList(3, u"Dwellix Remitra"_qs));
+    }
+
+    void completeLoginLetsCommandsThrough()
+    {
+        MenuSite s;
+        for (const QString &name : { u"cmdUploadAll"_qs, u"cmdTenantUpdate"_qs,
+                 u"cmdOwnerUpdate"_qs, u"cmdVendorUpdate"_qs, u"cmdMakePayments"_qs })
+            s.click(name);
+        QVERIFY(s.site.prompter.shown().isEmpty());
+    }
+
+    void loginScreenTrimsAndSetsLoginMissing()
+    {
+        TestSite site;
+        ProgramState &state = *site.state;
+        bool openedEmpty = false;
+        onLoginScreen(
+            u"  acme  "_qs, u" pass"_qs, u"http://h/qps/upload.php "_qs, "cmdSave", &openedEmpty);
+        frmLogin::showModal(state, nullptr);
+        QVERIFY(openedEmpty); // the current values are never shown
+        QCOMPARE(state.ProcessorUser, u"acme"_qs);
+        QCOMPARE(state.ProcessorPassword, u"pass"_qs);
+        QCOMPARE(state.ProcessorUrl, u"http://h/qps/upload.php"_qs);
+        QVERIFY(!state.LoginMissing);
+
+        // Blanks only count as empty.
+        onLoginScreen(u"acme"_qs, u"   "_qs, u"http://h"_qs, "cmdSave");
+        frmLogin::showModal(state, nullptr);
+        QVERIFY(state.LoginMissing);
+        QCOMPARE(state.ProcessorPassword, u""_qs);
+
+        // Cancel changes nothing, LoginMissing included.
+        onLoginScreen(u"other"_qs, u"x"_qs, u"y"_qs, "cmdCancel");
+        frmLogin::showModal(state, nullptr);
+        QVERIFY(state.LoginMissing);
+        QCOMPARE(state.ProcessorUser, u"acme"_qs);
+        QVERIFY(site.prompter.shown().isEmpty());
+    }
+
+    void resetLogInSavesOnlyCompleteEntries()
+    {
+        MenuSite s;
+        ProgramState &state = *s.site.state;
+
+        onLoginScreen(u"acme"_qs, u"pass"_qs, u"https://pay.example/qps/upload.php"_qs, "cmdSave");
+        s.click(u"cmdLogin"_qs);
+        QVERIFY(!state.LoginMissing);
+        QVERIFY(s.site.prompter.shown().isEmpty());
+        QCOMPARE(s.stored("username").toString(), u"dfph"_qs);
+        QCOMPARE(s.stored("password").toString(), u"sdvv"_qs);
+        QCOMPARE(
+            s.stored("url").toString(), EncodeSetting(u"https://pay.example/qps/upload.php"_qs));
+        // The names built at start-up are left as they are.
+        QCOMPARE(state.SetupUploadName, u"DX_Quenta_Setup_DXRM.txt"_qs);
+
+        // Cancel while complete: nothing changes, and the same values are
+        // saved again.
+        QSettings(state.SettingsFile, QSettings::IniFormat).remove(u"Parameters"_qs);
+        onLoginScreen(u"zzz"_qs, {}, {}, "cmdCancel");
+        s.click(u"cmdLogin"_qs);
+        QVERIFY(!state.LoginMissing);
+        QCOMPARE(s.stored("password").toString(), u"sdvv"_qs);
+        QVERIFY(s.site.prompter.shown().isEmpty());
+
+        // An incomplete entry: the notice, and the store is left alone.
+        onLoginScreen(u"newuser"_qs, u"newpass"_qs, u"  "_qs, "cmdSave");
+        s.click(u"cmdLogin"_qs);
+        QVERIFY(state.LoginMissing);
+        QCOMPARE(s.site.prompter.titles(), QStringList { u"Login Message"_qs });
+        QCOMPARE(s.stored("username").toString(), u"dfph"_qs);
+        s.site.prompter.clear();
+        s.click(u"cmdTenantUpdate"_qs);
+        QCOMPARE(s.site.prompter.titles(), QStringList { u"Login Message"_qs });
+    }
+
+    void firstStartAsksForLogin()
+    {
+        MenuSite s;
+        ProgramState state(s.site.prompter, s.site.folder());
+        state.SettingsFile = s.site.path(u"first-run.ini"_qs);
+        // A payment file is already waiting, so the payment check at the end
+        // of start-up stops at its notice instead of calling the processor.
+        s.site.writeIdFile({ u"Rent Income;4000;B"_qs, u"Rent"_qs, u"Management Fee;5200;U"_qs,
+            u"Fee"_qs, u"Late Fee;4100;T"_qs, u"Late"_qs });
+        s.site.writeFile(u"DX_Quenta_PaymentFile.txt"_qs, "waiting\r\n");
+        frmRemitraMain menu(state);
+
+        onLoginScreen(u"acme"_qs, u"pass"_qs, u"http://127.0.0.1:9/qps/upload.php"_qs, "cmdSave");
+        QVERIFY(menu.Form_Load());
+        QCOMPARE(menu.findChild<QLabel *>(u"labVersion"_qs)->text(), Startup::versionText());
+        // The payment check ran and found the waiting file.
+        QCOMPARE(s.site.prompter.titles(), QStringList{u"Remitra Notice"_qs});
+        QVERIFY(!state.LoginMissing);
+        QCOMPARE(QSettings(state.SettingsFile, QSettings::IniFormat)
+                     .value(u"Parameters/password"_qs)
+                     .toString(),
+            u"sdvv"_qs);
+        QCOMPARE(state.PaymentDownloadName, u"DX_Quenta_PaymentFile.txt"_qs);
+    }
+};
+
+QTEST_MAIN(TestScreens)
+#include "tst_screens.moc"

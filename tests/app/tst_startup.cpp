@@ -1,0 +1,213 @@
+#include "TestSupport.h"
+
+#include "app/Credentials.h"
+#include "app/LoginScreen.h"
+#include "app/Startup.h"
+#include "core/RuntimeError.h"
+
+#include <QSettings>
+#include <QStandardPaths>
+#include <QTest>
+
+namespace {
+
+// Stands in for the login screen: counts its showings and leaves the state
+// as "Save and Exit" with the given entries, or "Cancel", would.
+class FakeLogin : public LoginScreen
+{
+public:
+    void showLogin(ProgramState &state) override
+    {
+        ++shown;
+        if (cancel)
+            return;
+        state.ProcessorUser = user.trimmed();
+        state.ProcessorPassword = password.trimmed();
+        state.ProcessorUrl = url.trimmed();
+        state.LoginMissing = state.ProcessorUser.isEmpty() || state.ProcessorPassword.isEmpty()
+            || state.ProcessorUrl.isEmpty();
+    }
+    int shown = 0;
+    bool cancel = false;
+    QString user = u"acme"_qs;
+    QString password = u"pass"_qs;
+    QString url = u"http://127.0.0.1:9/qps/upload.php"_qs;
+};
+
+// A program folder as start-up finds it: the site's host database, and a
+// state that start-up has not touched yet.
+struct StartupSite
+{
+    StartupSite()
+    {
+        state = std::make_unique<ProgramState>(prompter, site.folder());
+        state->SettingsFile = site.path(u"remitra.ini"_qs);
+    }
+    void storeCredentials(const QString &user, const QString &password, const QString &url)
+    {
+        QSettings ini(state->SettingsFile, QSettings::IniFormat);
+        ini.setValue(u"Parameters/username"_qs, EncodeSetting(user));
+        ini.setValue(u"Parameters/password"_qs, EncodeSetting(password));
+        ini.setValue(u"Parameters/url"_qs, EncodeSetting(url));
+    }
+    QVariant stored(const char *key) const
+    {
+        return QSettings(state->SettingsFile, QSettings::IniFormat)
+            .value(u"Parameters/"_qs + QString::fromLatin1(key));
+    }
+    Startup::Outcome run()
+    {
+        return Startup::run(*state, login, [this](ProgramState &) { ++paymentChecks; });
+    }
+    QStringList fileNames() const
+    {
+        return { state->SetupUploadName, state->TenantUploadName, state->PaymentDownloadName,
+            state->OwnerUploadName, state->VendorUploadName, state->DisbursementUploadName };
+    }
+
+    TestSite site;
+    ScriptedPrompter prompter;
+    std::unique_ptr<ProgramState> state;
+    FakeLogin login;
+    int paymentChecks = 0;
+};
+
+} // namespace
+
+class TestStartup : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+
+    void completeCredentialsBuildNamesAndCheckPayments()
+    {
+        StartupSite s;
+        s.storeCredentials(u"acme"_qs, u"pass"_qs, u"http://127.0.0.1:9/qps/upload.php"_qs);
+        s.state->LoginMissing = true;
+        s.state->DisbursementEnabled = false;
+
+        QCOMPARE(s.run(), Startup::Outcome::ShowMainMenu);
+        QCOMPARE(s.login.shown, 0);
+        QVERIFY(s.prompter.shown().isEmpty());
+        QVERIFY(!s.state->LoginMissing);
+        QVERIFY(s.state->DisbursementEnabled);
+        QVERIFY(s.state->hasDb());
+        QCOMPARE(s.state->DatabasePath, s.site.path(u"dxdatafl.db"_qs));
+        QCOMPARE(s.state->ProcessorUser, u"acme"_qs);
+        QCOMPARE(s.state->ProcessorPassword, u"pass"_qs);
+        QCOMPARE(s.state->ProcessorUrl, u"http://127.0.0.1:9/qps/upload.php"_qs);
+        QCOMPARE(s.state->SiteCode, u"DXRM"_qs);
+        QCOMPARE(s.fileNames(),
+            (QStringList { u"DX_Quenta_Setup_DXRM.txt"_qs, u"DX_Quenta_Tenant_DXRM.txt"_qs,
+                u"DX_Quenta_PaymentFile.txt"_qs, u"DX_Quenta_Owner_DXRM.txt"_qs,
+                u"DX_Quenta_Vendor_DXRM.txt"_qs, u"DX_Quenta_DisbursementPayment.txt"_qs }));
+        QCOMPARE(s.paymentChecks, 1);
+    }
+
+    void firstRunSavesTheEnteredCredentials()
+    {
+        StartupSite s;
+        s.storeCredentials(u"acme"_qs, u""_qs, u"http://old"_qs); // one value missing
+        s.login.user = u"  new user "_qs;
+
+        QCOMPARE(s.run(), Startup::Outcome::ShowMainMenu);
+        QCOMPARE(s.login.shown, 1);
+        QVERIFY(s.prompter.shown().isEmpty());
+        QCOMPARE(s.stored("username").toString(), EncodeSetting(u"new user"_qs));
+        QCOMPARE(s.stored("password").toString(), u"sdvv"_qs);
+        QCOMPARE(s.stored("url").toString(), EncodeSetting(s.login.url));
+        QCOMPARE(s.state->ProcessorUser, u"new user"_qs);
+        QVERIFY(!s.state->LoginMissing);
+        QCOMPARE(s.state->TenantUploadName, u"DX_Quenta_Tenant_DXRM.txt"_qs);
+        QCOMPARE(s.paymentChecks, 1);
+    }
+
+    void incompleteCredentialsStopBeforeNamesAndPayments_data()
+    {
+        QTest::addColumn<bool>("cancel");
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<bool>("storeWritten");
+        // Cancel leaves LoginMissing False, so the empty entries are saved
+        // and found missing afterwards; blank entries are refused at once.
+        QTest::newRow("cancelled") << true << u"pass"_qs << true;
+        QTest::newRow("blank password") << false << u"   "_qs << false;
+    }
+
+    void incompleteCredentialsStopBeforeNamesAndPayments()
+    {
+        QFETCH(bool, cancel);
+        QFETCH(QString, password);
+        QFETCH(bool, storeWritten);
+        StartupSite s;
+        s.login.cancel = cancel;
+        s.login.password = password;
+
+        QCOMPARE(s.run(), Startup::Outcome::ShowMainMenu);
+        QCOMPARE(s.login.shown, 1);
+        QVERIFY(s.state->LoginMissing);
+        QCOMPARE(s.prompter.texts(), QStringList { Credentials::loginNoticeText() });
+        QCOMPARE(s.prompter.titles(), QStringList { u"Login Message"_qs });
+        QCOMPARE(s.fileNames(), QStringList(6, QString()));
+        QVERIFY(s.state->SiteCode.isEmpty());
+        QCOMPARE(s.paymentChecks, 0);
+        QCOMPARE(s.stored("username").isValid(), storeWritten);
+        if (storeWritten) {
+            QCOMPARE(s.stored("username").toString(), u""_qs);
+            QCOMPARE(s.stored("password").toString(), u""_qs);
+            QCOMPARE(s.stored("url").toString(), u""_qs);
+        }
+    }
+
+    void missingDatabaseEndsTheProgram()
+    {
+        QTemporaryDir empty;
+        ScriptedPrompter prompter;
+        ProgramState state(prompter, empty.path());
+        state.SettingsFile = empty.filePath(u"remitra.ini"_qs);
+        FakeLogin login;
+        int checks = 0;
+        QCOMPARE(Startup::run(state, login, [&](ProgramState &) { ++checks; }),
+            Startup::Outcome::EndProgram);
+        QCOMPARE(prompter.texts(),
+            QStringList { u"Dwellix data file not found - be sure that the Remitra Program is "
+                          "copied into the same directory or folder as the main Dwellix "
+                          "Program."_qs });
+        QCOMPARE(prompter.titles(), QStringList { u"Remitra"_qs });
+        QCOMPARE(prompter.shown().front().icon, Prompter::Icon::Information);
+        QCOMPARE(login.shown, 0);
+        QCOMPARE(checks, 0);
+        QVERIFY(!state.hasDb());
+    }
+
+    void missingFieldEndsTheProgram()
+    {
+        StartupSite s;
+        s.storeCredentials(u"acme"_qs, u"pass"_qs, u"http://x"_qs);
+        s.site.db().execText(u"ALTER TABLE Tenants DROP COLUMN TACH"_qs, "test");
+        QCOMPARE(s.run(), Startup::Outcome::EndProgram);
+        QCOMPARE(s.prompter.texts(), QStringList { u"Company Remitra field not found"_qs });
+        QCOMPARE(s.prompter.titles(), QStringList { u"Remitra"_qs });
+        QCOMPARE(s.login.shown, 0);
+        QCOMPARE(s.paymentChecks, 0);
+    }
+
+    void otherErrorsShowNumberAndEndTheProgram()
+    {
+        StartupSite s;
+        s.storeCredentials(u"acme"_qs, u"pass"_qs, u"http://x"_qs);
+        s.prompter.beginBusy();
+        const auto outcome = Startup::run(*s.state, s.login, [](ProgramState &) {
+            throw RuntimeError::fileNotFound(); // IDFILE.DAT missing, say
+        });
+        QCOMPARE(outcome, Startup::Outcome::EndProgram);
+        QCOMPARE(s.prompter.titles(), QStringList { u"Remitra Error Message"_qs });
+        QVERIFY(s.prompter.texts().front().startsWith(u"53"_qs));
+        QVERIFY(s.prompter.texts().front().contains(u"File not found"_qs));
+        QCOMPARE(s.prompter.busyDepth(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestStartup)
+#include "tst_startup.moc"

@@ -1,0 +1,123 @@
+#include "DisburseFixture.h"
+
+#include "core/RuntimeError.h"
+#include "disburse/DistributionFile.h"
+#include "disburse/DistributionRun.h"
+#include "disburse/PaymentListModel.h"
+#include "disburse/UnfinishedRun.h"
+#include "disburse/frmMakePayments.h"
+
+#include <QTableView>
+#include <QTest>
+
+using namespace DisburseFixture;
+
+namespace {
+
+// A run whose posting fails on the database after the processor accepted
+// checks 1 (owner 1) and 3 and rejected check 8.
+void failedRun(TestSite &site)
+{
+    populate(site);
+    addSplit(site, 1, u"O"_qs, 1, 100);
+    answering(site, 200, u"O1,B1,0\nV8,B3,0\nO%4,B8,7,Closed\n"_qs);
+    site.db().execText(u"CREATE TEMP TRIGGER broken BEFORE INSERT ON SplitPrintedChecks "
+                       "BEGIN SELECT RAISE(ABORT, 'disk I/O error'); END"_qs,
+        "test");
+    bool stop = false;
+    DistributionRun run(*site.state, stop);
+    QVERIFY_THROWS_EXCEPTION(
+        RuntimeError, run.MakePaymentsNow(rowsFor(site, { { 1, -1 }, { 3, 8 }, { 8, -4 } }), {}));
+    site.db().execText(u"DROP TRIGGER temp.broken"_qs, "test");
+    site.prompter.clear();
+    // Nothing of it was posted, and it is recognised from its files.
+    QCOMPARE(
+        dump(site,
+            u"SELECT count(*) FROM CheckDepPrinted UNION ALL SELECT count(*) FROM Transactions"_qs),
+        u"0;0"_qs);
+    QVERIFY(UnfinishedRun::present(*site.state));
+}
+
+} // namespace
+
+class TestRecovery : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // Opening the screen offers to post the accepted checks; the rejected
+    // one stays to be sent again.
+    void screenPostsAcceptedChecks()
+    {
+        TestSite site;
+        failedRun(site);
+        site.prompter.queueAnswer(Prompter::Answer::Yes);
+        frmMakePayments form(*site.state);
+        QVERIFY(site.prompter.texts().first().contains(
+            u"accepted 2 payment(s) totalling $1,582.40"_qs));
+        QCOMPARE(site.prompter.texts().last(), DistributionRun::completeText());
+        QCOMPARE(
+            dump(site,
+                u"SELECT group_concat(CkPayee || (CkInvoice IS NULL), '/') FROM CheckDepPrinted"_qs),
+            u"Ann Lee1/Acme Repairs1"_qs);
+        QCOMPARE(
+            dump(site, u"SELECT group_concat(CkID) FROM CheckEntered WHERE CkID IN (1, 3, 8)"_qs),
+            u"8"_qs);
+        QCOMPARE(dump(site, u"SELECT OCurrBal FROM Owners WHERE OwnerID = 1"_qs), u"-100"_qs);
+        QVERIFY(!UnfinishedRun::present(*site.state));
+        QCOMPARE(site.fileBytes(DistributionFile::LastUploadName),
+            QByteArray(
+                "B1|O1|March owner draw|1500\r\nB3|V8|Repairs unit 4|82.4\r\nB8|O%4||40\r\n"));
+        auto *model = qobject_cast<PaymentListModel *>(
+            form.findChild<QTableView *>(u"gridMakePayments"_qs)->model());
+        QCOMPARE(model->find({ 1, -1 }), -1);
+        QVERIFY(model->find({ 8, -4 }) >= 0);
+    }
+
+    // Declined, no new distribution is sent until the accepted checks are
+    // posted; once they are, nothing is sent either, as the list changed.
+    void declinedRunBlocksNewPayments()
+    {
+        TestSite site;
+        failedRun(site);
+        auto script = answering(site, 200, u"O%4,B8,0\n"_qs);
+        bool stop = false;
+        QCOMPARE(UnfinishedRun::settle(*site.state, stop), UnfinishedRun::Outcome::Declined);
+        QVERIFY(
+            !DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
+        QCOMPARE(site.prompter.unansweredQuestions(), 2);
+        QCOMPARE(dump(site, u"SELECT count(*) FROM CheckDepPrinted"_qs), u"0"_qs);
+
+        site.prompter.queueAnswer(Prompter::Answer::Yes);
+        QVERIFY(
+            DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
+        QVERIFY(script->calls.isEmpty());
+        QCOMPARE(dump(site, u"SELECT count(*) FROM CheckDepPrinted"_qs), u"2"_qs);
+    }
+
+    // A run with nothing left to post is completed without a question; a
+    // response older than the distribution answered an earlier run.
+    void detection()
+    {
+        TestSite site;
+        populate(site);
+        site.writeFile(site.state->DisbursementUploadName, "B8|O%4||40\r\n");
+        site.writeFile(DistributionFile::ResponseName, "O%4,B8,7,Closed\r\n\r\n");
+        bool stop = false;
+        QCOMPARE(UnfinishedRun::settle(*site.state, stop), UnfinishedRun::Outcome::Clear);
+        QVERIFY(site.prompter.shown().isEmpty());
+        QCOMPARE(site.fileBytes(DistributionFile::LastUploadName), QByteArray("B8|O%4||40\r\n"));
+
+        site.writeFile(DistributionFile::ResponseName, "O%4,B8,0\r\n\r\n");
+        site.writeFile(site.state->DisbursementUploadName, "B8|O%4||40\r\n");
+        QFile response(site.path(DistributionFile::ResponseName));
+        QVERIFY(response.open(QIODevice::Append));
+        response.setFileTime(
+            QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime);
+        response.close();
+        QVERIFY(!UnfinishedRun::present(*site.state));
+    }
+};
+
+QTEST_MAIN(TestRecovery)
+#include "tst_recovery.moc"

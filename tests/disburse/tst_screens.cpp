@@ -1,0 +1,154 @@
+#include "DisburseFixture.h"
+
+#include "disburse/DistributionFile.h"
+#include "disburse/PaymentListModel.h"
+#include "disburse/frmMakePayments.h"
+#include "disburse/frmShowLast.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTableWidget>
+#include <QTest>
+
+namespace {
+
+using Key = PaymentRow::Key;
+
+struct Screen
+{
+    explicit Screen(TestSite &site)
+        : form(*site.state)
+    {
+        form.show();
+        grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
+        model = qobject_cast<PaymentListModel *>(grid->model());
+        total = form.findChild<QLineEdit *>(u"txtTotalSelected"_qs);
+    }
+    void click(Key key, Qt::KeyboardModifiers mods = Qt::NoModifier)
+    {
+        QTest::mouseClick(grid->viewport(), Qt::LeftButton, mods,
+            grid->visualRect(model->index(model->find(key), 0)).center());
+    }
+    void press(const QString &button)
+    {
+        QTest::mouseClick(form.findChild<QPushButton *>(button), Qt::LeftButton);
+    }
+    QList<Key> chosen() const
+    {
+        QList<Key> keys;
+        for (const PaymentRow &r : form.selectedRows())
+            keys.append(r.key());
+        return keys;
+    }
+    int highlighted() const { return int(grid->selectionModel()->selectedRows().size()); }
+
+    frmMakePayments form;
+    QTableView *grid = nullptr;
+    PaymentListModel *model = nullptr;
+    QLineEdit *total = nullptr;
+};
+
+} // namespace
+
+class TestScreens : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // Click, Ctrl-click and Shift-click: the total follows every change and
+    // the choice keeps the order it was made in, also across a new sort.
+    void selectionAndTotal()
+    {
+        TestSite site;
+        DisburseFixture::populate(site);
+        Screen s(site);
+        s.click({ 11, -6 });
+        QCOMPARE(s.total->text(), u"($12.50)"_qs);
+        s.click({ 8, -4 }, Qt::ControlModifier);
+        QCOMPARE(s.total->text(), u"$27.50"_qs);
+        s.click({ 11, -6 }, Qt::ControlModifier);
+        QCOMPARE(s.total->text(), u"$40.00"_qs);
+        s.click({ 3, 8 });
+        s.click({ 8, -4 }, Qt::ShiftModifier); // check 3, both rows of check 1, check 8
+        QCOMPARE(s.total->text(), u"$3,122.40"_qs);
+        s.click({ 11, -6 }, Qt::ControlModifier);
+        QCOMPARE(s.total->text(), u"$3,109.90"_qs);
+        QList<Key> chosen = s.chosen();
+        QCOMPARE(chosen.size(), 5);
+        QCOMPARE(chosen[0], (Key { 3, 8 }));
+        QCOMPARE(chosen[1].first + chosen[2].first, 2);
+        QCOMPARE(chosen.mid(3), (QList<Key> { { 8, -4 }, { 11, -6 } }));
+
+        s.form.findChild<QComboBox *>(u"optSortBy"_qs)->setCurrentText(u"Amount"_qs);
+        QCOMPARE(s.model->row(0).CkID, 11);
+        QCOMPARE(s.total->text(), u"$3,109.90"_qs);
+        QCOMPARE(s.highlighted(), 5);
+        QCOMPARE(s.chosen(), chosen);
+
+        s.press(u"cmdSelectAll"_qs);
+        QCOMPARE(s.total->text(), u"$3,610.90"_qs);
+        QCOMPARE(s.highlighted(), 7);
+        s.press(u"cmdDeSelectAll"_qs);
+        QCOMPARE(s.total->text(), u"0"_qs);
+        QCOMPARE(s.highlighted() + s.chosen().size(), 0);
+    }
+
+    void showLast_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QStringList>("rows");
+        QTest::addColumn<QStringList>("shown"); // title: text
+        // The last line of the file is never counted.
+        QTest::newRow("three lines")
+            << QByteArray("B1|O1|Rent|10\r\nB2|O%2|Draw|20.5\r\nB3|V3|Fix|30\r\n")
+            << QStringList { u"B1|O1|Rent|10"_qs, u"B2|O%2|Draw|20.5"_qs } << QStringList();
+        QTest::newRow("one line, file deleted")
+            << QByteArray("B1|O1|Rent|10\r\n") << QStringList()
+            << QStringList { u"Dwellix Remitra: No payments were found."_qs };
+        // A blank piece ends the filling and drops one row at the end.
+        QTest::newRow("blank line")
+            << QByteArray("B1|O1|a|1\n\nB3|V3|c|3\nB4|V4|d|4\nB5|V5|e|5\n")
+            << QStringList { u"B1|O1|a|1"_qs, u"|||"_qs, u"|||"_qs } << QStringList();
+        QTest::newRow("short line") << QByteArray("B1|O1\r\nB2|O2|x|2\r\n")
+                                    << QStringList { u"B1|O1||"_qs } << QStringList();
+        QTest::newRow("empty file")
+            << QByteArray("") << QStringList()
+            << QStringList {
+                   u"Payment File Download: Unexpected error in payment file: 9 - Subscript out of range"_qs
+               };
+        QTest::newRow("no file") << QByteArray() << QStringList() << QStringList();
+    }
+
+    void showLast()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(QStringList, shown);
+        TestSite site;
+        if (!file.isNull())
+            site.writeFile(DistributionFile::LastUploadName, file);
+        frmShowLast form(*site.state);
+        QCOMPARE(form.windowTitle(), u"Last Batch Processed"_qs);
+        auto *grid = form.findChild<QTableWidget *>(u"gridShowLast"_qs);
+        QCOMPARE(grid->columnCount(), 7);
+        QStringList rows;
+        for (int r = 0; r < grid->rowCount(); ++r) {
+            QStringList row;
+            for (int c = 0; c < 4; ++c)
+                row.append(grid->item(r, c) ? grid->item(r, c)->text() : QString());
+            rows.append(row.join(u'|'));
+        }
+        QTEST(rows, "rows");
+        QStringList messages;
+        for (const ScriptedPrompter::Shown &m : site.prompter.shown())
+            messages.append(m.title + u": "_qs + m.text);
+        QCOMPARE(messages, shown);
+        const bool deleted = !shown.isEmpty() && shown.first().contains(u"No payments"_qs);
+        QCOMPARE(
+            site.fileBytes(DistributionFile::LastUploadName).isNull(), file.isNull() || deleted);
+    }
+};
+
+QTEST_MAIN(TestScreens)
+#include "tst_screens.moc"
