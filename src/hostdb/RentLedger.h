@@ -1,0 +1,82 @@
+#pragma once
+
+#include "core/Currency.h"
+#include "hostdb/HostDb.h"
+
+#include <QString>
+#include <QVariant>
+
+#include <optional>
+
+// The writes of the rent posting: ledger lines, unit and tenant balances, the
+// owner's management fee setting, and the deposit with its split lines.
+// Statements are prepared once per object; the caller brackets the writes in
+// a HostDb::Transaction.
+class RentLedger
+{
+public:
+    explicit RentLedger(const HostDb &db);
+
+    struct Line
+    {
+        qint64 accountId = 0;
+        qint64 postToId = 0;
+        Currency amount;
+        QString date; // ISO
+        QVariant checkNumber; // Null or a number
+        QVariant remark; // Null when not set
+        QString type;
+        QString status;
+        QString tax;
+        qint64 ownerId = 0, propertyId = 0, unitId = 0, tenantId = 0;
+    };
+    void addTransaction(const Line &line);
+
+    // Adds delta to UCurrBal of the tenant's (first) unit; false when the
+    // tenant has no unit.
+    bool addToUnitBalance(const QVariant &tenantId, Currency delta);
+    // Adds delta to TCurrBal of the tenant; false when there is no such tenant.
+    bool addToTenantBalance(const QVariant &tenantId, Currency delta);
+
+    // OMgmtFee of the owner: nullopt when there is no such owner, a null
+    // text when the field is Null.
+    std::optional<QString> ownerMgmtFee(const QVariant &ownerId);
+
+    struct Deposit
+    {
+        QString date; // ISO
+        qint64 number = 0; // CkNumber: the deposit number the user typed
+    };
+    // Adds the deposit row (amount 0 until setDepositAmount) and returns its CkID.
+    qint64 addDeposit(const Deposit &deposit);
+
+    struct Split
+    {
+        qint64 depositId = 0;
+        QVariant checkNumber; // Null when the payment had none
+        Currency amount;
+        qint64 accountId = 0;
+        qint64 postToId = 0;
+        QVariant remark;
+        QString postTo;
+    };
+    void addSplit(const Split &split);
+    // Stores the total on the deposit found again by its CkID among the
+    // deposits; false when it cannot be found.
+    bool setDepositAmount(qint64 depositId, Currency total);
+
+private:
+    std::optional<std::pair<qint64, Currency>> balanceRow(
+        QSqlQuery &select, const QVariant &id, const char *operation);
+
+    QSqlQuery m_insertTransaction;
+    QSqlQuery m_unitBalance;
+    QSqlQuery m_setUnitBalance;
+    QSqlQuery m_tenantBalance;
+    QSqlQuery m_setTenantBalance;
+    QSqlQuery m_ownerFee;
+    QSqlQuery m_insertDeposit;
+    QSqlQuery m_insertSplit;
+    QSqlQuery m_setDepositAmount;
+    QSqlQuery m_lastDeposit;
+};

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "core/Currency.h"
+#include "hostdb/HostDb.h"
+
+#include <QString>
+#include <QVariant>
+
+#include <optional>
+
+// The keyed look-ups the review screen makes for each payment: the owner of a
+// property, the address of a tenant's unit, a tenant's name, and whether the
+// ledger already holds a payment. Statements are prepared once per object;
+// ids are bound as given (see RentPayment::key).
+class RentLookup
+{
+public:
+    explicit RentLookup(const HostDb &db);
+
+    // Keeps one read snapshot open for a run of look-ups: one consistent view
+    // of the host database, and the engine's lock and page cache are taken
+    // once rather than for every statement. Best effort: where a snapshot
+    // cannot be begun (a transaction is already open), the look-ups run as
+    // they are. Never used around writes.
+    class ReadScope
+    {
+    public:
+        explicit ReadScope(const HostDb &db);
+        ~ReadScope();
+        ReadScope(const ReadScope &) = delete;
+        ReadScope &operator=(const ReadScope &) = delete;
+
+    private:
+        const HostDb &m_db;
+        bool m_open = false;
+    };
+
+    // POwnerID of the property; nullopt when there is no such property.
+    std::optional<QVariant> ownerOfProperty(const QVariant &propId);
+    // UAddress of the (first) unit of the tenant; nullopt when none.
+    std::optional<QVariant> unitAddress(const QVariant &tenantId);
+
+    struct TenantName
+    {
+        QVariant first;
+        QVariant last;
+    };
+    std::optional<TenantName> tenantName(const QVariant &tenantId);
+
+    // An income line on the tenant's ledger with this amount, date (ISO) and
+    // check number (Null matches Null); nullopt when none. Only on the
+    // embedded database (the Access dialect lacks the "IS" comparison).
+    struct Posted
+    {
+        QString date;
+    };
+    std::optional<Posted> postedPayment(const QVariant &tenantId, Currency amount,
+        const QString &isoDate, const QVariant &checkNumber);
+
+private:
+    QSqlQuery m_property;
+    QSqlQuery m_unit;
+    QSqlQuery m_tenant;
+    QSqlQuery m_posted;
+    bool m_hasPosted;
+};

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "rent/PostingChoices.h"
+#include "rent/RentPayment.h"
+
+class ProgramState;
+class RentLedger;
+
+// The bank deposit of a posting run: one "DEPOSIT" record in the check and
+// deposit register with one split line per payment row, its amount the sum
+// of the payments.
+class Deposit
+{
+public:
+    Deposit(ProgramState &state, RentLedger &ledger, const RentPayments &rows,
+        const PostingChoices &choices);
+
+    // Writes the deposit, its splits, then stores the total on it ("Deposit
+    // Not found" when it cannot be found again; the amount then stays 0).
+    void CreateDeposit();
+    // Writes the split lines and adds each absolute amount to the running total.
+    void CreateSplits();
+
+    Currency runningTotal() const { return m_total; }
+    qint64 depositId() const { return m_depositId; }
+
+private:
+    ProgramState &m_state;
+    RentLedger &m_ledger;
+    const RentPayments &m_rows;
+    const PostingChoices &m_choices;
+    qint64 m_depositId = 0;
+    Currency m_total;
+};

@@ -1,0 +1,181 @@
+#include "rent/PaymentFile.h"
+
+#include "app/ProgramState.h"
+#include "core/Prompter.h"
+#include "core/RuntimeError.h"
+#include "core/TransferFile.h"
+#include "hostdb/RentLookup.h"
+#include "processor/ProcessorCall.h"
+
+namespace PaymentFile {
+
+namespace {
+
+const QString kNoPayments = u"There were no tenant payments found to process, or there was invalid "
+                            "data in the payment file. Please try again later."_qs;
+const QString kNoPaymentsTitle = u"Dwellix Remitra"_qs;
+const QString kMalformed
+    = u"There is a problem in the Remitra Payment File. Please contact support for assistance."_qs;
+const QString kMalformedTitle = u"Remitra"_qs;
+const QString kUnexpected = u"Unexpected error in payment file: "_qs;
+const QString kUnexpectedTitle = u"Payment File Download"_qs;
+
+QString tenantNameText(const RentLookup::TenantName &name)
+{
+    // A blank first name (Null counts as blank) leaves the last name alone.
+    const QString last = VbText::text(name.last);
+    const QString first = VbText::text(name.first);
+    if (VbText::Trim(first).isEmpty())
+        return last;
+    return last + u", "_qs + first;
+}
+
+RentPayment matchLine(const QString &line, int lineNumber, RentLookup &lookup)
+{
+    const QStringList fields = line.split(u',');
+    if (fields.size() < 9)
+        throw RuntimeError::subscriptOutOfRange();
+    RentPayment row;
+    row.line = lineNumber;
+
+    row.property = fields.at(0);
+    const auto owner = lookup.ownerOfProperty(RentPayment::key(RentPayment::cellId(row.property)));
+    row.owner = owner ? u"O"_qs + VbText::Trim(VbText::text(*owner)) : OwnerNotFound;
+    row.unit = fields.at(1);
+    row.tenant = fields.at(2);
+
+    const QVariant tenantKey = RentPayment::key(row.tenantId());
+    const auto address = lookup.unitAddress(tenantKey);
+    row.address = address ? VbText::text(*address) : NotFound;
+    const auto name = lookup.tenantName(tenantKey);
+    row.tenantName = name ? tenantNameText(*name) : NotFound;
+    row.amountText = fields.at(3);
+    row.amount = Currency::parse(row.amountText);
+    row.date = fields.at(4);
+    const QString check = VbText::Left(VbText::Trim(fields.at(5)), 9);
+    row.checkNumber = VbText::IsNumeric(check) ? check : u""_qs;
+    row.depositDate = fields.at(6);
+    row.method = fields.at(7);
+    row.transType = fields.at(8);
+    return row;
+}
+
+QString postedNoteFor(const RentPayment &row, const QString &isoDate)
+{
+    QString note = u"This payment looks already posted: the tenant's ledger holds a payment of "_qs
+        + row.amount->abs().toDollars() + u" dated "_qs
+        + VbText::shortDate(QDate::fromString(isoDate, Qt::ISODate));
+    const QVariant check = row.checkValue();
+    note += check.isNull() ? u" without a check number."_qs
+                           : u" with check number "_qs + check.toString() + u'.';
+    return note;
+}
+
+} // namespace
+
+qsizetype candidateCount(const QStringList &pieces)
+{
+    qsizetype count = pieces.size() - 2;
+    const QString first = pieces.isEmpty() ? QString() : pieces.first();
+    if (!(first.startsWith(u'P') && VbText::IsNumeric(first.mid(1, 1))))
+        count = 0;
+    return count;
+}
+
+RentPayments parse(const QString &text, RentLookup &lookup)
+{
+    const QStringList pieces = text.split(u'\n');
+    const qsizetype count = candidateCount(pieces);
+    RentPayments rows;
+    rows.reserve(count > 0 ? std::size_t(count) : 0);
+    for (qsizetype i = 0; i < count; ++i) {
+        const QString line = VbText::Trim(pieces.at(i));
+        // The payments end at the first line that is not one.
+        if (line.isEmpty() || !line.startsWith(u'P'))
+            break;
+        rows.push_back(matchLine(line, int(i + 1), lookup));
+    }
+    return rows;
+}
+
+Currency TransactionTotal(const RentPayments &rows)
+{
+    Currency total;
+    for (const RentPayment &row : rows) {
+        if (!row.amount)
+            throw RuntimeError::typeMismatch();
+        total += row.amount->abs();
+    }
+    return total;
+}
+
+void markPosted(RentLookup &lookup, RentPayments &rows)
+{
+    for (RentPayment &row : rows) {
+        row.postedNote.clear();
+        const QString iso = row.isoDate();
+        if (!row.amount || iso.isEmpty())
+            continue;
+        const auto posted = lookup.postedPayment(
+            RentPayment::key(row.tenantId()), row.amount->abs(), iso, row.checkValue());
+        if (posted)
+            row.postedNote = postedNoteFor(row, posted->date);
+    }
+}
+
+void moveAside(const ProgramState &state)
+{
+    const QString last = state.pathOf(LastDownloadName);
+    if (TransferFile::exists(last) && !TransferFile::remove(last))
+        throw RuntimeError::permissionDenied();
+    TransferFile::renameReplacing(state.pathOf(state.PaymentDownloadName), last);
+}
+
+LoadResult load(ProgramState &state)
+{
+    Prompter &prompter = state.prompter();
+    BusyCursor busy(prompter);
+    LoadResult result;
+    try {
+        const QString path = state.pathOf(state.PaymentDownloadName);
+        const QString text = ReadWholeFile(path);
+        if (candidateCount(text.split(u'\n')) <= 0) {
+            prompter.notice(kNoPayments, kNoPaymentsTitle);
+            if (!TransferFile::remove(path))
+                throw RuntimeError::permissionDenied();
+            result.status = LoadStatus::NoPayments;
+            return result;
+        }
+        RentPayments rows;
+        {
+            // No message is shown while the snapshot holds the database.
+            RentLookup::ReadScope snapshot(state.db());
+            RentLookup lookup(state.db());
+            rows = parse(text, lookup);
+            markPosted(lookup, rows);
+        }
+        // The rows are on screen before their total is taken: an amount that
+        // cannot be read fails the total, not the rows.
+        result.rows = std::move(rows);
+        result.total = TransactionTotal(result.rows);
+    } catch (const RuntimeError &error) {
+        switch (error.number()) {
+        case 9:
+            prompter.notice(kMalformed, kMalformedTitle);
+            result.status = LoadStatus::Malformed;
+            break;
+        case 53:
+            result.status = LoadStatus::FileMissing;
+            break;
+        default:
+            prompter.notice(
+                kUnexpected + QString::number(error.number()) + u" - "_qs + error.description(),
+                kUnexpectedTitle);
+            result.status = LoadStatus::Failed;
+            break;
+        }
+    }
+    return result;
+}
+
+} // namespace PaymentFile

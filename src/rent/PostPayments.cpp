@@ -1,0 +1,172 @@
+#include "rent/PostPayments.h"
+
+#include "app/ProgramState.h"
+#include "core/Prompter.h"
+#include "hostdb/RentLedger.h"
+
+namespace {
+
+const QString kTitle = u"Remitra"_qs;
+const QString kNoRentCategory
+    = u"You do not have a valid Account Category set up for 'Rent Income'. Nothing was posted to "
+      "the Dwellix Ledgers. Please check your Account Category and Account Default settings under "
+      "'Preferences' from the Dwellix Main Menu."_qs;
+const QString kNoLateCategory
+    = u"You do not have a valid Account Category set up for 'Late Fee Received'. Nothing was "
+      "posted to the Dwellix Ledgers. Please check your Account Category and Account Default "
+      "settings under 'Preferences' from the Dwellix Main Menu."_qs;
+const QString kNoFeeCategory
+    = u"You do not have a valid Account Category set up for 'Management Fee'. The management fee "
+      "was not posted. Please check your Account Category and Account Default settings under "
+      "'Preferences' from the Dwellix Main Menu."_qs;
+const QString kTenantMissing
+    = u"The above Remitra deposit does not have a Tenant set up for Remitra, this must be "
+      "corrected before you can update any ledgers."_qs;
+
+// Positions of the account settings in IdItems.
+enum Item { RentCategory = 0, RentDefault = 1, FeeCategory = 2, LateCategory = 4, LateDefault = 5 };
+
+} // namespace
+
+PostPayments::PostPayments(ProgramState &state, RentLedger &ledger, const RentPayments &rows,
+    const PostingChoices &choices)
+    : m_state(state)
+    , m_ledger(ledger)
+    , m_rows(rows)
+    , m_choices(choices)
+{
+}
+
+AccountSetting PostPayments::rentIncome(const ProgramState &state)
+{
+    return AccountSetting::fromItem(state.IdItems[RentCategory]);
+}
+
+AccountSetting PostPayments::lateFee(const ProgramState &state)
+{
+    return AccountSetting::fromItem(state.IdItems[LateCategory]);
+}
+
+AccountSetting PostPayments::managementFee(const ProgramState &state)
+{
+    return AccountSetting::fromItem(state.IdItems[FeeCategory]);
+}
+
+QString PostPayments::rentDefaultRemark(const ProgramState &state)
+{
+    return AccountSetting::defaultText(state.IdItems[RentDefault]);
+}
+
+QString PostPayments::lateDefaultRemark(const ProgramState &state)
+{
+    return AccountSetting::defaultText(state.IdItems[LateDefault]);
+}
+
+std::optional<Currency> PostPayments::managementFeeFor(
+    const QString &ownerSetting, Currency payment)
+{
+    const qsizetype percent = ownerSetting.indexOf(u'%');
+    if (percent < 0) {
+        const auto flat = Currency::parse(ownerSetting);
+        if (!flat)
+            return std::nullopt;
+        return -flat->abs();
+    }
+    const auto fee = payment.abs().percentOf(ownerSetting.left(percent));
+    if (!fee)
+        return std::nullopt;
+    return -fee->abs();
+}
+
+bool PostPayments::stop(const QString &message)
+{
+    m_stopMessage = message;
+    m_failed = true;
+    return false;
+}
+
+void PostPayments::reportStop()
+{
+    if (!m_stopMessage.isEmpty())
+        m_state.prompter().notice(m_stopMessage, kTitle);
+}
+
+bool PostPayments::run()
+{
+    BusyCursor busy(m_state.prompter());
+    m_rent = rentIncome(m_state);
+    if (!m_rent.valid)
+        return stop(kNoRentCategory);
+    m_late = lateFee(m_state);
+    if (!m_late.valid)
+        return stop(kNoLateCategory);
+    for (const RentPayment &row : m_rows) {
+        if (!postRow(row))
+            return false;
+    }
+    return true;
+}
+
+bool PostPayments::postRow(const RentPayment &row)
+{
+    const bool late = row.isLateFee();
+    const AccountSetting &setting = late ? m_late : m_rent;
+    const double tenantId = row.tenantId();
+    const QVariant tenantKey = RentPayment::key(tenantId);
+    const Currency amount = row.amount.value_or(Currency()).abs();
+    const QVariant remark = m_choices.remarkFor(
+        row.method, late ? lateDefaultRemark(m_state) : rentDefaultRemark(m_state));
+
+    RentLedger::Line line;
+    line.accountId = RentPayment::longValue(setting.accountId);
+    line.postToId = RentPayment::longValue(tenantId);
+    line.amount = amount;
+    line.date = row.isoDate();
+    line.checkNumber = row.checkValue();
+    line.remark = remark;
+    line.type = u"I"_qs;
+    line.status = setting.postingCode;
+    line.tax = u"N"_qs;
+    line.ownerId = RentPayment::longValue(row.ownerId());
+    line.propertyId = RentPayment::longValue(row.propertyId());
+    line.unitId = RentPayment::longValue(row.unitId());
+    line.tenantId = RentPayment::longValue(tenantId);
+    m_ledger.addTransaction(line);
+
+    // A payment raises both balances its posting code names; "U" raises none.
+    const QString &code = setting.postingCode;
+    if (code == u"B"_qs)
+        m_ledger.addToUnitBalance(tenantKey, amount);
+    if (code == u"T"_qs || code == u"B"_qs) {
+        if (!m_ledger.addToTenantBalance(tenantKey, amount)) {
+            return stop(u"Not found: Tenant ID #"_qs + RentPayment::idText(tenantId)
+                + u"\nAmount: "_qs + row.amountText + u"\nDate: "_qs + row.date
+                + u"\nCheck Number: "_qs + row.checkNumber + u"\nRemark: "_qs + remark.toString()
+                + u'\n' + kTenantMissing);
+        }
+    }
+
+    if (!m_choices.postMgmtFees || !row.isRent())
+        return true;
+    const AccountSetting feeSetting = managementFee(m_state);
+    if (!feeSetting.valid)
+        return stop(kNoFeeCategory);
+    Currency fee;
+    const auto ownerSetting = m_ledger.ownerMgmtFee(RentPayment::key(row.ownerId()));
+    if (ownerSetting && !VbText::Trim(*ownerSetting).isEmpty())
+        fee = managementFeeFor(*ownerSetting, amount).value_or(Currency());
+    if (fee.isZero())
+        return true;
+
+    RentLedger::Line feeLine = line;
+    feeLine.accountId = RentPayment::longValue(feeSetting.accountId);
+    feeLine.amount = fee;
+    feeLine.checkNumber = QVariant();
+    feeLine.remark = feeSetting.text;
+    feeLine.type = u"E"_qs;
+    feeLine.status = u"U"_qs;
+    m_ledger.addTransaction(feeLine);
+    // The fee lowers the unit's balance only.
+    m_ledger.addToUnitBalance(tenantKey, -fee.abs());
+    return true;
+}

@@ -1,0 +1,102 @@
+// A whole rent cycle against a quenta-sandbox: the processor holds payments,
+// start-up downloads them, the review screen posts them into the ledgers.
+
+#include "RentSupport.h"
+#include "SandboxProcess.h"
+
+#include "processor/HttpProcessorClient.h"
+#include "processor/RentDownload.h"
+#include "rent/PaymentFile.h"
+#include "rent/frmDownload.h"
+
+#include <QCheckBox>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+
+class TestRentE2e : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void downloadReviewAndPost()
+    {
+        SandboxProcess sandbox;
+        QVERIFY(sandbox.isRunning());
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        sandbox.useFor(*site.state, 10);
+
+        // The processor knows three enrolled tenants of the portfolio and one
+        // that was switched off.
+        HttpProcessorClient client;
+        client.setUrl(sandbox.url());
+        client.setUserName(sandbox.user());
+        client.setPassword(sandbox.password());
+        QVERIFY(client.Transmit(QString(),
+            u"DXRM|O1|P10|U100|T100|1250|1/2/2020|Rent|T100|Ann|Avery|1 "
+            u"Main|Town|ST|1|activate|\r\n"
+            "DXRM|O1|P10|U101|T101|640.25|1/2/2020|Rent|T101||Baker|1 Main|Town|ST|1|activate|\r\n"
+            "DXRM|O2|P20|U200|T200|800|1/2/2020|Rent|T200|Carl|Cole|2 Oak|Town|ST|1|activate|\r\n"
+            "DXRM|O3|P30|U300|T300|99|1/2/2020|Rent|T300||Dunn|3 Elm|Town|ST|1|deactivate|\r\n"_qs));
+        QCOMPARE(client.ResultCode(), 200);
+        QCOMPARE(sandbox.queueRent(QString(), u"Rent"_qs, u"11/2/2026"_qs).size(), 3);
+        QCOMPARE(sandbox.queueRent(u"15"_qs, u"Late Fee"_qs, u"11/3/2026"_qs).size(), 3);
+
+        // Start-up fetches them.
+        CheckForPaymentFile(*site.state);
+        QCOMPARE(site.prompter.titles(), QStringList { u"Dwellix Remitra"_qs });
+        const QByteArray downloaded = site.fileBytes(site.state->PaymentDownloadName);
+        QVERIFY(!downloaded.isNull());
+        site.prompter.clear();
+
+        frmDownload screen(*site.state, nullptr);
+        screen.show();
+        QCOMPARE(screen.rowCount(), 6);
+        QCOMPARE(screen.findChild<QLabel *>(u"labTransTotal"_qs)->text(), u"$2,735.25"_qs);
+        QTest::mouseClick(screen.findChild<QCheckBox *>(u"chkPostMgmtFees"_qs), Qt::LeftButton);
+        screen.findChild<QLineEdit *>(u"txtCreateDeposit"_qs)->setText(u"3001"_qs);
+        QTest::mouseClick(screen.findChild<QRadioButton *>(u"optRemark1"_qs), Qt::LeftButton);
+        QTest::mouseClick(screen.findChild<QPushButton *>(u"cmdUpdate"_qs), Qt::LeftButton);
+        QCOMPARE(
+            site.prompter.texts(), QStringList { u"Your Dwellix Ledgers are now updated."_qs });
+        QVERIFY(!screen.isVisible());
+
+        // Ledgers: rent raises tenant and unit ("B"), late fees the tenant
+        // only ("T"); the fees (8% for owner 1, flat 25 for owner 2) lower
+        // the units. Tenant 300 was not enrolled.
+        QCOMPARE(site.scalar(u"SELECT group_concat(b, ' ') FROM (SELECT TCurrBal || '/' || "
+                             "UCurrBal AS b FROM Tenants JOIN Units ON UTenantID = TenantID "
+                             "ORDER BY TenantID)"_qs)
+                     .toString(),
+            u"1265.0/1150.0 655.25/589.03 815.0/775.0 0.0/0.0"_qs);
+        QCOMPARE(site.scalar(u"SELECT count(*) FROM Transactions"_qs).toInt(), 9);
+        QCOMPARE(site.scalar(u"SELECT CkAmount FROM CheckDepPrinted WHERE CkNumber = 3001"_qs)
+                     .toDouble(),
+            2735.25);
+
+        // The payment file is now the last download, the same as its archive copy.
+        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QCOMPARE(site.fileBytes(PaymentFile::LastDownloadName), downloaded);
+        const QStringList archive = QDir(site.path(u"archive"_qs)).entryList(QDir::Files);
+        QCOMPARE(archive.size(), 1);
+        QCOMPARE(site.fileBytes(u"archive/"_qs + archive.first()), downloaded);
+        QCOMPARE(QDir(site.path(u"backups"_qs)).entryList(QDir::Files).size(), 1);
+
+        // Nothing waits any more: the next download finds nothing and the
+        // review screen opens empty.
+        site.prompter.clear();
+        DownloadPaymentFile(*site.state);
+        QCOMPARE(
+            site.prompter.texts().last(), u"There were no Remita Tenant transactions found"_qs);
+        frmDownload again(*site.state, nullptr);
+        QCOMPARE(again.rowCount(), 0);
+        QVERIFY(!again.findChild<QPushButton *>(u"cmdUpdate"_qs)->isEnabled());
+    }
+};
+
+QTEST_MAIN(TestRentE2e)
+#include "tst_rent_e2e.moc"

@@ -1,0 +1,312 @@
+#include "RentSupport.h"
+
+#include "rent/DownloadPrintLayout.h"
+#include "rent/PaymentFile.h"
+#include "rent/PaymentTableModel.h"
+#include "rent/frmDownload.h"
+
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPrinter>
+#include <QProcess>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTest>
+
+using RentSupport::line;
+
+namespace {
+
+template <typename T = QWidget> T *child(QWidget &screen, const char *name)
+{
+    T *w = screen.findChild<T *>(QString::fromLatin1(name));
+    if (!w)
+        qFatal("no control %s", name);
+    return w;
+}
+
+QString textOf(QWidget &screen, const char *name)
+{
+    QWidget *w = child(screen, name);
+    if (auto *label = qobject_cast<QLabel *>(w))
+        return label->text();
+    if (auto *button = qobject_cast<QAbstractButton *>(w))
+        return button->text();
+    return qobject_cast<QGroupBox *>(w)->title();
+}
+
+void click(QWidget &screen, const char *name)
+{
+    QTest::mouseClick(child(screen, name), Qt::LeftButton);
+}
+
+// Selects a row by its record selector (row header) and presses Delete.
+void deleteRow(QTableView *grid, int row)
+{
+    QHeaderView *header = grid->verticalHeader();
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+        QPoint(header->width() / 2, header->sectionViewportPosition(row) + 3));
+    QTest::keyClick(grid, Qt::Key_Delete);
+}
+
+} // namespace
+
+class TestDownloadScreen : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void showsThePaymentsWithTheirTexts()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        RentSupport::useFixture(site, u"normal.txt"_qs);
+        frmDownload screen(*site.state, nullptr);
+        QCOMPARE(screen.windowTitle(), u"Remitra Payment Download"_qs);
+        const std::pair<const char *, const char *> texts[]
+            = { { "labRemitraPayments", "Number of Remitra Payments: 5" },
+                  { "labTotal", "Total of Remitra Payments:" }, { "labTransTotal", "$2,325.49" },
+                  { "fraPostMgmtFees", "Post Management Fees" },
+                  { "chkPostMgmtFees", "Post a managment fee on each rent income transaction." },
+                  { "frmCreateDeposit", "Create Deposit:" },
+                  { "chkCreateDeposit", "Yes, create a deposit using this deposit number:" },
+                  { "optRemark", "Transaction Remark Choices:" },
+                  { "optRemark0", "Use standard 'default' REMARK entered under 'Preferences'." },
+                  { "optRemark1", "Use the 'Method' column entry for the Remark." },
+                  { "optRemark2", "Use this Remark: " },
+                  { "cmdUpdate", "Update Dwellix Ledgers NOW" }, { "cmdDeleteAll", "&Delete ALL" },
+                  { "cmdPrintScreen", "&Print Screen" }, { "cmdExit", "&Exit" } };
+        for (const auto &[name, text] : texts)
+            QCOMPARE(textOf(screen, name), QString::fromLatin1(text));
+        QVERIFY(textOf(screen, "labDeposits").contains(u"have been retreived from the Payment"_qs));
+        QVERIFY(textOf(screen, "labDelete").endsWith(u"after you update the Dwellix Ledgers. "_qs));
+        QVERIFY(child<QCheckBox>(screen, "chkCreateDeposit")->isChecked());
+        QVERIFY(!child(screen, "txtRemark")->isEnabled());
+
+        QAbstractItemModel *m = child<QTableView>(screen, "gridACHDownload")->model();
+        QStringList captions;
+        for (int c = 0; c < m->columnCount(); ++c)
+            captions << m->headerData(c, Qt::Horizontal).toString();
+        QCOMPARE(captions.join(u'|'),
+            u"OID|PID|UID|TID|Rental Unit Address|Tenant Name|Amount|Date|"
+            "Check #|Deposit Date|Method|Trans Type"_qs);
+        QCOMPARE(m->index(1, PaymentTableModel::Amount).data().toString(), u"($125.50)"_qs);
+        QVERIFY(site.prompter.shown().isEmpty());
+    }
+
+    void withoutPaymentsTheCommandsAreOff_data()
+    {
+        QTest::addColumn<QString>("fixture");
+        QTest::addColumn<int>("messages");
+        QTest::newRow("nothing to process") << u"single_line.txt"_qs << 1;
+        QTest::newRow("no payment file") << QString() << 0;
+    }
+
+    void withoutPaymentsTheCommandsAreOff()
+    {
+        QFETCH(QString, fixture);
+        QFETCH(int, messages);
+        TestSite site;
+        if (!fixture.isEmpty())
+            RentSupport::useFixture(site, fixture);
+        frmDownload screen(*site.state, nullptr);
+        QCOMPARE(site.prompter.shown().size(), messages);
+        for (const char *name : { "cmdUpdate", "cmdDeleteAll", "cmdPrintScreen" })
+            QVERIFY2(!child(screen, name)->isEnabled(), name);
+        QVERIFY(child(screen, "cmdExit")->isEnabled());
+        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+    }
+
+    void remarkChoiceAndDepositNumber()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        RentSupport::useFixture(site, u"normal.txt"_qs);
+        frmDownload screen(*site.state, nullptr);
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        click(screen, "optRemark2");
+        QVERIFY(child(screen, "txtRemark")->isEnabled());
+        click(screen, "optRemark1");
+        QVERIFY(!child(screen, "txtRemark")->isEnabled());
+
+        auto *box = child<QLineEdit>(screen, "txtCreateDeposit");
+        box->setFocus();
+        QTest::keyClicks(box, u"12a"_qs);
+        QTest::keyClick(box, Qt::Key_Tab);
+        QCOMPARE(site.prompter.texts(),
+            QStringList { u"Please enter a number only for the Deposit Number"_qs });
+        QCOMPARE(site.prompter.titles(), QStringList { u"Create Deposit"_qs });
+        QVERIFY(box->hasFocus());
+        box->setText(u" 2045 "_qs);
+        QTest::keyClick(box, Qt::Key_Tab);
+        QCOMPARE(site.prompter.shown().size(), 1);
+        QVERIFY(!box->hasFocus());
+    }
+
+    void deletingRowsByTheirRecordSelector()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        RentSupport::writePaymentFile(site, { line(10, 100, u"10"_qs), line(20, 200, u"20.5"_qs) });
+        frmDownload screen(*site.state, nullptr);
+        screen.show();
+        auto *grid = child<QTableView>(screen, "gridACHDownload");
+        // A selected cell is not a selected row: nothing is deleted.
+        QTest::mouseClick(grid->viewport(), Qt::LeftButton, {},
+            grid->visualRect(grid->model()->index(0, 3)).center());
+        QTest::keyClick(grid, Qt::Key_Delete);
+        QCOMPARE(screen.rowCount(), 2);
+
+        deleteRow(grid, 0);
+        QCOMPARE(textOf(screen, "labRemitraPayments"), u"Number of Remitra Payments: 1"_qs);
+        QCOMPARE(textOf(screen, "labTransTotal"), u"$20.50"_qs);
+        QCOMPARE(grid->model()->index(0, PaymentTableModel::TID).data().toString(), u"T200"_qs);
+        QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
+        // With the last row gone the file is moved aside and leaving asks nothing.
+        deleteRow(grid, 0);
+        QCOMPARE(textOf(screen, "labRemitraPayments"), u"Number of Remitra Payments: 0"_qs);
+        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QVERIFY(!site.fileBytes(PaymentFile::LastDownloadName).isNull());
+        QVERIFY(!child(screen, "cmdUpdate")->isEnabled());
+        click(screen, "cmdExit");
+        QVERIFY(!screen.isVisible());
+        QVERIFY(site.prompter.shown().isEmpty());
+    }
+
+    void deleteAllAndLeavingAskFirst()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        RentSupport::useFixture(site, u"normal.txt"_qs);
+        site.writeFile(PaymentFile::LastDownloadName, "older");
+        const QByteArray file = site.fileBytes(site.state->PaymentDownloadName);
+        frmDownload screen(*site.state, nullptr);
+        screen.show();
+        site.prompter.queueAnswers(
+            { Prompter::Answer::No, Prompter::Answer::No, Prompter::Answer::Yes });
+        click(screen, "cmdDeleteAll");
+        QCOMPARE(screen.rowCount(), 5);
+        QCOMPARE(site.state->MsgAnswer, u"7"_qs);
+        click(screen, "cmdExit");
+        QVERIFY(screen.isVisible());
+        QCOMPARE(site.prompter.titles(),
+            (QStringList { u"Remitra"_qs, u"Remitra Transaction Posting"_qs }));
+        QVERIFY(site.prompter.texts()[0].startsWith(
+            u"Are you SURE you want to permanently erase all"_qs));
+        QCOMPARE(site.prompter.texts()[1],
+            u"You are trying to leave without updating your TENANT "
+            "LEDGERS. Are you SURE you want to exit WITHOUT POSTING "
+            "these transactions?"_qs);
+
+        click(screen, "cmdDeleteAll");
+        QCOMPARE(screen.rowCount(), 0);
+        QCOMPARE(textOf(screen, "labRemitraPayments"), u"Number of Remitra Payments: 0"_qs);
+        QCOMPARE(site.fileBytes(PaymentFile::LastDownloadName), file);
+        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QVERIFY(!child(screen, "cmdUpdate")->isEnabled());
+        QTest::keyClick(&screen, Qt::Key_Escape);
+        QVERIFY(!screen.isVisible());
+        QCOMPARE(site.prompter.shown().size(), 3);
+    }
+
+    void updatePostsAndCloses()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        RentSupport::useFixture(site, u"normal.txt"_qs);
+        site.insert(u"Tenants"_qs, { { u"TenantID"_qs, 999 } }); // line 5's tenant
+        frmDownload screen(*site.state, nullptr);
+        screen.show();
+        click(screen, "chkPostMgmtFees");
+        child<QLineEdit>(screen, "txtCreateDeposit")->setText(u"77"_qs);
+        click(screen, "optRemark2");
+        QTest::keyClicks(child(screen, "txtRemark"), u"Remitra November"_qs);
+        click(screen, "cmdUpdate");
+
+        QCOMPARE(
+            site.prompter.texts(), QStringList { u"Your Dwellix Ledgers are now updated."_qs });
+        QVERIFY(screen.posted() && !screen.isVisible());
+        QCOMPARE(screen.result(), int(QDialog::Accepted));
+        QVERIFY(!child(screen, "cmdUpdate")->isEnabled());
+        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+        // Five payments with the own remark; fees for owners 1 (8% of 1250) and 2 (flat 25).
+        QCOMPARE(
+            site.scalar(
+                    u"SELECT count(*) FROM Transactions WHERE TransRemark = 'Remitra November'"_qs)
+                .toInt(),
+            5);
+        QCOMPARE(site.scalar(u"SELECT sum(TransAmount) FROM Transactions WHERE TransType = 'E'"_qs)
+                     .toDouble(),
+            -125.0);
+        QCOMPARE(
+            site.scalar(u"SELECT CkAmount FROM CheckDepPrinted WHERE CkNumber = 77"_qs).toDouble(),
+            2325.49);
+    }
+
+    void aStoppedPostingStaysAndTintsWhatWentIn()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        RentSupport::useFixture(site, u"normal.txt"_qs);
+        frmDownload screen(*site.state, nullptr);
+        screen.show();
+        auto *grid = child<QTableView>(screen, "gridACHDownload");
+        click(screen, "chkCreateDeposit");
+        click(screen, "cmdUpdate");
+        // Line 5's tenant 999 is unknown: the run stops there.
+        QCOMPARE(site.prompter.shown().size(), 1);
+        QVERIFY(site.prompter.texts().first().startsWith(u"Not found: Tenant ID #999\n"_qs));
+        QVERIFY(screen.isVisible() && !screen.posted());
+        QVERIFY(child(screen, "cmdUpdate")->isEnabled());
+        QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
+
+        const QModelIndex first = grid->model()->index(0, PaymentTableModel::Date);
+        QVERIFY(first.data(Qt::ToolTipRole)
+                    .toString()
+                    .startsWith(u"This payment looks already posted"_qs));
+        const QImage shot = grid->viewport()->grab().toImage();
+        const QRect cell = grid->visualRect(first);
+        QCOMPARE(QColor(shot.pixel(cell.right() - 2, cell.center().y())), QColor(255, 236, 179));
+    }
+
+    void printsToAPdf()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        RentSupport::useFixture(site, u"normal.txt"_qs);
+        frmDownload screen(*site.state, nullptr);
+        QTemporaryDir out;
+        const QString pdf = out.filePath(u"screen.pdf"_qs);
+        screen.setPrinterChooser([&](QPrinter &printer) {
+            printer.setOutputFileName(pdf);
+            return true;
+        });
+        click(screen, "cmdPrintScreen");
+        QCOMPARE(site.prompter.texts(), QStringList { u"Screen Printed"_qs });
+
+        QProcess p;
+        p.start(u"pdftotext"_qs, { u"-layout"_qs, pdf, u"-"_qs });
+        QVERIFY2(p.waitForFinished(30000), "pdftotext (poppler-utils) is needed");
+        const QString text = QString::fromUtf8(p.readAllStandardOutput());
+        for (const QString &expected : { u"Remitra Download Transactions"_qs, u"Dep Date"_qs,
+                 u"Avery, Ann"_qs, u"($125.50)"_qs, u"Total Amount: $2,325.49"_qs })
+            QVERIFY2(text.contains(expected), qPrintable(expected));
+
+        // The columns line up whatever the cells hold.
+        const QStringList lines
+            = DownloadPrintLayout::lines(screen.model().rows(), {}, QDateTime());
+        const qsizetype date = lines.at(3).indexOf(u"Date "_qs);
+        for (int row = 5; row < 10; ++row)
+            QCOMPARE(lines.at(row).indexOf(u"/2026"_qs) - 5, date);
+        QCOMPARE(lines.last(), u"Total Amount: "_qs);
+    }
+};
+
+QTEST_MAIN(TestDownloadScreen)
+#include "tst_download_screen.moc"

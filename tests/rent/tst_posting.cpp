@@ -1,0 +1,305 @@
+#include "RentSupport.h"
+
+#include "core/RuntimeError.h"
+#include "rent/PaymentFile.h"
+#include "rent/UpdateLedgers.h"
+
+#include <QDate>
+#include <QDir>
+#include <QTest>
+
+using RentSupport::line;
+
+namespace {
+
+RentPayments loadRows(TestSite &site, const QStringList &lines)
+{
+    RentSupport::writePaymentFile(site, lines);
+    RentPayments rows = PaymentFile::load(*site.state).rows;
+    site.prompter.clear();
+    return rows;
+}
+
+// "tenant balance / unit balance" of a tenant.
+QString balances(TestSite &site, int tenant)
+{
+    const QVariantMap id { { u":t"_qs, tenant } };
+    return site.scalar(u"SELECT TCurrBal FROM Tenants WHERE TenantID = :t"_qs, id).toString() + u'/'
+        + site.scalar(u"SELECT UCurrBal FROM Units WHERE UTenantID = :t"_qs, id).toString();
+}
+
+int count(TestSite &site, const char *table)
+{
+    return site.scalar(u"SELECT count(*) FROM "_qs + QString::fromLatin1(table)).toInt();
+}
+
+} // namespace
+
+class TestPosting : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void paymentsAndFees()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        site.db().execText(u"UPDATE Owners SET OMgmtFee = '7.125 %' WHERE OwnerID = 3"_qs, "test");
+        const RentPayments rows = loadRows(site,
+            { line(10, 100, u"-1000.00"_qs, u"11/02/2026"_qs, u"000123"_qs), // 8%: -80
+                line(10, 101, u"30"_qs, u"11/03/2026"_qs, u""_qs, u"Card"_qs, u"Late Fee"_qs),
+                line(20, 200, u"400"_qs, u"11/04/2026"_qs, u"5"_qs, u"ACH"_qs, u"Rent Payment"_qs),
+                line(20, 200, u"60"_qs, u"11/04/2026"_qs, u"6"_qs, u"ACH"_qs, u"Other"_qs),
+                line(30, 300, u"333.33"_qs) }); // 7.125%: -23.7498
+        PostingChoices choices;
+        choices.createDeposit = false;
+        choices.postMgmtFees = true;
+        choices.remark = PostingChoices::DefaultRemark;
+        QVERIFY(UpdateLedgers::run(*site.state, rows, choices));
+        QCOMPARE(
+            site.prompter.texts(), QStringList { u"Your Dwellix Ledgers are now updated."_qs });
+        QCOMPARE(site.prompter.titles(), QStringList { u"Dwellix Remitra"_qs });
+
+        QStringList lines;
+        for (const QVariantMap &t : site.rows(u"SELECT * FROM Transactions ORDER BY TransID"_qs)) {
+            QStringList f;
+            for (const char *name : { "TransAccountID", "TransPostToID", "TransAmount", "TransDate",
+                     "TransCheckNumber", "TransRemark", "TransType", "TransStatus", "TransTax",
+                     "TransOID", "TransPID", "TransUID", "TransTID" }) {
+                const QVariant v = t.value(QString::fromLatin1(name));
+                f << (v.isNull() ? u"Null"_qs : v.toString());
+            }
+            lines << f.join(u' ');
+        }
+        QCOMPARE(lines,
+            (QStringList { u"4000 100 1000 2026-11-02 123 Rent received I B N 1 10 100 100"_qs,
+                u"6100 100 -80 2026-11-02 Null Management Fee E U N 1 10 100 100"_qs,
+                u"4100 101 30 2026-11-03 Null Late fee I T N 1 10 101 101"_qs,
+                u"4000 200 400 2026-11-04 5 Rent received I B N 2 20 200 200"_qs,
+                u"6100 200 -25 2026-11-04 Null Management Fee E U N 2 20 200 200"_qs,
+                u"4000 200 60 2026-11-04 6 Rent received I B N 2 20 200 200"_qs,
+                u"4000 300 333.33 2026-11-02 1001 Rent received I B N 3 30 300 300"_qs,
+                u"6100 300 -23.7498 2026-11-02 Null Management Fee E U N 3 30 300 300"_qs }));
+        // Payments raise what their code names ("B" both, "T" the tenant);
+        // fees lower the unit only.
+        QCOMPARE(balances(site, 100), u"1000/920"_qs);
+        QCOMPARE(balances(site, 101), u"30/0"_qs);
+        QCOMPARE(balances(site, 200), u"460/435"_qs);
+        QCOMPARE(balances(site, 300), u"333.33/309.5802"_qs);
+
+        // With code "U" a payment changes no balance.
+        site.state->IdItems[0] = u"Rent Income;4000;U"_qs;
+        QVERIFY(UpdateLedgers::run(*site.state, loadRows(site, { line(10, 100, u"5"_qs) }), {}));
+        QCOMPARE(balances(site, 100), u"1000/920"_qs);
+    }
+
+    void remarkChoices_data()
+    {
+        QTest::addColumn<int>("choice");
+        QTest::addColumn<QStringList>("remarks"); // rent, late fee, split of the late fee
+        const QString cut(60, u'm');
+        QTest::newRow("none chosen") << -1 << QStringList { u"Null"_qs, u"Null"_qs, u"Null"_qs };
+        QTest::newRow("defaults") << 0
+                                  << QStringList { u"Rent received"_qs, u"Late fee"_qs,
+                                         u"Rent received"_qs };
+        QTest::newRow("method") << 1 << QStringList { cut, cut, cut };
+        QTest::newRow("own text") << 2 << QStringList(3, u"Paid via Remitra"_qs);
+    }
+
+    void remarkChoices()
+    {
+        QFETCH(int, choice);
+        QFETCH(QStringList, remarks);
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        const QString method = u"  "_qs + QString(70, u'm');
+        PostingChoices choices;
+        choices.remark = choice;
+        choices.remarkText = u"  Paid via Remitra  "_qs;
+        QVERIFY(UpdateLedgers::run(*site.state,
+            loadRows(site,
+                { line(10, 100, u"10"_qs, u"11/02/2026"_qs, u"1"_qs, method),
+                    line(10, 100, u"5"_qs, u"11/02/2026"_qs, u"2"_qs, method, u"Late Fee"_qs) }),
+            choices));
+        QStringList got;
+        for (const QVariantMap &r :
+            site.rows(u"SELECT TransRemark AS r FROM Transactions UNION ALL "
+                      "SELECT CkRemark FROM SplitPrintedChecks WHERE SplitID = 2"_qs))
+            got << (r[u"r"_qs].isNull() ? u"Null"_qs : r[u"r"_qs].toString());
+        QCOMPARE(got, remarks);
+        // A blank deposit number gives deposit number 0.
+        QCOMPARE(site.scalar(u"SELECT CkNumber FROM CheckDepPrinted"_qs).toInt(), 0);
+    }
+
+    void stops_data()
+    {
+        QTest::addColumn<int>("item"); // IdItems entry to change, -1 none
+        QTest::addColumn<QString>("setting");
+        QTest::addColumn<QString>("secondLine");
+        QTest::addColumn<QString>("message"); // its beginning
+        QTest::addColumn<int>("written"); // Transactions rows kept
+        const QString fine = line(20, 200, u"20"_qs);
+        const QString valid = u"You do not have a valid Account Category set up for "_qs;
+        QTest::newRow("unknown tenant")
+            << -1 << QString()
+            << line(10, 555, u"-60.5"_qs, u"11/02/2026"_qs, u"000777"_qs, u"Card"_qs)
+            << u"Not found: Tenant ID #555\nAmount: -60.5\nDate: 11/02/2026\nCheck Number: 000777\n"
+               "Remark: Card\nThe above Remitra deposit does not have a Tenant set up for Remitra, "
+               "this must be corrected before you can update any ledgers."_qs
+            << 2;
+        QTest::newRow("no rent category") << 0 << u"  "_qs << fine
+                                          << valid
+                + u"'Rent Income'. Nothing was posted to the "
+                  "Dwellix Ledgers. Please check your Account "
+                  "Category and Account Default settings under "
+                  "'Preferences' from the Dwellix Main Menu."_qs
+                                          << 0;
+        QTest::newRow("rent account no number")
+            << 0 << u"Rent Income;abc;B"_qs << fine << valid + u"'Rent Income'."_qs << 0;
+        QTest::newRow("no late category")
+            << 4 << u"Late Fee Received"_qs << fine
+            << valid + u"'Late Fee Received'. Nothing was posted"_qs << 0;
+        // The late fee of line 1 and the rent payment itself are in; no fee.
+        QTest::newRow("no fee category") << 2 << QString() << fine
+                                         << valid
+                + u"'Management Fee'. The management fee was not posted. Please check your "
+                  "Account Category and Account Default settings under 'Preferences' from "
+                  "the Dwellix Main Menu."_qs
+                                         << 2;
+        QTest::newRow("amount unreadable")
+            << -1 << QString() << line(20, 200, u"twelve"_qs)
+            << u"The amount \"twelve\" on line 2 of the Remitra Payment "
+               "File cannot be read. Nothing was posted to the Dwellix "
+               "Ledgers."_qs
+            << 0;
+        QTest::newRow("date unreadable")
+            << -1 << QString() << line(20, 200, u"1"_qs, u"31/31/2026"_qs)
+            << u"The date \"31/31/2026\" on line 2 of the Remitra"_qs << 0;
+        QTest::newRow("owner fee unreadable")
+            << -1 << QString() << line(30, 300, u"12"_qs)
+            << u"The management fee \"ten%\" of owner 3 (for the payment on line 2 of the Remitra "
+               "Payment File) cannot be read. Nothing was posted"_qs
+            << 0;
+    }
+
+    void stops()
+    {
+        QFETCH(int, item);
+        QFETCH(QString, setting);
+        QFETCH(QString, secondLine);
+        QFETCH(QString, message);
+        QFETCH(int, written);
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        site.db().execText(u"UPDATE Owners SET OMgmtFee = 'ten%' WHERE OwnerID = 3"_qs, "test");
+        if (item >= 0)
+            site.state->IdItems[std::size_t(item)] = setting;
+        const RentPayments rows = loadRows(site,
+            { line(10, 100, u"7"_qs, u"11/02/2026"_qs, u"1"_qs, u"ACH"_qs, u"Late Fee"_qs),
+                secondLine, line(10, 101, u"100"_qs) });
+        PostingChoices choices;
+        choices.createDeposit = false;
+        choices.postMgmtFees = true;
+        choices.remark = PostingChoices::MethodRemark;
+        QVERIFY(!UpdateLedgers::run(*site.state, rows, choices));
+        QCOMPARE(site.prompter.shown().size(), 1);
+        QVERIFY2(site.prompter.texts().first().startsWith(message),
+            qPrintable(site.prompter.texts().first()));
+        QCOMPARE(site.prompter.titles().first(), u"Remitra"_qs);
+        QCOMPARE(count(site, "Transactions"), written);
+        // The rows after the stop are not posted; the file stays for another run.
+        QCOMPARE(balances(site, 101), u"0/0"_qs);
+        QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
+        // What stops before anything is written leaves no backup either.
+        QCOMPARE(QDir(site.path(u"backups"_qs)).exists(), !message.startsWith(u"The "_qs));
+    }
+
+    void depositAndSplits()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        const RentPayments rows = loadRows(site,
+            { line(10, 100, u"-1250.5"_qs, u"11/02/2026"_qs, u"123456789012"_qs),
+                line(10, 101, u"35"_qs, u"11/02/2026"_qs, u""_qs, u"Card"_qs, u"Late Fee"_qs),
+                line(20, 555, u"0.0101"_qs) }); // unknown tenant: posting stops here
+        PostingChoices choices;
+        choices.depositNumber = u"2045"_qs;
+        QVERIFY(!UpdateLedgers::run(*site.state, rows, choices));
+
+        // The deposit is still made, with all rows, after the posting stopped.
+        const auto d = site.rows(u"SELECT * FROM CheckDepPrinted"_qs);
+        QCOMPARE(d.size(), 1);
+        QStringList dep;
+        for (const char *name :
+            { "CkPayee", "CkAccountID", "CkAmount", "CkInvoice", "CkRemark", "CkStatus",
+                "CkVendorID", "CkPostTo", "CkNumber", "CkType", "CkSplit", "CkPostToText" })
+            dep << (d[0].value(QString::fromLatin1(name)).isNull()
+                    ? u"Null"_qs
+                    : d[0].value(QString::fromLatin1(name)).toString());
+        QCOMPARE(dep.join(u'|'), u"DEPOSIT|0|1285.5101||REMITRA DEPOSIT|P|-1|Null|2045|D|Y|Y"_qs);
+        QCOMPARE(d[0][u"CkDate"_qs].toString(), QDate::currentDate().toString(Qt::ISODate));
+
+        QStringList splits;
+        for (const QVariantMap &s :
+            site.rows(u"SELECT * FROM SplitPrintedChecks ORDER BY SplitID"_qs)) {
+            QCOMPARE(s[u"CkNumber"_qs], d[0][u"CkID"_qs]);
+            splits << QStringList { s[u"CkCheckNumber"_qs].isNull()
+                    ? u"Null"_qs
+                    : s[u"CkCheckNumber"_qs].toString(),
+                s[u"CkAmount"_qs].toString(), s[u"CkAccountID"_qs].toString(),
+                s[u"CkPostToID"_qs].toString(), s[u"CkStatus"_qs].toString(),
+                s[u"CkType"_qs].toString(), s[u"CkPostTo"_qs].toString() }
+                          .join(u' ');
+        }
+        QCOMPARE(splits,
+            (QStringList { u"123456789 1250.5 4000 100 P D B"_qs, u"Null 35 4000 101 P D T"_qs,
+                u"1001 0.0101 4000 555 P D B"_qs }));
+    }
+
+    void successMovesTheFileAsideAndKeepsTenBackups()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        site.writeFile(PaymentFile::LastDownloadName, "older");
+        QDir(site.folder()).mkpath(u"backups"_qs);
+        for (int i = 0; i < 12; ++i)
+            site.writeFile(
+                u"backups/dxdatafl-20200101-0000%1-000.db"_qs.arg(i, 2, 10, QChar(u'0')), "x");
+        const RentPayments rows = loadRows(site, { line(10, 100, u"10"_qs) });
+        const QByteArray file = site.fileBytes(site.state->PaymentDownloadName);
+        QVERIFY(UpdateLedgers::run(*site.state, rows, {}));
+        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QCOMPARE(site.fileBytes(PaymentFile::LastDownloadName), file);
+
+        const QStringList kept = QDir(site.path(u"backups"_qs)).entryList(QDir::Files, QDir::Name);
+        QCOMPARE(kept.size(), 10);
+        QCOMPARE(kept.first(), u"dxdatafl-20200101-000003-000.db"_qs);
+        // The newest copy is the whole database as it was before the posting.
+        auto copy = HostDb::openSqlite(site.path(u"backups/"_qs + kept.last()));
+        QSqlQuery q(copy->database());
+        QVERIFY(q.exec(
+            u"SELECT (SELECT count(*) FROM Tenants), (SELECT count(*) FROM Transactions)"_qs));
+        QVERIFY(q.next());
+        QCOMPARE(q.value(0).toInt() * 10 + q.value(1).toInt(), 40);
+    }
+
+    void failureMidRunLeavesNoHalfBatch()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        site.db().execText(
+            u"CREATE TRIGGER fail BEFORE INSERT ON SplitPrintedChecks WHEN "
+            "NEW.CkPostToID = 200 BEGIN SELECT RAISE(ABORT, 'disk I/O error'); END"_qs,
+            "test");
+        const RentPayments rows
+            = loadRows(site, { line(10, 100, u"10"_qs), line(20, 200, u"20"_qs) });
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, UpdateLedgers::run(*site.state, rows, {}));
+        QCOMPARE(count(site, "Transactions") + count(site, "CheckDepPrinted"), 0);
+        QCOMPARE(balances(site, 100), u"0/0"_qs);
+        QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QCOMPARE(site.prompter.busyDepth(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPosting)
+#include "tst_posting.moc"
