@@ -9,22 +9,19 @@ namespace EnrolmentQueries {
 
 namespace {
 
-// The SQL of one screen's list. The search condition takes :pattern (the
-// text anywhere, LIKE) and :id (the key's number, or -1).
+// The SQL of one screen's list.
 struct RosterSql
 {
     const char *table; // table whose flag is written
     const char *flag; // flag field
     const char *idField; // field the flag is written by
-    const char *from; // FROM clause of the list; null: the portfolio join
-    const char *rowKey; // row key expression
+    const char *qualifiedId; // the same, with its table
+    bool portfolio; // listed through the portfolio join, else from the table
+    const char *rowKey; // row key on SQLite; on Access the id is the key
     const char *columns; // listed columns
-    const char *enrolled; // the enrolled-only condition
-    const char *search; // the search condition
+    QList<const char *> searchFields; // fields the search text is looked for in
     QList<QPair<const char *, const char *>> sorts; // sort text, ORDER BY
 };
-
-#define LIKE_PATTERN " LIKE :pattern ESCAPE '\\'"
 
 const RosterSql &sqlFor(Roster roster)
 {
@@ -32,16 +29,14 @@ const RosterSql &sqlFor(Roster roster)
         "Tenants",
         "TACH",
         "TenantID",
-        nullptr,
+        "Tenants.TenantID",
+        true,
         "Units.rowid",
         "Owners.OwnerID, Properties.PropID, Tenants.TenantID, Owners.OLastName1,"
         " Owners.OFirstName1, Properties.PropName, Units.UAddress, Tenants.TLastName1,"
         " Tenants.TFirstName1, Units.UNumber, Tenants.TACH",
-        "trim(substr(Tenants.TACH, 1, 1)) = 'Y' COLLATE NOCASE",
-        "(Tenants.TFirstName1" LIKE_PATTERN " OR Tenants.TLastName1" LIKE_PATTERN
-        " OR Owners.OFirstName1" LIKE_PATTERN " OR Owners.OLastName1" LIKE_PATTERN
-        " OR Properties.PropName" LIKE_PATTERN " OR Units.UAddress" LIKE_PATTERN
-        " OR Tenants.TenantID = :id)",
+        { "Tenants.TFirstName1", "Tenants.TLastName1", "Owners.OFirstName1", "Owners.OLastName1",
+            "Properties.PropName", "Units.UAddress" },
         {
             { "Owner Name",
                 "Owners.OLastName1, Owners.OFirstName1, Properties.PropName, Units.UAddress" },
@@ -55,12 +50,11 @@ const RosterSql &sqlFor(Roster roster)
         "Owners",
         "OACH",
         "OwnerID",
-        " FROM Owners",
+        "Owners.OwnerID",
+        false,
         "Owners.rowid",
         "OwnerID, OLastName1, OFirstName1, OCity, OPhone1, OACH",
-        "trim(substr(Owners.OACH, 1, 1)) = 'Y' COLLATE NOCASE",
-        "(OFirstName1" LIKE_PATTERN " OR OLastName1" LIKE_PATTERN " OR OFirstName2" LIKE_PATTERN
-        " OR OLastName2" LIKE_PATTERN " OR OwnerID = :id)",
+        { "OFirstName1", "OLastName1", "OFirstName2", "OLastName2" },
         {
             { "Owner Name", "Owners.OLastName1, Owners.OFirstName1" },
             { "Remitra", "OACH, OLastName1, OFirstName1" },
@@ -70,11 +64,11 @@ const RosterSql &sqlFor(Roster roster)
         "Vendors",
         "VACH",
         "VenID",
-        " FROM Vendors",
+        "Vendors.VenID",
+        false,
         "Vendors.rowid",
         "VenID, VenName, VenContact, VenCity, VenPhone1, VACH",
-        "trim(substr(Vendors.VACH, 1, 1)) = 'Y' COLLATE NOCASE",
-        "(VenName" LIKE_PATTERN " OR VenContact" LIKE_PATTERN " OR VenID = :id)",
+        { "VenName", "VenContact" },
         {
             { "Vendor Name", "Vendors.VenName, Vendors.VenID" },
             { "Remitra", "VACH, Vendors.VenName, Vendors.VenID" },
@@ -91,19 +85,27 @@ const RosterSql &sqlFor(Roster roster)
     return vendors;
 }
 
-#undef LIKE_PATTERN
-
-QString fromClause(const RosterSql &sql)
+QString latin(const char *text)
 {
-    return QString::fromLatin1(sql.from ? sql.from : PortfolioQueries::PortfolioJoin);
+    return QString::fromLatin1(text);
+}
+
+QString rowKey(const HostDb &db, const RosterSql &sql)
+{
+    return latin(db.isAccess() ? sql.qualifiedId : sql.rowKey);
+}
+
+QString fromClause(const HostDb &db, const RosterSql &sql)
+{
+    return sql.portfolio ? PortfolioQueries::portfolioJoin(db) : u" FROM "_qs + latin(sql.table);
 }
 
 // For rows picked by their unit's rowid the join is best entered from the
 // units, so it is written without the table-order steering of the list.
-QString keyedFromClause(const RosterSql &sql)
+QString keyedFromClause(const HostDb &db, const RosterSql &sql)
 {
-    if (sql.from)
-        return QString::fromLatin1(sql.from);
+    if (!sql.portfolio || db.isAccess())
+        return fromClause(db, sql);
     return u" FROM Units INNER JOIN Tenants ON Tenants.TenantID = Units.UTenantID"
            " INNER JOIN Properties ON Properties.PropID = Tenants.TPropID"
            " INNER JOIN Owners ON Owners.OwnerID = Properties.POwnerID"_qs;
@@ -122,27 +124,47 @@ QChar keyLetter(Roster roster)
     return u'V';
 }
 
-// The WHERE clause of a listing (empty when nothing is filtered).
-QString whereClause(const RosterSql &sql, const Listing &listing)
+// The WHERE clause of a listing (empty when nothing is filtered). The flag's
+// first character, blanks removed, is compared without regard to case.
+QString whereClause(const HostDb &db, const RosterSql &sql, const Listing &listing)
 {
     QStringList conditions;
-    if (listing.enrolledOnly)
-        conditions << QString::fromLatin1(sql.enrolled);
-    if (!listing.search.trimmed().isEmpty())
-        conditions << QString::fromLatin1(sql.search);
+    const QString flag = latin(sql.table) + u'.' + latin(sql.flag);
+    if (listing.enrolledOnly) {
+        conditions << (db.isAccess()
+                ? u"Trim(Left("_qs + flag + u", 1)) = 'Y'"_qs
+                : u"trim(substr("_qs + flag + u", 1, 1)) = 'Y' COLLATE NOCASE"_qs);
+    }
+    if (!listing.search.trimmed().isEmpty()) {
+        const QString like
+            = db.isAccess() ? u" LIKE :pattern"_qs : u" LIKE :pattern ESCAPE '\\'"_qs;
+        QStringList any;
+        for (const char *field : sql.searchFields)
+            any << latin(field) + like;
+        any << latin(sql.qualifiedId) + u" = :id"_qs;
+        conditions << u'(' + any.join(u" OR "_qs) + u')';
+    }
     return conditions.isEmpty() ? QString() : u" WHERE "_qs + conditions.join(u" AND "_qs);
 }
 
-void bindSearch(QSqlQuery &query, Roster roster, const Listing &listing)
+void bindSearch(const HostDb &db, QSqlQuery &query, Roster roster, const Listing &listing)
 {
     const QString text = listing.search.trimmed();
     if (text.isEmpty())
         return;
-    QString escaped = text;
-    escaped.replace(u'\\', u"\\\\"_qs).replace(u'%', u"\\%"_qs).replace(u'_', u"\\_"_qs);
+    // The text is looked for as it stands: its own wildcards are escaped.
+    QString escaped;
+    for (QChar c : text) {
+        if (db.isAccess() && (c == u'[' || c == u'%' || c == u'_' || c == u'*' || c == u'?'))
+            escaped += u'[' + QString(c) + u']';
+        else if (!db.isAccess() && (c == u'\\' || c == u'%' || c == u'_'))
+            escaped += u'\\' + QString(c);
+        else
+            escaped += c;
+    }
     query.bindValue(u":pattern"_qs, QString(u'%' + escaped + u'%'));
     // "T12" or "12" finds tenant 12; anything else matches no id.
-    static const QRegularExpression key(u"^([A-Za-z])?\\s*(\\d{1,15})$"_qs);
+    static const QRegularExpression key(u"^([A-Za-z])?\\s*(\\d{1,9})$"_qs);
     const QRegularExpressionMatch m = key.match(text);
     qint64 id = -1;
     if (m.hasMatch()
@@ -151,12 +173,11 @@ void bindSearch(QSqlQuery &query, Roster roster, const Listing &listing)
     query.bindValue(u":id"_qs, id);
 }
 
-QString orderClause(const RosterSql &sql, const QString &sortText)
+QString orderClause(const HostDb &db, const RosterSql &sql, const QString &sortText)
 {
     for (const auto &sort : sql.sorts) {
         if (sortText == QLatin1String(sort.first))
-            return u" ORDER BY "_qs + QString::fromLatin1(sort.second) + u", "_qs
-                + QString::fromLatin1(sql.rowKey);
+            return u" ORDER BY "_qs + latin(sort.second) + u", "_qs + rowKey(db, sql);
     }
     return QString();
 }
@@ -189,9 +210,9 @@ int idColumn(Roster roster)
 QList<qint64> listedKeys(HostDb &db, Roster roster, const Listing &listing)
 {
     const RosterSql &sql = sqlFor(roster);
-    QSqlQuery query = db.prepare(u"SELECT "_qs + QString::fromLatin1(sql.rowKey) + fromClause(sql)
-        + whereClause(sql, listing) + orderClause(sql, listing.sortText));
-    bindSearch(query, roster, listing);
+    QSqlQuery query = db.prepare(u"SELECT "_qs + rowKey(db, sql) + fromClause(db, sql)
+        + whereClause(db, sql, listing) + orderClause(db, sql, listing.sortText));
+    bindSearch(db, query, roster, listing);
     HostDb::exec(query, "listing the enrolment rows");
     QList<qint64> keys;
     while (query.next())
@@ -208,9 +229,9 @@ QHash<qint64, QList<QVariant>> rowsFor(HostDb &db, Roster roster, const QList<qi
     QString marks;
     for (qsizetype i = 0; i < keys.size(); ++i)
         marks += i ? u",?"_qs : u"?"_qs;
-    QSqlQuery query = db.prepare(u"SELECT "_qs + QString::fromLatin1(sql.rowKey) + u", "_qs
-        + QString::fromLatin1(sql.columns) + keyedFromClause(sql) + u" WHERE "_qs
-        + QString::fromLatin1(sql.rowKey) + u" IN ("_qs + marks + u")"_qs);
+    const QString key = rowKey(db, sql);
+    QSqlQuery query = db.prepare(u"SELECT "_qs + key + u", "_qs + latin(sql.columns)
+        + keyedFromClause(db, sql) + u" WHERE "_qs + key + u" IN ("_qs + marks + u")"_qs);
     for (qsizetype i = 0; i < keys.size(); ++i)
         query.bindValue(int(i), keys[i]);
     HostDb::exec(query, "reading the enrolment rows");
@@ -229,9 +250,8 @@ void setFlag(HostDb &db, Roster roster, const QVariant &id, const QString &flag)
 {
     const RosterSql &sql = sqlFor(roster);
     HostDb::Transaction tx(db);
-    QSqlQuery query = db.prepare(u"UPDATE "_qs + QString::fromLatin1(sql.table) + u" SET "_qs
-        + QString::fromLatin1(sql.flag) + u" = :flag WHERE "_qs + QString::fromLatin1(sql.idField)
-        + u" = :id"_qs);
+    QSqlQuery query = db.prepare(u"UPDATE "_qs + latin(sql.table) + u" SET "_qs + latin(sql.flag)
+        + u" = :flag WHERE "_qs + latin(sql.idField) + u" = :id"_qs);
     query.bindValue(u":flag"_qs, flag);
     query.bindValue(u":id"_qs, id);
     HostDb::exec(query, "saving the enrolment flag");
@@ -241,14 +261,12 @@ void setFlag(HostDb &db, Roster roster, const QVariant &id, const QString &flag)
 int setFlagForListed(HostDb &db, Roster roster, const Listing &listing, const QString &flag)
 {
     const RosterSql &sql = sqlFor(roster);
-    const QString table = QString::fromLatin1(sql.table);
-    const QString idField = table + u'.' + QString::fromLatin1(sql.idField);
     HostDb::Transaction tx(db);
-    QSqlQuery query = db.prepare(u"UPDATE "_qs + table + u" SET "_qs + QString::fromLatin1(sql.flag)
-        + u" = :flag WHERE "_qs + QString::fromLatin1(sql.idField) + u" IN (SELECT "_qs + idField
-        + fromClause(sql) + whereClause(sql, listing) + u")"_qs);
+    QSqlQuery query = db.prepare(u"UPDATE "_qs + latin(sql.table) + u" SET "_qs + latin(sql.flag)
+        + u" = :flag WHERE "_qs + latin(sql.idField) + u" IN (SELECT "_qs + latin(sql.qualifiedId)
+        + fromClause(db, sql) + whereClause(db, sql, listing) + u")"_qs);
     query.bindValue(u":flag"_qs, flag);
-    bindSearch(query, roster, listing);
+    bindSearch(db, query, roster, listing);
     HostDb::exec(query, "setting the enrolment flags");
     const int written = query.numRowsAffected();
     tx.commit();

@@ -10,7 +10,8 @@ class HostDb;
 // The lists behind the enrolment screens and the writes of their flag
 // column. Tenants are listed through the portfolio join (one row per unit
 // of a tenant), owners and vendors from their own table. A listed row is
-// known by a row key (the unit's or the table's rowid), so that its values
+// known by a row key (on SQLite the unit's or the table's rowid; on Access,
+// which has none, the tenant's, owner's or vendor's id), so that its values
 // can be fetched later, a screenful at a time.
 namespace EnrolmentQueries {
 

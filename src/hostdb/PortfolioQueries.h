@@ -9,7 +9,9 @@ class HostDb;
 // tenant and unit of every tenant that has an owner-linked property and a
 // unit row), the Owners and Vendors tables, and the company contact. Each
 // function returns an executed forward-only query whose columns are in the
-// order of its enum, so callers stream rows without holding them.
+// order of its enum, so callers stream rows without holding them. "The
+// database's order" is the order rows were entered in (SQLite's rowid); the
+// Access engine gives its own order.
 namespace PortfolioQueries {
 
 // Columns of setupRows(), ordered by owner, property and unit.
@@ -110,7 +112,8 @@ struct CompanyContact
 };
 CompanyContact firstCompany(HostDb &db);
 
-// The FROM clause of the portfolio join (inner joins only).
-extern const char *const PortfolioJoin;
+// The FROM clause of the portfolio join (inner joins only), written for the
+// database's engine (Access wants nested parentheses).
+QString portfolioJoin(const HostDb &db);
 
 } // namespace PortfolioQueries
