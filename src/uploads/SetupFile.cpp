@@ -25,27 +25,37 @@ void BuildSetupFile(ProgramState &state)
 
     QSqlQuery rows = setupRows(db);
     TransferFile::LineWriter out(state.pathOf(state.SetupUploadName));
+    // Rows come grouped by owner and property, and fields 1 to 14 and 17 to
+    // 19 depend on those two alone (their ids are unique), so they are built
+    // once per property.
+    QVariant ownerId, propId;
+    QString head; // fields 1-14 and the separator before field 15
+    QString place; // fields 17-19 and the separator before them
     QString line;
     line.reserve(512);
     while (rows.next()) {
-        const QString city = FieldRules::text(rows.value(SetupPropCity));
-        const QString st = FieldRules::text(rows.value(SetupPropState));
-        const QString zip = FieldRules::text(rows.value(SetupPropZip));
+        const QVariant rowOwner = rows.value(SetupOwnerID);
+        const QVariant rowProp = rows.value(SetupPropID);
+        if (head.isNull() || rowOwner != ownerId || rowProp != propId) {
+            ownerId = rowOwner;
+            propId = rowProp;
+            place = sep + FieldRules::text(rows.value(SetupPropCity)) + sep
+                + FieldRules::text(rows.value(SetupPropState)) + sep
+                + FieldRules::text(rows.value(SetupPropZip));
+            head = site + u"|O"_qs + FieldRules::raw(rowOwner) + sep
+                + FieldRules::personName(rows.value(SetupOFirstName1), rows.value(SetupOLastName1))
+                + u"|P"_qs + FieldRules::raw(rowProp) + sep
+                + FieldRules::text(rows.value(SetupPropName)) + sep + contact + sep
+                + FieldRules::pairUnlessSecondEmpty(
+                    rows.value(SetupPropAddress1), rows.value(SetupPropAddress2), u" "_qs)
+                + place + u"|U"_qs;
+        }
         line.truncate(0);
-        line += site;
-        line += u"|O"_qs + FieldRules::raw(rows.value(SetupOwnerID));
-        line += sep
-            + FieldRules::personName(rows.value(SetupOFirstName1), rows.value(SetupOLastName1));
-        line += u"|P"_qs + FieldRules::raw(rows.value(SetupPropID));
-        line += sep + FieldRules::text(rows.value(SetupPropName));
-        line += sep + contact;
-        line += sep
-            + FieldRules::pairUnlessSecondEmpty(
-                rows.value(SetupPropAddress1), rows.value(SetupPropAddress2), u" "_qs);
-        line += sep + city + sep + st + sep + zip;
-        line += u"|U"_qs + FieldRules::raw(rows.value(SetupUTenantID));
-        line += sep + FieldRules::text(rows.value(SetupUAddress));
-        line += sep + city + sep + st + sep + zip;
+        line += head;
+        line += FieldRules::raw(rows.value(SetupUTenantID));
+        line += sep;
+        line += FieldRules::text(rows.value(SetupUAddress));
+        line += place;
         out.writeLine(line);
     }
     out.commit();
