@@ -163,6 +163,8 @@ void EnrolmentListWidget::arrangeColumns()
 
 void EnrolmentListWidget::GridSQL()
 {
+    // Listing again closes the editor: a flag being typed is taken first.
+    commitPendingEdit();
     TopLevel::run(m_state, [&] {
         const EnrolmentQueries::Listing listing = currentListing();
         if (m_roster == Roster::Tenants) {
