@@ -12,6 +12,9 @@
 #include "processor/RentDownload.h"
 #include "rent/PaymentFile.h"
 #include "rent/UpdateLedgers.h"
+#include "uploads/OwnerFile.h"
+#include "uploads/SetupFile.h"
+#include "uploads/TenantUpload.h"
 
 #include <QDirIterator>
 #include <QElapsedTimer>
@@ -198,6 +201,9 @@ private slots:
         site.db().execText(u"UPDATE Tenants SET TLastName1 = 'x'' OR ''1''=''1', "
                            "TFirstName1 = 'a; DROP TABLE Units; --' WHERE TenantID = 100"_qs,
             "test");
+        site.insert(u"Company"_qs, { { u"CName1"_qs, u"O'Hare \"Homes\"; --"_qs } });
+        site.db().execText(
+            u"UPDATE Units SET UAddress = 'Apt ''1''; DELETE FROM Units; --' WHERE UTenantID = 100"_qs, "test");
         int n = 0;
         QList<qint64> checks;
         for (const QString &text : hostile) {
@@ -238,6 +244,17 @@ private slots:
                 + VbText::Trim(hostile[i]) + u'|' + QString::number(11 + i) + u"\r\n"_qs;
             QVERIFY2(written.contains(expected), qPrintable(hostile[i].left(40)));
         }
+        // Upload files: the texts as they stand, trimmed.
+        BuildOwnerFile(*site.state);
+        BuildSetupFile(*site.state);
+        BuildTenantUpload(*site.state);
+        const QString owners = TransferFile::fromAnsi(site.fileBytes(site.state->OwnerUploadName));
+        for (const QString &text : hostile)
+            QVERIFY2(owners.contains(u'|' + VbText::Trim(text) + u" Z|"_qs), qPrintable(text.left(40)));
+        QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->TenantUploadName))
+                    .contains(u"|a; DROP TABLE Units; --|x' OR '1'='1|"_qs));
+        QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->SetupUploadName))
+                    .contains(u"|Apt '1'; DELETE FROM Units; --|"_qs));
         QCOMPARE(DisburseFixture::dump(site, u"SELECT name, sql FROM sqlite_master ORDER BY name"_qs), schema);
         QCOMPARE(DisburseFixture::dump(site,
                      u"SELECT (SELECT count(*) FROM Owners), (SELECT count(*) FROM Tenants), "
