@@ -7,7 +7,10 @@
 #include "app/TopLevel.h"
 #include "app/frmLogin.h"
 #include "core/Prompter.h"
+#include "disburse/frmMakePayments.h"
 #include "processor/RentDownload.h"
+#include "rent/frmDownload.h"
+#include "viewer/frmViewFiles.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -319,9 +322,19 @@ void frmRemitraMain::closeEvent(QCloseEvent *event)
 
 // The jobs and screens of these commands are wired in here as they land.
 void frmRemitraMain::runUploadAll() { }
-void frmRemitraMain::openDownload() { }
+void frmRemitraMain::openDownload()
+{
+    frmDownload review(m_state, this);
+    review.exec();
+}
 void frmRemitraMain::openTenantUpdate() { }
 void frmRemitraMain::openOwnerUpdate() { }
 void frmRemitraMain::openVendorUpdate() { }
-void frmRemitraMain::openMakePayments() { }
-void frmRemitraMain::openViewFiles() { }
+void frmRemitraMain::openMakePayments()
+{
+    frmMakePayments::open(m_state, this);
+}
+void frmRemitraMain::openViewFiles()
+{
+    frmViewFiles::open(m_state, this);
+}

@@ -24,6 +24,22 @@ private:
     }
 
 private slots:
+    void demoModeQueuesRentOnEveryTenantUpload()
+    {
+        SandboxProcess sandbox(u"u"_qs, u"p"_qs, {u"--auto-rent"_qs});
+        QVERIFY(sandbox.isRunning());
+        const QString tenants =
+            u"DXRM|O1|P2|U3|T3|700|1/2/2020|Rent|T3|Ann|Lee|1 Main|Town|ST|1|activate|\r\n"
+            "DXRM|O1|P2|U4|T4|50|1/2/2020|Rent|T4|Bo|Ray|2 Main|Town|ST|1|deactivate|\r\n"_qs;
+        QVERIFY(client(sandbox, sandbox.url())->Transmit(QString(), tenants));
+        auto download = client(sandbox, sandbox.url());
+        QVERIFY(download->Transmit(QString(), QString()));
+        // Only the active tenant pays, its balance.
+        const QStringList lines = download->ResponseText().split(u"\r\n"_qs, Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), 1);
+        QVERIFY(lines[0].startsWith(u"P2,U3,T3,700,"_qs));
+    }
+
     void recordsSurviveARestart()
     {
         QTemporaryDir dir;

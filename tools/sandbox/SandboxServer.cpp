@@ -210,6 +210,8 @@ SandboxServer::Answer SandboxServer::processorAnswer(
         } else {
             const int setupLines = m_records.recordSetup(setup);
             const int tenantLines = m_records.recordTenants(tenant);
+            if (m_options.autoRent && tenantLines > 0)
+                m_records.queueRent(QString(), u"Rent"_qs, QDate::currentDate());
             answer.body = QByteArray("Received ") + QByteArray::number(setupLines) + " setup and "
                 + QByteArray::number(tenantLines) + " tenant records";
         }

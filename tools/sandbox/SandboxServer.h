@@ -28,6 +28,9 @@ public:
         QString stateFile;
         QHostAddress host = QHostAddress::LocalHost;
         quint16 port = 0;
+        // Demo mode: every tenant upload queues one rent payment per active
+        // tenant (the tenant's balance), as if the tenants had paid at once.
+        bool autoRent = false;
     };
 
     SandboxServer(Options options, SandboxRecords records, QObject *parent = nullptr);

@@ -31,8 +31,10 @@ int main(int argc, char *argv[])
         u"payment-limit"_qs, u"Reject distribution payments above this amount."_qs, u"AMOUNT"_qs);
     const QCommandLineOption limitCodeOption(u"limit-code"_qs,
         u"Result code for a payment above the limit (default 7)."_qs, u"CODE"_qs, u"7"_qs);
+    const QCommandLineOption autoRentOption(u"auto-rent"_qs,
+        u"Demo mode: each tenant upload queues a rent payment from every active tenant."_qs);
     parser.addOptions({ portOption, userOption, passwordOption, stateOption, hostOption,
-        limitOption, limitCodeOption });
+        limitOption, limitCodeOption, autoRentOption });
     parser.process(app);
 
     auto fail = [](const QString &text) {
@@ -51,6 +53,7 @@ int main(int argc, char *argv[])
     options.password = parser.value(passwordOption);
     options.stateFile = parser.value(stateOption);
     options.port = quint16(port);
+    options.autoRent = parser.isSet(autoRentOption);
     QString host = parser.value(hostOption);
     if (host == u"localhost"_qs)
         host = u"127.0.0.1"_qs;
