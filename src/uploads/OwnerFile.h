@@ -2,5 +2,8 @@
 
 class ProgramState;
 
+// Writes the owner file (state.OwnerUploadName): a line per owner, and a
+// second line for a second owner with a share of 1 to 100 percent.
+void BuildOwnerFile(ProgramState &state);
 // Writes the owner file and sends it with TransmitPayees(file, "", "").
 void UploadOwnerFile(ProgramState &state);

@@ -1,8 +1,108 @@
 #include "uploads/TenantUpload.h"
 
 #include "app/ProgramState.h"
-#include "core/RuntimeError.h"
+#include "core/Prompter.h"
+#include "core/TransferFile.h"
+#include "core/VbText.h"
+#include "hostdb/PortfolioQueries.h"
+#include "processor/ProcessorCall.h"
+#include "uploads/FieldRules.h"
+#include "uploads/UploadTexts.h"
 
-// Placeholder until this job is built.
-void BuildTenantUpload(ProgramState &) { throw RuntimeError(5, u"not built yet"_qs); }
-void SendTenantUpload(ProgramState &) { throw RuntimeError(5, u"not built yet"_qs); }
+#include <QHash>
+
+using namespace PortfolioQueries;
+
+namespace {
+
+// A vacant unit's placeholder tenant is always removed from the processor,
+// whatever its flag; the name test is case-exact.
+QString tenantAction(const QVariant &firstName, const QVariant &flag)
+{
+    const QString first = FieldRules::text(firstName);
+    if (!first.isNull() && first.startsWith(u"VACANT"_qs))
+        return u"delete"_qs;
+    return FieldRules::flagAction(flag);
+}
+
+// Start dates in the short date form, remembered for the build: formatting
+// through the system locale is the costliest step of a line, and a site has
+// far fewer distinct start dates than tenants.
+class StartDates
+{
+public:
+    const QString &text(const QVariant &stored)
+    {
+        const QString key = VbText::text(stored);
+        auto it = m_known.constFind(key);
+        if (it == m_known.cend()) {
+            if (m_known.size() >= 8192)
+                m_known.clear();
+            it = m_known.insert(key, FieldRules::shortDate(stored));
+        }
+        return it.value();
+    }
+
+private:
+    QHash<QString, QString> m_known;
+};
+
+} // namespace
+
+void BuildTenantUpload(ProgramState &state)
+{
+    if (state.LoginMissing) {
+        state.prompter().notice(UploadTexts::loginNotice(), UploadTexts::loginTitle());
+        return;
+    }
+    BusyCursor busy(state.prompter());
+    const QString path = state.pathOf(state.TenantUploadName);
+    const QString site = VbText::Trim(state.SiteCode);
+    const QString sep = u"|"_qs;
+
+    StartDates startDates;
+    QSqlQuery rows = tenantUploadRows(state.db());
+    TransferFile::LineWriter out(path);
+    QString line;
+    line.reserve(512);
+    while (rows.next()) {
+        const QString tenantKey = u"T"_qs + FieldRules::raw(rows.value(TenantTenantID));
+        line.truncate(0);
+        line += site;
+        line += u"|O"_qs + FieldRules::raw(rows.value(TenantOwnerID));
+        line += u"|P"_qs + FieldRules::raw(rows.value(TenantPropID));
+        line += u"|U"_qs + FieldRules::raw(rows.value(TenantUTenantID));
+        line += sep + tenantKey;
+        line += sep + FieldRules::plainCurrency(rows.value(TenantTCurrBal));
+        line += sep + startDates.text(rows.value(TenantTStartDate));
+        line += u"|Rent|"_qs + tenantKey;
+        line += sep + FieldRules::text(rows.value(TenantTFirstName1));
+        line += sep + FieldRules::text(rows.value(TenantTLastName1));
+        line += sep + FieldRules::text(rows.value(TenantUAddress));
+        line += sep + FieldRules::text(rows.value(TenantPropCity));
+        line += sep + FieldRules::text(rows.value(TenantPropState));
+        line += sep + FieldRules::text(rows.value(TenantPropZip));
+        line += sep + tenantAction(rows.value(TenantTFirstName1), rows.value(TenantTACH));
+        line += sep;
+        out.writeLine(line);
+    }
+    if (out.lineCount() > 0) {
+        out.commit();
+    } else {
+        // An empty site leaves no tenant upload behind, not even an old one.
+        TransferFile::remove(path);
+    }
+}
+
+void SendTenantUpload(ProgramState &state)
+{
+    const QString path = state.pathOf(state.TenantUploadName);
+    if (!TransferFile::exists(path)) {
+        state.prompter().notice(
+            u"The Tenant Remitra file was not found. Please make sure that you have set up the "
+            "Tenants that are participating in the Remitra system."_qs,
+            u"Tenant Remitra"_qs);
+        return;
+    }
+    ProcessorCall::transmit(state, QStringLiteral(""), ReadWholeFile(path));
+}

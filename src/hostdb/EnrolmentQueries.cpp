@@ -1,0 +1,276 @@
+#include "hostdb/EnrolmentQueries.h"
+
+#include "hostdb/HostDb.h"
+#include "hostdb/PortfolioQueries.h"
+
+#include <QRegularExpression>
+
+namespace EnrolmentQueries {
+
+namespace {
+
+// The SQL of one screen's list.
+struct RosterSql
+{
+    const char *table; // table whose flag is written
+    const char *flag; // flag field
+    const char *idField; // field the flag is written by
+    const char *qualifiedId; // the same, with its table
+    bool portfolio; // listed through the portfolio join, else from the table
+    const char *rowKey; // row key on SQLite; on Access the id is the key
+    const char *columns; // listed columns
+    QList<const char *> searchFields; // fields the search text is looked for in
+    QList<QPair<const char *, const char *>> sorts; // sort text, ORDER BY
+};
+
+const RosterSql &sqlFor(Roster roster)
+{
+    static const RosterSql tenants {
+        "Tenants",
+        "TACH",
+        "TenantID",
+        "Tenants.TenantID",
+        true,
+        "Units.rowid",
+        "Owners.OwnerID, Properties.PropID, Tenants.TenantID, Owners.OLastName1,"
+        " Owners.OFirstName1, Properties.PropName, Units.UAddress, Tenants.TLastName1,"
+        " Tenants.TFirstName1, Units.UNumber, Tenants.TACH",
+        { "Tenants.TFirstName1", "Tenants.TLastName1", "Owners.OFirstName1", "Owners.OLastName1",
+            "Properties.PropName", "Units.UAddress" },
+        {
+            { "Owner Name",
+                "Owners.OLastName1, Owners.OFirstName1, Properties.PropName, Units.UAddress" },
+            { "Property/Building Name", "PropName, UAddress" },
+            { "Rental Unit Address", "UAddress, UNumber" },
+            { "Tenant Name", "TLastName1, TFirstName1" },
+            { "Remitra", "TACH, TLastName1, TFirstName1" },
+        },
+    };
+    static const RosterSql owners {
+        "Owners",
+        "OACH",
+        "OwnerID",
+        "Owners.OwnerID",
+        false,
+        "Owners.rowid",
+        "OwnerID, OLastName1, OFirstName1, OCity, OPhone1, OACH",
+        { "OFirstName1", "OLastName1", "OFirstName2", "OLastName2" },
+        {
+            { "Owner Name", "Owners.OLastName1, Owners.OFirstName1" },
+            { "Remitra", "OACH, OLastName1, OFirstName1" },
+        },
+    };
+    static const RosterSql vendors {
+        "Vendors",
+        "VACH",
+        "VenID",
+        "Vendors.VenID",
+        false,
+        "Vendors.rowid",
+        "VenID, VenName, VenContact, VenCity, VenPhone1, VACH",
+        { "VenName", "VenContact" },
+        {
+            { "Vendor Name", "Vendors.VenName, Vendors.VenID" },
+            { "Remitra", "VACH, Vendors.VenName, Vendors.VenID" },
+        },
+    };
+    switch (roster) {
+    case Roster::Tenants:
+        return tenants;
+    case Roster::Owners:
+        return owners;
+    case Roster::Vendors:
+        break;
+    }
+    return vendors;
+}
+
+QString latin(const char *text)
+{
+    return QString::fromLatin1(text);
+}
+
+QString rowKey(const HostDb &db, const RosterSql &sql)
+{
+    return latin(db.isAccess() ? sql.qualifiedId : sql.rowKey);
+}
+
+QString fromClause(const HostDb &db, const RosterSql &sql)
+{
+    return sql.portfolio ? PortfolioQueries::portfolioJoin(db) : u" FROM "_qs + latin(sql.table);
+}
+
+// For rows picked by their unit's rowid the join is best entered from the
+// units, so it is written without the table-order steering of the list.
+QString keyedFromClause(const HostDb &db, const RosterSql &sql)
+{
+    if (!sql.portfolio || db.isAccess())
+        return fromClause(db, sql);
+    return u" FROM Units INNER JOIN Tenants ON Tenants.TenantID = Units.UTenantID"
+           " INNER JOIN Properties ON Properties.PropID = Tenants.TPropID"
+           " INNER JOIN Owners ON Owners.OwnerID = Properties.POwnerID"_qs;
+}
+
+QChar keyLetter(Roster roster)
+{
+    switch (roster) {
+    case Roster::Tenants:
+        return u'T';
+    case Roster::Owners:
+        return u'O';
+    case Roster::Vendors:
+        break;
+    }
+    return u'V';
+}
+
+// The WHERE clause of a listing (empty when nothing is filtered). The flag's
+// first character, blanks removed, is compared without regard to case.
+QString whereClause(const HostDb &db, const RosterSql &sql, const Listing &listing)
+{
+    QStringList conditions;
+    const QString flag = latin(sql.table) + u'.' + latin(sql.flag);
+    if (listing.enrolledOnly) {
+        conditions << (db.isAccess()
+                ? u"Trim(Left("_qs + flag + u", 1)) = 'Y'"_qs
+                : u"trim(substr("_qs + flag + u", 1, 1)) = 'Y' COLLATE NOCASE"_qs);
+    }
+    if (!listing.search.trimmed().isEmpty()) {
+        const QString like
+            = db.isAccess() ? u" LIKE :pattern"_qs : u" LIKE :pattern ESCAPE '\\'"_qs;
+        QStringList any;
+        for (const char *field : sql.searchFields)
+            any << latin(field) + like;
+        any << latin(sql.qualifiedId) + u" = :id"_qs;
+        conditions << u'(' + any.join(u" OR "_qs) + u')';
+    }
+    return conditions.isEmpty() ? QString() : u" WHERE "_qs + conditions.join(u" AND "_qs);
+}
+
+void bindSearch(const HostDb &db, QSqlQuery &query, Roster roster, const Listing &listing)
+{
+    const QString text = listing.search.trimmed();
+    if (text.isEmpty())
+        return;
+    // The text is looked for as it stands: its own wildcards are escaped.
+    QString escaped;
+    for (QChar c : text) {
+        if (db.isAccess() && (c == u'[' || c == u'%' || c == u'_' || c == u'*' || c == u'?'))
+            escaped += u'[' + QString(c) + u']';
+        else if (!db.isAccess() && (c == u'\\' || c == u'%' || c == u'_'))
+            escaped += u'\\' + QString(c);
+        else
+            escaped += c;
+    }
+    query.bindValue(u":pattern"_qs, QString(u'%' + escaped + u'%'));
+    // "T12" or "12" finds tenant 12; anything else matches no id.
+    static const QRegularExpression key(u"^([A-Za-z])?\\s*(\\d{1,9})$"_qs);
+    const QRegularExpressionMatch m = key.match(text);
+    qint64 id = -1;
+    if (m.hasMatch()
+        && (m.captured(1).isEmpty() || m.captured(1).at(0).toUpper() == keyLetter(roster)))
+        id = m.captured(2).toLongLong();
+    query.bindValue(u":id"_qs, id);
+}
+
+QString orderClause(const HostDb &db, const RosterSql &sql, const QString &sortText)
+{
+    for (const auto &sort : sql.sorts) {
+        if (sortText == QLatin1String(sort.first))
+            return u" ORDER BY "_qs + latin(sort.second) + u", "_qs + rowKey(db, sql);
+    }
+    return QString();
+}
+
+} // namespace
+
+QStringList sortTexts(Roster roster)
+{
+    QStringList out;
+    for (const auto &sort : sqlFor(roster).sorts)
+        out << QString::fromLatin1(sort.first);
+    return out;
+}
+
+int columnCount(Roster roster)
+{
+    return roster == Roster::Tenants ? 11 : 6;
+}
+
+int flagColumn(Roster roster)
+{
+    return columnCount(roster) - 1;
+}
+
+int idColumn(Roster roster)
+{
+    return roster == Roster::Tenants ? 2 : 0;
+}
+
+QList<qint64> listedKeys(HostDb &db, Roster roster, const Listing &listing)
+{
+    const RosterSql &sql = sqlFor(roster);
+    QSqlQuery query = db.prepare(u"SELECT "_qs + rowKey(db, sql) + fromClause(db, sql)
+        + whereClause(db, sql, listing) + orderClause(db, sql, listing.sortText));
+    bindSearch(db, query, roster, listing);
+    HostDb::exec(query, "listing the enrolment rows");
+    QList<qint64> keys;
+    while (query.next())
+        keys.append(query.value(0).toLongLong());
+    return keys;
+}
+
+QHash<qint64, QList<QVariant>> rowsFor(HostDb &db, Roster roster, const QList<qint64> &keys)
+{
+    QHash<qint64, QList<QVariant>> rows;
+    if (keys.isEmpty())
+        return rows;
+    const RosterSql &sql = sqlFor(roster);
+    QString marks;
+    for (qsizetype i = 0; i < keys.size(); ++i)
+        marks += i ? u",?"_qs : u"?"_qs;
+    const QString key = rowKey(db, sql);
+    QSqlQuery query = db.prepare(u"SELECT "_qs + key + u", "_qs + latin(sql.columns)
+        + keyedFromClause(db, sql) + u" WHERE "_qs + key + u" IN ("_qs + marks + u")"_qs);
+    for (qsizetype i = 0; i < keys.size(); ++i)
+        query.bindValue(int(i), keys[i]);
+    HostDb::exec(query, "reading the enrolment rows");
+    const int columns = columnCount(roster);
+    while (query.next()) {
+        QList<QVariant> values;
+        values.reserve(columns);
+        for (int c = 0; c < columns; ++c)
+            values.append(query.value(c + 1));
+        rows.insert(query.value(0).toLongLong(), values);
+    }
+    return rows;
+}
+
+void setFlag(HostDb &db, Roster roster, const QVariant &id, const QString &flag)
+{
+    const RosterSql &sql = sqlFor(roster);
+    HostDb::Transaction tx(db);
+    QSqlQuery query = db.prepare(u"UPDATE "_qs + latin(sql.table) + u" SET "_qs + latin(sql.flag)
+        + u" = :flag WHERE "_qs + latin(sql.idField) + u" = :id"_qs);
+    query.bindValue(u":flag"_qs, flag);
+    query.bindValue(u":id"_qs, id);
+    HostDb::exec(query, "saving the enrolment flag");
+    tx.commit();
+}
+
+int setFlagForListed(HostDb &db, Roster roster, const Listing &listing, const QString &flag)
+{
+    const RosterSql &sql = sqlFor(roster);
+    HostDb::Transaction tx(db);
+    QSqlQuery query = db.prepare(u"UPDATE "_qs + latin(sql.table) + u" SET "_qs + latin(sql.flag)
+        + u" = :flag WHERE "_qs + latin(sql.idField) + u" IN (SELECT "_qs + latin(sql.qualifiedId)
+        + fromClause(db, sql) + whereClause(db, sql, listing) + u")"_qs);
+    query.bindValue(u":flag"_qs, flag);
+    bindSearch(db, query, roster, listing);
+    HostDb::exec(query, "setting the enrolment flags");
+    const int written = query.numRowsAffected();
+    tx.commit();
+    return written;
+}
+
+} // namespace EnrolmentQueries

@@ -1,0 +1,22 @@
+#include "uploads/UploadAll.h"
+
+#include "app/ProgramState.h"
+#include "core/Prompter.h"
+#include "processor/ProcessorCall.h"
+#include "uploads/SetupFile.h"
+#include "uploads/TenantUpload.h"
+#include "uploads/UploadTexts.h"
+
+bool UploadAll(ProgramState &state)
+{
+    if (state.LoginMissing) {
+        state.prompter().notice(UploadTexts::loginNotice(), UploadTexts::loginTitle());
+        return false;
+    }
+    BuildSetupFile(state);
+    BuildTenantUpload(state);
+    const QString setup = ReadWholeFile(state.pathOf(state.SetupUploadName));
+    const QString tenants = ReadWholeFile(state.pathOf(state.TenantUploadName));
+    ProcessorCall::transmit(state, setup, tenants);
+    return true;
+}
