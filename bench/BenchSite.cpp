@@ -123,6 +123,7 @@ Written write(const QString &folder, const Sizes &sizes)
         written.payments
             = writePayments(*db, QDir(folder).filePath(PaymentFileCopy), sizes.payments);
         db->execText(u"ANALYZE"_qs, "analysing the bench portfolio");
+        written.exportSql = setupExportSql(*db);
     }
     DemoSite::writeSettings(QDir(folder).filePath(SettingsName), u"http://127.0.0.1:9/qps/upload.php"_qs,
         u"bench"_qs, u"bench"_qs);
@@ -145,17 +146,18 @@ void copyForJob(const QString &master, const QString &folder, bool withPaymentFi
         copyFile(from.filePath(PaymentFileCopy), to.filePath(u"DX_Quenta_PaymentFile.txt"_qs));
 }
 
-QString setupExportSql()
+QString setupExportSql(const HostDb &db)
 {
     return u"SELECT 'DXRM', 'O' || Owners.OwnerID, Owners.OFirstName1 || ' ' || "
            "Owners.OLastName1, 'P' || Properties.PropID, Properties.PropName, "
            "(SELECT CName1 FROM Company LIMIT 1), (SELECT CEmail1 FROM Company LIMIT 1), "
            "(SELECT CEmail1 FROM Company LIMIT 1), (SELECT CPhone1 FROM Company LIMIT 1), "
-           "(SELECT CPhone2 FROM Company LIMIT 1), Properties.PropAddress1 || "
-           "ifnull(' ' || Properties.PropAddress2, ''), Properties.PropCity, "
+           "(SELECT CPhone2 FROM Company LIMIT 1), CASE WHEN Properties.PropAddress2 = '' THEN "
+           "Properties.PropAddress1 ELSE Properties.PropAddress1 || ' ' || "
+           "ifnull(Properties.PropAddress2, '') END, Properties.PropCity, "
            "Properties.PropState, Properties.PropZip, 'U' || Units.UTenantID, Units.UAddress, "
            "Properties.PropCity, Properties.PropState, Properties.PropZip"_qs
-        + QString::fromLatin1(PortfolioQueries::PortfolioJoin)
+        + PortfolioQueries::portfolioJoin(db)
         + u" ORDER BY Owners.OwnerID, Properties.PropID, Units.UTenantID;"_qs;
 }
 

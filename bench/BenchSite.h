@@ -2,6 +2,8 @@
 
 #include <QString>
 
+class HostDb;
+
 // The portfolio every job of a bench run works on: a demo site of the given
 // size, the entered checks of a distribution run and a downloaded rent
 // payment file. Written once into a master folder; each job gets a fresh
@@ -23,6 +25,8 @@ struct Written
     int checks = 0; // entered checks in all (the demo's own included)
     int payments = 0;
     qint64 databaseBytes = 0;
+    // The statement of the sqlite3 shell baseline (setupExportSql).
+    QString exportSql;
 };
 
 // Where the payment file waits in the master folder; copied under the
@@ -40,6 +44,6 @@ void copyForJob(const QString &master, const QString &folder, bool withPaymentFi
 // The statement the sqlite3 shell runs as the baseline of the setup file:
 // the same join, the same columns and order, the fields joined as the file
 // joins them.
-QString setupExportSql();
+QString setupExportSql(const HostDb &db);
 
 } // namespace BenchSite

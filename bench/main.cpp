@@ -165,14 +165,14 @@ public:
 
     // The sqlite3 shell writing the setup join to a file, timed from spawn
     // to exit.
-    void runShellExport(BenchReport::Row &row, const QString &shell)
+    void runShellExport(BenchReport::Row &row, const QString &shell, const QString &sql)
     {
         const QString db
             = QDir(m_master).filePath(QString::fromLatin1(HostDb::SqliteFileName));
         QDir().mkpath(m_work);
         const QString out = QDir(m_work).filePath(u"export.txt"_qs);
         const ChildRun::Result child = ChildRun::run(shell,
-            { u"-batch"_qs, u"-separator"_qs, u"|"_qs, db, BenchSite::setupExportSql() }, out);
+            { u"-batch"_qs, u"-separator"_qs, u"|"_qs, db, sql }, out);
         if (!child.ok) {
             ++row.failures;
             return;
@@ -269,7 +269,7 @@ int runBench(const Settings &settings)
             qPrintable(ChildRun::loadAverage()));
         std::fflush(stdout);
         if (!shell.isEmpty())
-            runner.runShellExport(*report.find(exportRow.id), shell);
+            runner.runShellExport(*report.find(exportRow.id), shell, site.exportSql);
         runner.runJob(*report.find(loopRow.id), BenchJobs::writeLoop());
         for (const BenchJobs::Job &job : jobs)
             runner.runJob(*report.find(job.id), job);
