@@ -27,12 +27,14 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlQuery>
 
 #include <cstdio>
 #include <ctime>
 #include <functional>
 #include <map>
+#include <stdexcept>
 
 namespace BenchJobs {
 
