@@ -8,8 +8,12 @@
 #include "app/frmLogin.h"
 #include "core/Prompter.h"
 #include "disburse/frmMakePayments.h"
+#include "enrolment/frmOwnerUpdate.h"
+#include "enrolment/frmTenantUpdate.h"
+#include "enrolment/frmVendorUpdate.h"
 #include "processor/RentDownload.h"
 #include "rent/frmDownload.h"
+#include "uploads/UploadAll.h"
 #include "viewer/frmViewFiles.h"
 
 #include <QCloseEvent>
@@ -320,20 +324,44 @@ void frmRemitraMain::closeEvent(QCloseEvent *event)
     QCoreApplication::quit();
 }
 
-// The jobs and screens of these commands are wired in here as they land.
-void frmRemitraMain::runUploadAll() { }
+// The jobs and screens of the commands. The modal screens are made afresh
+// for each opening, as a screen unloaded on closing is loaded again; the
+// modeless ones keep their single instance.
+void frmRemitraMain::runUploadAll()
+{
+    if (UploadAll(m_state))
+        cmdExit->setFocus();
+}
+
 void frmRemitraMain::openDownload()
 {
     frmDownload review(m_state, this);
     review.exec();
 }
-void frmRemitraMain::openTenantUpdate() { }
-void frmRemitraMain::openOwnerUpdate() { }
-void frmRemitraMain::openVendorUpdate() { }
+
+void frmRemitraMain::openTenantUpdate()
+{
+    frmTenantUpdate screen(m_state, this);
+    screen.exec();
+}
+
+void frmRemitraMain::openOwnerUpdate()
+{
+    frmOwnerUpdate screen(m_state, this);
+    screen.exec();
+}
+
+void frmRemitraMain::openVendorUpdate()
+{
+    frmVendorUpdate screen(m_state, this);
+    screen.exec();
+}
+
 void frmRemitraMain::openMakePayments()
 {
     frmMakePayments::open(m_state, this);
 }
+
 void frmRemitraMain::openViewFiles()
 {
     frmViewFiles::open(m_state, this);

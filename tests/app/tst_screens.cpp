@@ -1,3 +1,4 @@
+#include "ScriptedProcessorClient.h"
 #include "TestSupport.h"
 
 #include "app/Credentials.h"
@@ -46,6 +47,20 @@ void onLoginScreen(const QString &user, const QString &password, const QString &
             *openedEmpty = empty;
         QTest::mouseClick(
             screen->findChild<QPushButton *>(QString::fromLatin1(buttonName)), Qt::LeftButton);
+    });
+}
+
+// Closes the next modal screen once it is shown and records its class.
+void closeNextModal(QString *className)
+{
+    QTimer::singleShot(10, [=] {
+        QWidget *screen = QApplication::activeModalWidget();
+        if (!screen) {
+            closeNextModal(className);
+            return;
+        }
+        *className = QString::fromLatin1(screen->metaObject()->className());
+        screen->close();
     });
 }
 
@@ -159,13 +174,64 @@ private slots:
         QCOMPARE(s.site.prompter.titles(), QStringList(3, u"Dwellix Remitra"_qs));
     }
 
-    void completeLoginLetsCommandsThrough()
+    void completeLoginOpensEachCommandsScreen()
     {
         MenuSite s;
-        for (const QString &name : { u"cmdUploadAll"_qs, u"cmdTenantUpdate"_qs,
-                 u"cmdOwnerUpdate"_qs, u"cmdVendorUpdate"_qs, u"cmdMakePayments"_qs })
-            s.click(name);
-        QVERIFY(s.site.prompter.shown().isEmpty());
+        auto script = std::make_shared<ScriptedProcessorClient::Script>();
+        s.site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        const std::pair<QString, const char *> modal[] = {
+            { u"cmdTenantUpdate"_qs, "frmTenantUpdate" },
+            { u"cmdOwnerUpdate"_qs, "frmOwnerUpdate" },
+            { u"cmdVendorUpdate"_qs, "frmVendorUpdate" },
+            { u"cmdDownloadPayment"_qs, "frmDownload" },
+        };
+        for (const auto &[button, screen] : modal) {
+            QString opened;
+            closeNextModal(&opened);
+            s.click(button);
+            QCOMPARE(opened, QString::fromLatin1(screen));
+        }
+        // The download ran before its review screen opened; nothing came back.
+        QCOMPARE(script->calls.size(), 1);
+        QCOMPARE(s.site.prompter.texts(),
+            (QStringList { u"Successful connection to Quenta Payment Services!"_qs,
+                u"There were no Remita Tenant transactions found"_qs }));
+
+        // The modeless screens open once and are shown again on a later click.
+        for (const char *button : { "cmdMakePayments", "cmdViewFiles" }) {
+            s.click(QString::fromLatin1(button));
+            s.click(QString::fromLatin1(button));
+            int shown = 0;
+            for (QWidget *w : QApplication::topLevelWidgets())
+                shown += w->isVisible() && w != s.menu.get() ? 1 : 0;
+            QCOMPARE(shown, 1);
+            for (QWidget *w : QApplication::topLevelWidgets()) {
+                if (w != s.menu.get())
+                    w->close();
+            }
+        }
+    }
+
+    void uploadAllSendsBothFilesAndFocusesExit()
+    {
+        MenuSite s;
+        auto script = std::make_shared<ScriptedProcessorClient::Script>();
+        s.site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        s.site.insert(u"Company"_qs, { { u"CName1"_qs, u"Acme"_qs } });
+        s.site.insert(u"Owners"_qs,
+            { { u"OwnerID"_qs, 1 }, { u"OFirstName1"_qs, u"Ann"_qs }, { u"OLastName1"_qs, u"Lee"_qs } });
+        s.site.insert(u"Properties"_qs, { { u"PropID"_qs, 2 }, { u"POwnerID"_qs, 1 } });
+        s.site.insert(u"Tenants"_qs, { { u"TenantID"_qs, 3 }, { u"TPropID"_qs, 2 }, { u"TACH"_qs, u"Y"_qs } });
+        s.site.insert(u"Units"_qs, { { u"UTenantID"_qs, 3 } });
+        s.menu->show();
+        s.click(u"cmdUploadAll"_qs);
+        QCOMPARE(script->calls.size(), 1);
+        QCOMPARE(script->calls[0].operation, u"Transmit"_qs);
+        QVERIFY(script->calls[0].texts[0].startsWith(u"DXRM|O1|Ann Lee|P2|"_qs));
+        QVERIFY(script->calls[0].texts[1].contains(u"|activate|"_qs));
+        QCOMPARE(s.site.prompter.texts(),
+            QStringList { u"Successful connection to Quenta Payment Services!"_qs });
+        QCOMPARE(s.menu->focusWidget(), s.menu->findChild<QPushButton *>(u"cmdExit"_qs));
     }
 
     void loginScreenTrimsAndSetsLoginMissing()
