@@ -122,7 +122,6 @@ Written write(const QString &folder, const Sizes &sizes)
         written.checks = scalar(*db, u"SELECT count(*) FROM CheckEntered"_qs).toInt();
         written.payments
             = writePayments(*db, QDir(folder).filePath(PaymentFileCopy), sizes.payments);
-        db->execText(u"ANALYZE"_qs, "analysing the bench portfolio");
         written.exportSql = setupExportSql(*db);
     }
     DemoSite::writeSettings(QDir(folder).filePath(SettingsName), u"http://127.0.0.1:9/qps/upload.php"_qs,
