@@ -318,10 +318,10 @@ private:
             u"INSERT INTO Transactions (TransAccountID, TransPostToID, TransAmount, TransDate,"
             " TransCheckNumber, TransRemark, TransType, TransStatus, TransTax, TransOID, TransPID,"
             " TransUID, TransTID) VALUES (?, ?, ?, ?, ?, ?, ?, ?, 'N', ?, ?, ?, ?)"_qs);
-        QSqlQuery unit = db.prepare(
-            u"UPDATE Units SET UCurrBal = UCurrBal + ? WHERE UTenantID = ?"_qs);
-        QSqlQuery tenant = db.prepare(
-            u"UPDATE Tenants SET TCurrBal = TCurrBal + ? WHERE TenantID = ?"_qs);
+        QSqlQuery unit
+            = db.prepare(u"UPDATE Units SET UCurrBal = UCurrBal + ? WHERE UTenantID = ?"_qs);
+        QSqlQuery tenant
+            = db.prepare(u"UPDATE Tenants SET TCurrBal = TCurrBal + ? WHERE TenantID = ?"_qs);
         QSqlQuery deposit = db.prepare(
             u"INSERT INTO CheckDepPrinted (CkPayee, CkAccountID, CkAmount, CkDate, CkInvoice,"
             " CkRemark, CkStatus, CkVendorID, CkPostTo, CkNumber, CkType, CkSplit, CkPostToText)"
@@ -331,23 +331,23 @@ private:
             u"INSERT INTO SplitPrintedChecks (CkNumber, CkCheckNumber, CkAmount, CkAccountID,"
             " CkPostToID, CkRemark, CkStatus, CkType, CkPostTo)"
             " VALUES (?, ?, ?, ?, ?, NULL, 'P', 'D', ?)"_qs);
-        auto addTransaction = [&](const Write &w, const QVariant &account, double amount,
-                                  const QVariant &check, const QString &type,
-                                  const QString &status) {
-            transaction.bindValue(0, account);
-            transaction.bindValue(1, w.tenant);
-            transaction.bindValue(2, amount);
-            transaction.bindValue(3, w.date);
-            transaction.bindValue(4, check);
-            transaction.bindValue(5, null);
-            transaction.bindValue(6, type);
-            transaction.bindValue(7, status);
-            transaction.bindValue(8, w.owner);
-            transaction.bindValue(9, w.property);
-            transaction.bindValue(10, w.unit);
-            transaction.bindValue(11, w.tenant);
-            HostDb::exec(transaction, "write loop");
-        };
+        auto addTransaction
+            = [&](const Write &w, const QVariant &account, double amount, const QVariant &check,
+                  const QString &type, const QString &status) {
+                  transaction.bindValue(0, account);
+                  transaction.bindValue(1, w.tenant);
+                  transaction.bindValue(2, amount);
+                  transaction.bindValue(3, w.date);
+                  transaction.bindValue(4, check);
+                  transaction.bindValue(5, null);
+                  transaction.bindValue(6, type);
+                  transaction.bindValue(7, status);
+                  transaction.bindValue(8, w.owner);
+                  transaction.bindValue(9, w.property);
+                  transaction.bindValue(10, w.unit);
+                  transaction.bindValue(11, w.tenant);
+                  HostDb::exec(transaction, "write loop");
+              };
         auto addToBalance = [](QSqlQuery &q, double amount, const QVariant &id) {
             q.bindValue(0, amount);
             q.bindValue(1, id);
@@ -415,8 +415,8 @@ private:
         HostDb::exec(left, "counting entered checks");
         left.next();
         require(done, "distribution run did not finish");
-        note(u"%1 checks paid, %2 entered checks left"_qs.arg(rows.size()).arg(
-            left.value(0).toInt()));
+        note(u"%1 checks paid, %2 entered checks left"_qs.arg(rows.size())
+                 .arg(left.value(0).toInt()));
     }
 
     Options m_options;
@@ -455,8 +455,8 @@ int runChild(int argc, char *argv[])
         Child child(options);
         measured = child.run();
     } catch (const RuntimeError &error) {
-        measured.notes << u"failed: run-time error %1: %2"_qs.arg(error.number()).arg(
-            error.description());
+        measured.notes
+            << u"failed: run-time error %1: %2"_qs.arg(error.number()).arg(error.description());
         code = 1;
     } catch (const std::exception &error) {
         measured.notes << u"failed: "_qs + QString::fromLocal8Bit(error.what());
@@ -464,8 +464,8 @@ int runChild(int argc, char *argv[])
     }
     QFile out(options.result);
     if (out.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        out.write(QByteArray::number(measured.start) + ' ' + QByteArray::number(measured.end)
-            + '\n');
+        out.write(
+            QByteArray::number(measured.start) + ' ' + QByteArray::number(measured.end) + '\n');
         for (const QString &n : std::as_const(measured.notes))
             out.write(n.toUtf8() + '\n');
     }

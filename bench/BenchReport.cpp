@@ -66,8 +66,7 @@ QString BenchReport::targetText(const Row &row) const
 QString BenchReport::verdict(const Row &row) const
 {
     if (row.seconds.isEmpty() || row.failures > 0)
-        return row.seconds.isEmpty() ? u"failed"_qs
-                                     : u"failed %1×"_qs.arg(row.failures);
+        return row.seconds.isEmpty() ? u"failed"_qs : u"failed %1×"_qs.arg(row.failures);
     if (row.isBaseline)
         return u"baseline"_qs;
     QStringList missed;

@@ -40,14 +40,14 @@ void addChecks(HostDb &db, int checks)
     const int payees = scalar(db, u"SELECT count(*) FROM BenchPayee"_qs).toInt();
     if (payees == 0 || checks <= 0)
         return;
-    db.execText(u"WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
-                "INSERT INTO CheckEntered (CkPayee, CkDate, CkAmount, CkInvoice, CkRemark, "
-                "CkVendorID, CkStatus, CkSplit, CkAccountID, CkPostToID, CkPostTo, CkNumber, "
-                "CkType) SELECT p.Payee, date('now', '-' || (i % 9) || ' days'), "
-                "537.5 + i % 700, 'DIST-' || i, 'Owner distribution ' || i, 0, '', 'Y', 3100, "
-                "p.OwnerID, 'O', 0, 'C' FROM n JOIN BenchPayee p ON p.Pos = n.i % %2"_qs
-                    .arg(checks - 1)
-                    .arg(payees),
+    db.execText(
+        u"WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+        "INSERT INTO CheckEntered (CkPayee, CkDate, CkAmount, CkInvoice, CkRemark, "
+        "CkVendorID, CkStatus, CkSplit, CkAccountID, CkPostToID, CkPostTo, CkNumber, "
+        "CkType) SELECT p.Payee, date('now', '-' || (i % 9) || ' days'), "
+        "537.5 + i % 700, 'DIST-' || i, 'Owner distribution ' || i, 0, '', 'Y', 3100, "
+        "p.OwnerID, 'O', 0, 'C' FROM n JOIN BenchPayee p ON p.Pos = n.i % %2"_qs.arg(checks - 1)
+            .arg(payees),
         "writing entered checks");
     // The split lines of those checks: the owner's share, a property reserve
     // and a unit charge, adding up to the check.
@@ -124,8 +124,8 @@ Written write(const QString &folder, const Sizes &sizes)
             = writePayments(*db, QDir(folder).filePath(PaymentFileCopy), sizes.payments);
         written.exportSql = setupExportSql(*db);
     }
-    DemoSite::writeSettings(QDir(folder).filePath(SettingsName), u"http://127.0.0.1:9/qps/upload.php"_qs,
-        u"bench"_qs, u"bench"_qs);
+    DemoSite::writeSettings(QDir(folder).filePath(SettingsName),
+        u"http://127.0.0.1:9/qps/upload.php"_qs, u"bench"_qs, u"bench"_qs);
     written.databaseBytes
         = QFileInfo(QDir(folder).filePath(QString::fromLatin1(HostDb::SqliteFileName))).size();
     return written;

@@ -16,8 +16,8 @@ extern char **environ;
 
 namespace ChildRun {
 
-Result run(const QString &program, const QStringList &arguments, const QString &stdoutFile,
-    bool errorsToo)
+Result run(
+    const QString &program, const QStringList &arguments, const QString &stdoutFile, bool errorsToo)
 {
     std::vector<QByteArray> storage;
     storage.push_back(program.toLocal8Bit());

@@ -128,15 +128,14 @@ public:
             return;
         }
         BenchSite::copyForJob(m_master, m_work, job.paymentFile);
-        QStringList args { u"--job"_qs, job.id, u"--folder"_qs, m_work, u"--result"_qs,
-            m_results };
+        QStringList args { u"--job"_qs, job.id, u"--folder"_qs, m_work, u"--result"_qs, m_results };
         if (m_sandbox)
             args << u"--url"_qs << m_sandbox->url() << u"--user"_qs << m_sandbox->user()
                  << u"--password"_qs << m_sandbox->password();
         QFile::remove(m_results);
         const qint64 spawned = BenchJobs::monotonicNs();
-        const ChildRun::Result child = ChildRun::run(
-            QCoreApplication::applicationFilePath(), args, QDir(m_work).filePath(u"out.txt"_qs), true);
+        const ChildRun::Result child = ChildRun::run(QCoreApplication::applicationFilePath(), args,
+            QDir(m_work).filePath(u"out.txt"_qs), true);
         QFile result(m_results);
         QList<QByteArray> lines;
         if (result.open(QIODevice::ReadOnly))
@@ -154,7 +153,8 @@ public:
         if (!child.ok || end <= start) {
             ++row.failures;
             QFile output(QDir(m_work).filePath(u"out.txt"_qs));
-            const QByteArray said = output.open(QIODevice::ReadOnly) ? output.readAll() : QByteArray();
+            const QByteArray said
+                = output.open(QIODevice::ReadOnly) ? output.readAll() : QByteArray();
             std::fprintf(stderr, "  %s failed (exit %d): %s\n%s", qPrintable(job.id),
                 child.exitCode, qPrintable(row.notes.join(u"; "_qs)), said.constData());
             return;
@@ -167,12 +167,11 @@ public:
     // to exit.
     void runShellExport(BenchReport::Row &row, const QString &shell, const QString &sql)
     {
-        const QString db
-            = QDir(m_master).filePath(QString::fromLatin1(HostDb::SqliteFileName));
+        const QString db = QDir(m_master).filePath(QString::fromLatin1(HostDb::SqliteFileName));
         QDir().mkpath(m_work);
         const QString out = QDir(m_work).filePath(u"export.txt"_qs);
-        const ChildRun::Result child = ChildRun::run(shell,
-            { u"-batch"_qs, u"-separator"_qs, u"|"_qs, db, sql }, out);
+        const ChildRun::Result child
+            = ChildRun::run(shell, { u"-batch"_qs, u"-separator"_qs, u"|"_qs, db, sql }, out);
         if (!child.ok) {
             ++row.failures;
             return;
@@ -199,9 +198,9 @@ int runBench(const Settings &settings)
     BenchReport report;
     report.machine = machine();
     report.machine.insert(u"load_before"_qs, ChildRun::loadAverage());
-    report.sizes = { { u"tenants"_qs, settings.sizes.tenants },
-        { u"payments"_qs, settings.sizes.payments }, { u"checks"_qs, settings.sizes.checks },
-        { u"repeat"_qs, settings.repeat } };
+    report.sizes
+        = { { u"tenants"_qs, settings.sizes.tenants }, { u"payments"_qs, settings.sizes.payments },
+              { u"checks"_qs, settings.sizes.checks }, { u"repeat"_qs, settings.repeat } };
 
     std::printf("remitra-bench: %d tenants, %d payments, %d checks, %d repetitions\n",
         settings.sizes.tenants, settings.sizes.payments, settings.sizes.checks, settings.repeat);
@@ -226,8 +225,9 @@ int runBench(const Settings &settings)
         DemoSite::writeSettings(QDir(runner.master()).filePath(BenchSite::SettingsName),
             sandbox.url(), sandbox.user(), sandbox.password());
     } else {
-        std::fprintf(stderr, "remitra-bench: the processor sandbox did not start; start-up and "
-                             "Upload All are skipped\n");
+        std::fprintf(stderr,
+            "remitra-bench: the processor sandbox did not start; start-up and "
+            "Upload All are skipped\n");
     }
 
     const QString shell = QStandardPaths::findExecutable(u"sqlite3"_qs);

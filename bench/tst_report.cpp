@@ -68,7 +68,8 @@ private slots:
         const BenchReport::Row &job = *r.find(u"job"_qs);
         QCOMPARE(r.ratio(job), 0.0);
         QCOMPARE(r.verdict(job), u"pass"_qs);
-        QVERIFY(r.markdown().contains(u"| job | 0.750 s | 1.0 MB | — | — | ≤ 1.5×, < 300 MB | pass |"_qs));
+        QVERIFY(r.markdown().contains(
+            u"| job | 0.750 s | 1.0 MB | — | — | ≤ 1.5×, < 300 MB | pass |"_qs));
     }
 
     void jsonKeepsEverySample()
