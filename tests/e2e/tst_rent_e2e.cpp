@@ -84,23 +84,11 @@ private slots:
                      .toDouble(),
             2735.25);
 
-        // The payment file is now the last download, the same as its archive copy.
+        // The payment file is now the last download, and the ledgers were
+        // backed up before the posting.
         QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
         QCOMPARE(site.fileBytes(PaymentFile::LastDownloadName), downloaded);
-        const QStringList archive = QDir(site.path(u"archive"_qs)).entryList(QDir::Files);
-        QCOMPARE(archive.size(), 1);
-        QCOMPARE(site.fileBytes(u"archive/"_qs + archive.first()), downloaded);
         QCOMPARE(QDir(site.path(u"backups"_qs)).entryList(QDir::Files).size(), 1);
-
-        // Nothing waits any more: the next download finds nothing and the
-        // review screen opens empty.
-        site.prompter.clear();
-        DownloadPaymentFile(*site.state);
-        QCOMPARE(
-            site.prompter.texts().last(), u"There were no Remita Tenant transactions found"_qs);
-        frmDownload again(*site.state, nullptr);
-        QCOMPARE(again.rowCount(), 0);
-        QVERIFY(!again.findChild<QPushButton *>(u"cmdUpdate"_qs)->isEnabled());
     }
 };
 
