@@ -1,5 +1,6 @@
 #include "core/VbText.h"
 
+#include <QHash>
 #include <QLocale>
 
 #include <cmath>
@@ -151,7 +152,9 @@ QString shortDate(const QDate &date)
     return QLocale::system().toString(date, QLocale::ShortFormat);
 }
 
-QDate parseDate(const QString &input)
+namespace {
+
+QDate readDate(const QString &input)
 {
     const QString text = input.trimmed();
     if (text.isEmpty())
@@ -180,6 +183,30 @@ QDate parseDate(const QString &input)
         }
     }
     return {};
+}
+
+} // namespace
+
+QDate parseDate(const QString &input)
+{
+    // A payment file repeats a handful of dates thousands of times, and
+    // reading the system's short form is costly; the answers are kept for
+    // as long as the system's short date format stays the same.
+    struct Known
+    {
+        QString format;
+        QHash<QString, QDate> dates;
+    };
+    thread_local Known known;
+    const QString format = QLocale::system().dateFormat(QLocale::ShortFormat);
+    if (format != known.format || known.dates.size() >= 4096) {
+        known.format = format;
+        known.dates.clear();
+    }
+    auto it = known.dates.constFind(input);
+    if (it == known.dates.cend())
+        it = known.dates.insert(input, readDate(input));
+    return it.value();
 }
 
 } // namespace VbText

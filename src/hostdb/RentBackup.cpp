@@ -26,6 +26,33 @@ void prune(QDir &folder, const QString &suffix)
         folder.remove(copies.at(i));
 }
 
+// With a rollback journal, a reader's shared lock keeps every writer from
+// changing the database file, so a copy of the file taken under it is a
+// consistent snapshot, written at the speed of a file copy rather than
+// rebuilt row by row. False when that does not hold (a write-ahead log, or a
+// transaction already open on this connection): the caller copies through
+// the engine then.
+bool copyUnderReadLock(const HostDb &db, const QString &target)
+{
+    QSqlQuery mode(db.database());
+    if (!mode.exec(u"PRAGMA journal_mode"_qs) || !mode.next()
+        || mode.value(0).toString().compare(u"wal"_qs, Qt::CaseInsensitive) == 0)
+        return false;
+    mode.finish();
+    QSqlQuery lock(db.database());
+    if (!lock.exec(u"BEGIN DEFERRED"_qs))
+        return false;
+    // The first read takes the shared lock (and rolls back a journal left
+    // behind by a writer that crashed).
+    const bool locked = lock.exec(u"SELECT count(*) FROM sqlite_master"_qs) && lock.next();
+    lock.finish();
+    const bool copied = locked && QFile::copy(db.path(), target);
+    lock.exec(u"COMMIT"_qs);
+    if (locked && !copied)
+        throw RuntimeError::permissionDenied();
+    return locked;
+}
+
 } // namespace
 
 QString write(const HostDb &db, const QString &programFolder)
@@ -45,7 +72,7 @@ QString write(const HostDb &db, const QString &programFolder)
         // only writer while it runs.
         if (!QFile::copy(db.path(), target))
             throw RuntimeError::permissionDenied();
-    } else {
+    } else if (!copyUnderReadLock(db, target)) {
         QSqlQuery vacuum = db.prepare(kVacuumIntoSql);
         vacuum.bindValue(u":path"_qs, target);
         HostDb::exec(vacuum, "writing a backup copy of the host database");

@@ -58,32 +58,46 @@ void BuildTenantUpload(ProgramState &state)
     BusyCursor busy(state.prompter());
     const QString path = state.pathOf(state.TenantUploadName);
     const QString site = VbText::Trim(state.SiteCode);
-    const QString sep = u"|"_qs;
-
     StartDates startDates;
     QSqlQuery rows = tenantUploadRows(state.db());
     TransferFile::LineWriter out(path);
     QString line;
     line.reserve(512);
+    // Each field is appended to the line itself: a line of fields joined
+    // through temporaries costs an allocation per field.
     while (rows.next()) {
-        const QString tenantKey = u"T"_qs + FieldRules::raw(rows.value(TenantTenantID));
+        const QString tenantId = FieldRules::raw(rows.value(TenantTenantID));
         line.truncate(0);
         line += site;
-        line += u"|O"_qs + FieldRules::raw(rows.value(TenantOwnerID));
-        line += u"|P"_qs + FieldRules::raw(rows.value(TenantPropID));
-        line += u"|U"_qs + FieldRules::raw(rows.value(TenantUTenantID));
-        line += sep + tenantKey;
-        line += sep + FieldRules::plainCurrency(rows.value(TenantTCurrBal));
-        line += sep + startDates.text(rows.value(TenantTStartDate));
-        line += u"|Rent|"_qs + tenantKey;
-        line += sep + FieldRules::text(rows.value(TenantTFirstName1));
-        line += sep + FieldRules::text(rows.value(TenantTLastName1));
-        line += sep + FieldRules::text(rows.value(TenantUAddress));
-        line += sep + FieldRules::text(rows.value(TenantPropCity));
-        line += sep + FieldRules::text(rows.value(TenantPropState));
-        line += sep + FieldRules::text(rows.value(TenantPropZip));
-        line += sep + tenantAction(rows.value(TenantTFirstName1), rows.value(TenantTACH));
-        line += sep;
+        line += u"|O"_qs;
+        line += FieldRules::raw(rows.value(TenantOwnerID));
+        line += u"|P"_qs;
+        line += FieldRules::raw(rows.value(TenantPropID));
+        line += u"|U"_qs;
+        line += FieldRules::raw(rows.value(TenantUTenantID));
+        line += u"|T"_qs;
+        line += tenantId;
+        line += u'|';
+        line += FieldRules::plainCurrency(rows.value(TenantTCurrBal));
+        line += u'|';
+        line += startDates.text(rows.value(TenantTStartDate));
+        line += u"|Rent|T"_qs;
+        line += tenantId;
+        line += u'|';
+        line += FieldRules::text(rows.value(TenantTFirstName1));
+        line += u'|';
+        line += FieldRules::text(rows.value(TenantTLastName1));
+        line += u'|';
+        line += FieldRules::text(rows.value(TenantUAddress));
+        line += u'|';
+        line += FieldRules::text(rows.value(TenantPropCity));
+        line += u'|';
+        line += FieldRules::text(rows.value(TenantPropState));
+        line += u'|';
+        line += FieldRules::text(rows.value(TenantPropZip));
+        line += u'|';
+        line += tenantAction(rows.value(TenantTFirstName1), rows.value(TenantTACH));
+        line += u'|';
         out.writeLine(line);
     }
     if (out.lineCount() > 0) {

@@ -5,6 +5,7 @@
 #include "app/Startup.h"
 #include "core/RuntimeError.h"
 
+#include <QFile>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTest>
@@ -106,24 +107,6 @@ private slots:
         QCOMPARE(s.paymentChecks, 1);
     }
 
-    void firstRunSavesTheEnteredCredentials()
-    {
-        StartupSite s;
-        s.storeCredentials(u"acme"_qs, u""_qs, u"http://old"_qs); // one value missing
-        s.login.user = u"  new user "_qs;
-
-        QCOMPARE(s.run(), Startup::Outcome::ShowMainMenu);
-        QCOMPARE(s.login.shown, 1);
-        QVERIFY(s.prompter.shown().isEmpty());
-        QCOMPARE(s.stored("username").toString(), EncodeSetting(u"new user"_qs));
-        QCOMPARE(s.stored("password").toString(), u"sdvv"_qs);
-        QCOMPARE(s.stored("url").toString(), EncodeSetting(s.login.url));
-        QCOMPARE(s.state->ProcessorUser, u"new user"_qs);
-        QVERIFY(!s.state->LoginMissing);
-        QCOMPARE(s.state->TenantUploadName, u"DX_Quenta_Tenant_DXRM.txt"_qs);
-        QCOMPARE(s.paymentChecks, 1);
-    }
-
     void incompleteCredentialsStopBeforeNamesAndPayments_data()
     {
         QTest::addColumn<bool>("cancel");
@@ -160,52 +143,48 @@ private slots:
         }
     }
 
-    void missingDatabaseEndsTheProgram()
+    void fatalErrorsEndTheProgram_data()
     {
-        QTemporaryDir empty;
-        ScriptedPrompter prompter;
-        ProgramState state(prompter, empty.path());
-        state.SettingsFile = empty.filePath(u"remitra.ini"_qs);
-        FakeLogin login;
-        int checks = 0;
-        QCOMPARE(Startup::run(state, login, [&](ProgramState &) { ++checks; }),
-            Startup::Outcome::EndProgram);
-        QCOMPARE(prompter.texts(),
-            QStringList { u"Dwellix data file not found - be sure that the Remitra Program is "
-                          "copied into the same directory or folder as the main Dwellix "
-                          "Program."_qs });
-        QCOMPARE(prompter.titles(), QStringList { u"Remitra"_qs });
-        QCOMPARE(prompter.shown().front().icon, Prompter::Icon::Information);
-        QCOMPARE(login.shown, 0);
-        QCOMPARE(checks, 0);
-        QVERIFY(!state.hasDb());
+        QTest::addColumn<QString>("how");
+        QTest::addColumn<QString>("textStart");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("no database")
+            << u"database"_qs
+            << u"Dwellix data file not found - be sure that the Remitra Program is copied into the "
+               "same directory or folder as the main Dwellix Program."_qs
+            << u"Remitra"_qs;
+        QTest::newRow("missing field")
+            << u"field"_qs << u"Company Remitra field not found"_qs << u"Remitra"_qs;
+        // Any other error shows its number and description.
+        QTest::newRow("other error")
+            << u"other"_qs << u"53"_qs << u"Remitra Error Message"_qs;
     }
 
-    void missingFieldEndsTheProgram()
+    void fatalErrorsEndTheProgram()
     {
+        QFETCH(QString, how);
+        QFETCH(QString, textStart);
+        QFETCH(QString, title);
         StartupSite s;
         s.storeCredentials(u"acme"_qs, u"pass"_qs, u"http://x"_qs);
-        s.site.db().execText(u"ALTER TABLE Tenants DROP COLUMN TACH"_qs, "test");
-        QCOMPARE(s.run(), Startup::Outcome::EndProgram);
-        QCOMPARE(s.prompter.texts(), QStringList { u"Company Remitra field not found"_qs });
-        QCOMPARE(s.prompter.titles(), QStringList { u"Remitra"_qs });
-        QCOMPARE(s.login.shown, 0);
-        QCOMPARE(s.paymentChecks, 0);
-    }
-
-    void otherErrorsShowNumberAndEndTheProgram()
-    {
-        StartupSite s;
-        s.storeCredentials(u"acme"_qs, u"pass"_qs, u"http://x"_qs);
+        if (how == u"database"_qs)
+            QVERIFY(QFile::remove(s.site.path(u"dxdatafl.db"_qs)));
+        else if (how == u"field"_qs)
+            s.site.db().execText(u"ALTER TABLE Tenants DROP COLUMN TACH"_qs, "test");
         s.prompter.beginBusy();
-        const auto outcome = Startup::run(*s.state, s.login, [](ProgramState &) {
-            throw RuntimeError::fileNotFound(); // IDFILE.DAT missing, say
+        const auto outcome = Startup::run(*s.state, s.login, [&](ProgramState &) {
+            if (how == u"other"_qs)
+                throw RuntimeError::fileNotFound(); // IDFILE.DAT missing, say
+            ++s.paymentChecks;
         });
         QCOMPARE(outcome, Startup::Outcome::EndProgram);
-        QCOMPARE(s.prompter.titles(), QStringList { u"Remitra Error Message"_qs });
-        QVERIFY(s.prompter.texts().front().startsWith(u"53"_qs));
-        QVERIFY(s.prompter.texts().front().contains(u"File not found"_qs));
+        QCOMPARE(s.prompter.titles(), QStringList { title });
+        QVERIFY(s.prompter.texts().front().startsWith(textStart));
         QCOMPARE(s.prompter.busyDepth(), 0);
+        QCOMPARE(s.login.shown, 0);
+        QCOMPARE(s.paymentChecks, 0);
+        if (how == u"database"_qs)
+            QVERIFY(!s.state->hasDb());
     }
 };
 

@@ -1,13 +1,14 @@
 #include "RentSupport.h"
 
 #include <QFile>
-#include <QSqlQuery>
 
 namespace RentSupport {
 
 namespace {
 const QStringList kAccountItems = { u"Rent Income;4000;B"_qs, u"Rent received;1"_qs,
     u"Management Fee;6100;U"_qs, u"Mgmt"_qs, u"Late Fee Received;4100;T"_qs, u"Late fee;2"_qs };
+const QString kSeries
+    = u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < :n) "_qs;
 } // namespace
 
 void seedPortfolio(TestSite &site)
@@ -17,20 +18,16 @@ void seedPortfolio(TestSite &site)
         site.insert(u"Owners"_qs, { { u"OwnerID"_qs, o }, { u"OMgmtFee"_qs, fees[o - 1] } });
         site.insert(u"Properties"_qs, { { u"PropID"_qs, o * 10 }, { u"POwnerID"_qs, o } });
     }
-    const struct
-    {
-        int id;
-        QVariant first;
-        QString last;
-    } tenants[] = { { 100, u"Ann"_qs, u"Avery"_qs }, { 101, u""_qs, u"Baker"_qs },
-        { 200, u"Carl"_qs, u"Cole"_qs }, { 300, QVariant(), u"Dunn"_qs } };
-    for (const auto &t : tenants) {
+    const QList<std::pair<int, QVariant>> firstNames
+        = { { 100, u"Ann"_qs }, { 101, u""_qs }, { 200, u"Carl"_qs }, { 300, QVariant() } };
+    const QString lastNames[] = { u"Avery"_qs, u"Baker"_qs, u"Cole"_qs, u"Dunn"_qs };
+    for (int i = 0; i < 4; ++i) {
+        const auto &[id, first] = firstNames[i];
         site.insert(u"Tenants"_qs,
-            { { u"TenantID"_qs, t.id }, { u"TPropID"_qs, t.id / 10 },
-                { u"TFirstName1"_qs, t.first }, { u"TLastName1"_qs, t.last },
-                { u"TCurrBal"_qs, 0 } });
+            { { u"TenantID"_qs, id }, { u"TPropID"_qs, id / 10 }, { u"TFirstName1"_qs, first },
+                { u"TLastName1"_qs, lastNames[i] }, { u"TCurrBal"_qs, 0 } });
         site.insert(u"Units"_qs,
-            { { u"UTenantID"_qs, t.id }, { u"UAddress"_qs, u"Unit "_qs + QString::number(t.id) },
+            { { u"UTenantID"_qs, id }, { u"UAddress"_qs, u"Unit "_qs + QString::number(id) },
                 { u"UCurrBal"_qs, 0 } });
     }
     site.writeIdFile(kAccountItems);
@@ -59,35 +56,20 @@ void useFixture(TestSite &site, const QString &name)
 
 void seedLargePortfolio(TestSite &site, int tenants)
 {
-    QSqlDatabase db = site.db().database();
-    db.transaction();
-    QSqlQuery owner(db), prop(db), tenant(db), unit(db);
-    owner.prepare(u"INSERT INTO Owners (OwnerID, OMgmtFee) VALUES (?, ?)"_qs);
-    prop.prepare(u"INSERT INTO Properties (PropID, POwnerID) VALUES (?, ?)"_qs);
-    tenant.prepare(u"INSERT INTO Tenants (TenantID, TPropID, TFirstName1, TLastName1, TCurrBal)"
-                   " VALUES (?, ?, 'First', ?, 0)"_qs);
-    unit.prepare(u"INSERT INTO Units (UTenantID, UAddress, UCurrBal) VALUES (?, ?, 0)"_qs);
     const int properties = (tenants + 19) / 20;
-    for (int o = 1; o <= (properties + 4) / 5; ++o) {
-        owner.addBindValue(o);
-        owner.addBindValue(o % 3 == 0 ? u"6%"_qs : u"20"_qs);
-        owner.exec();
-    }
-    for (int p = 1; p <= properties; ++p) {
-        prop.addBindValue(p);
-        prop.addBindValue((p - 1) / 5 + 1);
-        prop.exec();
-    }
-    for (int t = 1; t <= tenants; ++t) {
-        tenant.addBindValue(t);
-        tenant.addBindValue((t - 1) / 20 + 1);
-        tenant.addBindValue(u"Last"_qs + QString::number(t));
-        tenant.exec();
-        unit.addBindValue(t);
-        unit.addBindValue(QString::number(t) + u" Long Street"_qs);
-        unit.exec();
-    }
-    db.commit();
+    site.scalar(kSeries
+            + u"INSERT INTO Owners (OwnerID, OMgmtFee) "
+              "SELECT i, CASE i % 3 WHEN 0 THEN '6%' ELSE '20' END FROM n"_qs,
+        { { u":n"_qs, (properties + 4) / 5 } });
+    site.scalar(
+        kSeries + u"INSERT INTO Properties (PropID, POwnerID) SELECT i, (i - 1) / 5 + 1 FROM n"_qs,
+        { { u":n"_qs, properties } });
+    site.scalar(kSeries
+            + u"INSERT INTO Tenants (TenantID, TPropID, TFirstName1, TLastName1, TCurrBal) "
+              "SELECT i, (i - 1) / 20 + 1, 'First', 'Last' || i, 0 FROM n"_qs,
+        { { u":n"_qs, tenants } });
+    site.scalar(u"INSERT INTO Units (UTenantID, UAddress, UCurrBal) "
+                "SELECT TenantID, TenantID || ' Long Street', 0 FROM Tenants"_qs);
     site.writeIdFile(kAccountItems);
 }
 

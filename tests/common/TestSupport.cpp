@@ -34,46 +34,47 @@ TestSite::~TestSite()
     state.reset();
 }
 
-qint64 TestSite::insert(const QString &table, const QVariantMap &values)
-{
-    QStringList names;
-    QStringList marks;
-    for (auto it = values.cbegin(); it != values.cend(); ++it) {
-        names << it.key();
-        marks << u":"_qs + it.key();
-    }
-    QSqlQuery q(db().database());
-    if (!q.prepare(u"INSERT INTO "_qs + table + u" ("_qs + names.join(u", "_qs) + u") VALUES ("_qs
-                   + marks.join(u", "_qs) + u")"_qs))
-        qFatal("prepare insert into %s: %s", qPrintable(table), qPrintable(q.lastError().text()));
-    for (auto it = values.cbegin(); it != values.cend(); ++it)
-        q.bindValue(u":"_qs + it.key(), it.value());
-    if (!q.exec())
-        qFatal("insert into %s: %s", qPrintable(table), qPrintable(q.lastError().text()));
-    return q.lastInsertId().toLongLong();
-}
+namespace {
 
-QVariant TestSite::scalar(const QString &sql, const QVariantMap &binds)
+QSqlQuery run(HostDb &db, const QString &sql, const QVariantMap &binds)
 {
-    QSqlQuery q(db().database());
+    QSqlQuery q(db.database());
     if (!q.prepare(sql))
         qFatal("prepare %s: %s", qPrintable(sql), qPrintable(q.lastError().text()));
     for (auto it = binds.cbegin(); it != binds.cend(); ++it)
         q.bindValue(it.key(), it.value());
     if (!q.exec())
         qFatal("%s: %s", qPrintable(sql), qPrintable(q.lastError().text()));
+    return q;
+}
+
+} // namespace
+
+qint64 TestSite::insert(const QString &table, const QVariantMap &values)
+{
+    QStringList names;
+    QVariantMap binds;
+    for (auto it = values.cbegin(); it != values.cend(); ++it) {
+        names << it.key();
+        binds.insert(u":"_qs + it.key(), it.value());
+    }
+    return run(db(),
+        u"INSERT INTO "_qs + table + u" ("_qs + names.join(u", "_qs) + u") VALUES ("_qs
+            + binds.keys().join(u", "_qs) + u")"_qs,
+        binds)
+        .lastInsertId()
+        .toLongLong();
+}
+
+QVariant TestSite::scalar(const QString &sql, const QVariantMap &binds)
+{
+    QSqlQuery q = run(db(), sql, binds);
     return q.next() ? q.value(0) : QVariant();
 }
 
 QList<QVariantMap> TestSite::rows(const QString &sql, const QVariantMap &binds)
 {
-    QSqlQuery q(db().database());
-    if (!q.prepare(sql))
-        qFatal("prepare %s: %s", qPrintable(sql), qPrintable(q.lastError().text()));
-    for (auto it = binds.cbegin(); it != binds.cend(); ++it)
-        q.bindValue(it.key(), it.value());
-    if (!q.exec())
-        qFatal("%s: %s", qPrintable(sql), qPrintable(q.lastError().text()));
+    QSqlQuery q = run(db(), sql, binds);
     QList<QVariantMap> out;
     while (q.next()) {
         QVariantMap row;

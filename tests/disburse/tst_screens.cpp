@@ -16,39 +16,14 @@ namespace {
 
 using Key = PaymentRow::Key;
 
-struct Screen
+// The keys of the chosen rows, in the order they were chosen.
+QList<Key> chosen(const frmMakePayments &form)
 {
-    explicit Screen(TestSite &site)
-        : form(*site.state)
-    {
-        form.show();
-        grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
-        model = qobject_cast<PaymentListModel *>(grid->model());
-        total = form.findChild<QLineEdit *>(u"txtTotalSelected"_qs);
-    }
-    void click(Key key, Qt::KeyboardModifiers mods = Qt::NoModifier)
-    {
-        QTest::mouseClick(grid->viewport(), Qt::LeftButton, mods,
-            grid->visualRect(model->index(model->find(key), 0)).center());
-    }
-    void press(const QString &button)
-    {
-        QTest::mouseClick(form.findChild<QPushButton *>(button), Qt::LeftButton);
-    }
-    QList<Key> chosen() const
-    {
-        QList<Key> keys;
-        for (const PaymentRow &r : form.selectedRows())
-            keys.append(r.key());
-        return keys;
-    }
-    int highlighted() const { return int(grid->selectionModel()->selectedRows().size()); }
-
-    frmMakePayments form;
-    QTableView *grid = nullptr;
-    PaymentListModel *model = nullptr;
-    QLineEdit *total = nullptr;
-};
+    QList<Key> keys;
+    for (const PaymentRow &r : form.selectedRows())
+        keys.append(r.key());
+    return keys;
+}
 
 } // namespace
 
@@ -63,36 +38,45 @@ private slots:
     {
         TestSite site;
         DisburseFixture::populate(site);
-        Screen s(site);
-        s.click({ 11, -6 });
-        QCOMPARE(s.total->text(), u"($12.50)"_qs);
-        s.click({ 8, -4 }, Qt::ControlModifier);
-        QCOMPARE(s.total->text(), u"$27.50"_qs);
-        s.click({ 11, -6 }, Qt::ControlModifier);
-        QCOMPARE(s.total->text(), u"$40.00"_qs);
-        s.click({ 3, 8 });
-        s.click({ 8, -4 }, Qt::ShiftModifier); // check 3, both rows of check 1, check 8
-        QCOMPARE(s.total->text(), u"$3,122.40"_qs);
-        s.click({ 11, -6 }, Qt::ControlModifier);
-        QCOMPARE(s.total->text(), u"$3,109.90"_qs);
-        QList<Key> chosen = s.chosen();
-        QCOMPARE(chosen.size(), 5);
-        QCOMPARE(chosen[0], (Key { 3, 8 }));
-        QCOMPARE(chosen[1].first + chosen[2].first, 2);
-        QCOMPARE(chosen.mid(3), (QList<Key> { { 8, -4 }, { 11, -6 } }));
+        frmMakePayments form(*site.state);
+        form.show();
+        auto *grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
+        auto *model = qobject_cast<PaymentListModel *>(grid->model());
+        auto *total = form.findChild<QLineEdit *>(u"txtTotalSelected"_qs);
+        auto click = [&](Key key, Qt::KeyboardModifiers mods = Qt::NoModifier) {
+            QTest::mouseClick(grid->viewport(), Qt::LeftButton, mods,
+                grid->visualRect(model->index(model->find(key), 0)).center());
+        };
+        auto highlighted = [&] { return int(grid->selectionModel()->selectedRows().size()); };
+        click({ 11, -6 });
+        QCOMPARE(total->text(), u"($12.50)"_qs);
+        click({ 8, -4 }, Qt::ControlModifier);
+        QCOMPARE(total->text(), u"$27.50"_qs);
+        click({ 11, -6 }, Qt::ControlModifier);
+        QCOMPARE(total->text(), u"$40.00"_qs);
+        click({ 3, 8 });
+        click({ 8, -4 }, Qt::ShiftModifier); // check 3, both rows of check 1, check 8
+        QCOMPARE(total->text(), u"$3,122.40"_qs);
+        click({ 11, -6 }, Qt::ControlModifier);
+        QCOMPARE(total->text(), u"$3,109.90"_qs);
+        const QList<Key> order = chosen(form);
+        QCOMPARE(order.size(), 5);
+        QCOMPARE(order[0], (Key { 3, 8 }));
+        QCOMPARE(order[1].first + order[2].first, 2);
+        QCOMPARE(order.mid(3), (QList<Key> { { 8, -4 }, { 11, -6 } }));
 
-        s.form.findChild<QComboBox *>(u"optSortBy"_qs)->setCurrentText(u"Amount"_qs);
-        QCOMPARE(s.model->row(0).CkID, 11);
-        QCOMPARE(s.total->text(), u"$3,109.90"_qs);
-        QCOMPARE(s.highlighted(), 5);
-        QCOMPARE(s.chosen(), chosen);
+        form.findChild<QComboBox *>(u"optSortBy"_qs)->setCurrentText(u"Amount"_qs);
+        QCOMPARE(model->row(0).CkID, 11);
+        QCOMPARE(total->text(), u"$3,109.90"_qs);
+        QCOMPARE(highlighted(), 5);
+        QCOMPARE(chosen(form), order);
 
-        s.press(u"cmdSelectAll"_qs);
-        QCOMPARE(s.total->text(), u"$3,610.90"_qs);
-        QCOMPARE(s.highlighted(), 7);
-        s.press(u"cmdDeSelectAll"_qs);
-        QCOMPARE(s.total->text(), u"0"_qs);
-        QCOMPARE(s.highlighted() + s.chosen().size(), 0);
+        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdSelectAll"_qs), Qt::LeftButton);
+        QCOMPARE(total->text(), u"$3,610.90"_qs);
+        QCOMPARE(highlighted(), 7);
+        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdDeSelectAll"_qs), Qt::LeftButton);
+        QCOMPARE(total->text(), u"0"_qs);
+        QCOMPARE(highlighted() + chosen(form).size(), 0);
     }
 
     void showLast_data()

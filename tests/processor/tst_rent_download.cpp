@@ -16,7 +16,6 @@ const QString kPaymentFile = u"DX_Quenta_PaymentFile.txt"_qs;
 const QString kLogin = u"You must have a valid LOGIN entry in the User Name, Password, and URL. Please correct that and try again."_qs;
 const QString kWaitingAtStart = u"You already have Remitra Tenant transactions waiting to be processed - no more Tenant transactions can be downloaded until you have taken care of the existing ones. To post these deposits to the Dwellix, click on the 'Download and Post Rent Payments' button."_qs;
 const QString kWaitingFromMenu = u"You already have Remitra Tenant transactions waiting to be processed from a previous download - no more Tenant transactions can be downloaded until you have taken care of the existing ones. Please either post these payments to the Dwellix ledgers or delete them from the next screen."_qs;
-const QString kSuccess = u"Successful connection to Quenta Payment Services!"_qs;
 
 struct Site : TestSite
 {
@@ -30,7 +29,6 @@ struct Site : TestSite
     {
         return QDir(path(u"archive"_qs)).entryList(QDir::Files, QDir::Name);
     }
-    QByteArray archived(const QString &name) const { return fileBytes(u"archive/"_qs + name); }
 };
 
 } // namespace
@@ -40,7 +38,7 @@ class TestRentDownload : public QObject
     Q_OBJECT
 
 private slots:
-    void nothingHappensWithoutLogin()
+    void noLoginOrAWaitingFileAsksTheProcessorNothing()
     {
         Site site;
         site.state->LoginMissing = true;
@@ -48,70 +46,17 @@ private slots:
         DownloadPaymentFile(*site.state);
         QCOMPARE(site.prompter.texts(), (QStringList{kLogin, kLogin}));
         QCOMPARE(site.prompter.titles(), (QStringList{u"Login Message"_qs, u"Login Message"_qs}));
-        QVERIFY(site.script->calls.isEmpty());
-    }
 
-    void aWaitingFileStopsTheDownload()
-    {
-        Site site;
-        site.writeFile(kPaymentFile, "P1,U2,T3,10,1/1/2026,1,1/1/2026,ACH,Rent\r\n\r\n");
+        site.state->LoginMissing = false;
+        site.prompter.clear();
+        const QByteArray waiting("P1,U2,T3,10,1/1/2026,1,1/1/2026,ACH,Rent\r\n\r\n");
+        site.writeFile(kPaymentFile, waiting);
         CheckForPaymentFile(*site.state);
         DownloadPaymentFile(*site.state);
         QCOMPARE(site.prompter.texts(), (QStringList{kWaitingAtStart, kWaitingFromMenu}));
         QCOMPARE(site.prompter.titles(), (QStringList{u"Remitra Notice"_qs, u"Remitra Notice"_qs}));
         QVERIFY(site.script->calls.isEmpty());
-        QCOMPARE(site.fileBytes(kPaymentFile), QByteArray("P1,U2,T3,10,1/1/2026,1,1/1/2026,ACH,Rent\r\n\r\n"));
-    }
-
-    void startUpReadsTheIdFileFirst()
-    {
-        Site site;
-        site.state->IdItems = {};
-        CheckForPaymentFile(*site.state);
-        QCOMPARE(site.state->IdItems[0], u"RENT"_qs);
-        QCOMPARE(site.state->IdItems[5], u"Late fee"_qs);
-
-        Site missing;
-        QFile::remove(missing.path(u"IDFILE.DAT"_qs));
-        try {
-            CheckForPaymentFile(*missing.state);
-            QFAIL("no error raised");
-        } catch (const RuntimeError &e) {
-            QCOMPARE(e.number(), 53);
-        }
-        QVERIFY(missing.script->calls.isEmpty());
-    }
-
-    void aResponseIsWrittenAndArchived()
-    {
-        Site site;
-        site.script->replies = {{true, 200, u"X"_qs}};
-        CheckForPaymentFile(*site.state);
-        QCOMPARE(site.script->calls.size(), 1);
-        QCOMPARE(site.script->calls[0].operation, u"Transmit"_qs);
-        QCOMPARE(site.script->calls[0].texts, (QStringList{QString(), QString()}));
-        QCOMPARE(site.prompter.texts(), QStringList{kSuccess});
-        QCOMPARE(site.fileBytes(kPaymentFile), QByteArray("X\r\n"));
-        const QStringList archive = site.archive();
-        QCOMPARE(archive.size(), 1);
-        QVERIFY(archive[0].startsWith(u"DX_Quenta_PaymentFile_"_qs));
-        QCOMPARE(site.archived(archive[0]), QByteArray("X\r\n"));
-    }
-
-    void theArchiveKeepsEveryDownload()
-    {
-        Site site;
-        for (int i = 0; i < 3; ++i) {
-            site.script->replies = {{true, 200, u"P%1"_qs.arg(i)}};
-            DownloadPaymentFile(*site.state);
-            QVERIFY(QFile::remove(site.path(kPaymentFile)));
-        }
-        const QStringList archive = site.archive();
-        QCOMPARE(archive.size(), 3);
-        QSet<QByteArray> contents;
-        for (const QString &name : archive)
-            contents.insert(site.archived(name));
-        QCOMPARE(contents, (QSet<QByteArray>{"P0\r\n", "P1\r\n", "P2\r\n"}));
+        QCOMPARE(site.fileBytes(kPaymentFile), waiting);
     }
 
     void theArchiveIsWrittenBeforeThePaymentFile()

@@ -13,7 +13,6 @@
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
@@ -54,6 +53,13 @@ void deleteRow(QTableView *grid, int row)
     QTest::keyClick(grid, Qt::Key_Delete);
 }
 
+// A seeded site with the five-payment file.
+void normalSite(TestSite &site)
+{
+    RentSupport::seedPortfolio(site);
+    RentSupport::useFixture(site, u"normal.txt"_qs);
+}
+
 } // namespace
 
 class TestDownloadScreen : public QObject
@@ -64,8 +70,7 @@ private slots:
     void showsThePaymentsWithTheirTexts()
     {
         TestSite site;
-        RentSupport::seedPortfolio(site);
-        RentSupport::useFixture(site, u"normal.txt"_qs);
+        normalSite(site);
         frmDownload screen(*site.state, nullptr);
         QCOMPARE(screen.windowTitle(), u"Remitra Payment Download"_qs);
         const std::pair<const char *, const char *> texts[]
@@ -97,37 +102,8 @@ private slots:
             "Check #|Deposit Date|Method|Trans Type"_qs);
         QCOMPARE(m->index(1, PaymentTableModel::Amount).data().toString(), u"($125.50)"_qs);
         QVERIFY(site.prompter.shown().isEmpty());
-    }
 
-    void withoutPaymentsTheCommandsAreOff_data()
-    {
-        QTest::addColumn<QString>("fixture");
-        QTest::addColumn<int>("messages");
-        QTest::newRow("nothing to process") << u"single_line.txt"_qs << 1;
-        QTest::newRow("no payment file") << QString() << 0;
-    }
-
-    void withoutPaymentsTheCommandsAreOff()
-    {
-        QFETCH(QString, fixture);
-        QFETCH(int, messages);
-        TestSite site;
-        if (!fixture.isEmpty())
-            RentSupport::useFixture(site, fixture);
-        frmDownload screen(*site.state, nullptr);
-        QCOMPARE(site.prompter.shown().size(), messages);
-        for (const char *name : { "cmdUpdate", "cmdDeleteAll", "cmdPrintScreen" })
-            QVERIFY2(!child(screen, name)->isEnabled(), name);
-        QVERIFY(child(screen, "cmdExit")->isEnabled());
-        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
-    }
-
-    void remarkChoiceAndDepositNumber()
-    {
-        TestSite site;
-        RentSupport::seedPortfolio(site);
-        RentSupport::useFixture(site, u"normal.txt"_qs);
-        frmDownload screen(*site.state, nullptr);
+        // Only the own remark is typed; a deposit number must be a number.
         screen.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen));
         click(screen, "optRemark2");
@@ -147,13 +123,28 @@ private slots:
         QTest::keyClick(box, Qt::Key_Tab);
         QCOMPARE(site.prompter.shown().size(), 1);
         QVERIFY(!box->hasFocus());
+
+        // Without payments (nothing to process, or no file) only Exit is on.
+        for (const QString &fixture : { u"single_line.txt"_qs, QString() }) {
+            TestSite empty;
+            if (!fixture.isEmpty())
+                RentSupport::useFixture(empty, fixture);
+            frmDownload off(*empty.state, nullptr);
+            QCOMPARE(empty.prompter.shown().size(), fixture.isEmpty() ? 0 : 1);
+            for (const char *name : { "cmdUpdate", "cmdDeleteAll", "cmdPrintScreen" })
+                QVERIFY2(!child(off, name)->isEnabled(), name);
+            QVERIFY(child(off, "cmdExit")->isEnabled());
+        }
     }
 
-    void deletingRowsByTheirRecordSelector()
+    // Rows go one by one through their record selector or all at once; both
+    // ask nothing more once the list is empty and the file moved aside.
+    void deletingRowsAndLeaving()
     {
         TestSite site;
         RentSupport::seedPortfolio(site);
         RentSupport::writePaymentFile(site, { line(10, 100, u"10"_qs), line(20, 200, u"20.5"_qs) });
+        const QByteArray file = site.fileBytes(site.state->PaymentDownloadName);
         frmDownload screen(*site.state, nullptr);
         screen.show();
         auto *grid = child<QTableView>(screen, "gridACHDownload");
@@ -162,36 +153,14 @@ private slots:
             grid->visualRect(grid->model()->index(0, 3)).center());
         QTest::keyClick(grid, Qt::Key_Delete);
         QCOMPARE(screen.rowCount(), 2);
-
         deleteRow(grid, 0);
         QCOMPARE(textOf(screen, "labRemitraPayments"), u"Number of Remitra Payments: 1"_qs);
         QCOMPARE(textOf(screen, "labTransTotal"), u"$20.50"_qs);
         QCOMPARE(grid->model()->index(0, PaymentTableModel::TID).data().toString(), u"T200"_qs);
-        QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
-        // With the last row gone the file is moved aside and leaving asks nothing.
-        deleteRow(grid, 0);
-        QCOMPARE(textOf(screen, "labRemitraPayments"), u"Number of Remitra Payments: 0"_qs);
-        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
-        QVERIFY(!site.fileBytes(PaymentFile::LastDownloadName).isNull());
-        QVERIFY(!child(screen, "cmdUpdate")->isEnabled());
-        click(screen, "cmdExit");
-        QVERIFY(!screen.isVisible());
-        QVERIFY(site.prompter.shown().isEmpty());
-    }
 
-    void deleteAllAndLeavingAskFirst()
-    {
-        TestSite site;
-        RentSupport::seedPortfolio(site);
-        RentSupport::useFixture(site, u"normal.txt"_qs);
-        site.writeFile(PaymentFile::LastDownloadName, "older");
-        const QByteArray file = site.fileBytes(site.state->PaymentDownloadName);
-        frmDownload screen(*site.state, nullptr);
-        screen.show();
-        site.prompter.queueAnswers(
-            { Prompter::Answer::No, Prompter::Answer::No, Prompter::Answer::Yes });
+        site.prompter.queueAnswers({ Prompter::Answer::No, Prompter::Answer::No });
         click(screen, "cmdDeleteAll");
-        QCOMPARE(screen.rowCount(), 5);
+        QCOMPARE(screen.rowCount(), 1);
         QCOMPARE(site.state->MsgAnswer, u"7"_qs);
         click(screen, "cmdExit");
         QVERIFY(screen.isVisible());
@@ -203,57 +172,36 @@ private slots:
             u"You are trying to leave without updating your TENANT "
             "LEDGERS. Are you SURE you want to exit WITHOUT POSTING "
             "these transactions?"_qs);
+        QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
 
-        click(screen, "cmdDeleteAll");
-        QCOMPARE(screen.rowCount(), 0);
+        deleteRow(grid, 0);
         QCOMPARE(textOf(screen, "labRemitraPayments"), u"Number of Remitra Payments: 0"_qs);
-        QCOMPARE(site.fileBytes(PaymentFile::LastDownloadName), file);
         QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QCOMPARE(site.fileBytes(PaymentFile::LastDownloadName), file);
         QVERIFY(!child(screen, "cmdUpdate")->isEnabled());
         QTest::keyClick(&screen, Qt::Key_Escape);
         QVERIFY(!screen.isVisible());
-        QCOMPARE(site.prompter.shown().size(), 3);
-    }
+        QCOMPARE(site.prompter.shown().size(), 2);
 
-    void updatePostsAndCloses()
-    {
-        TestSite site;
-        RentSupport::seedPortfolio(site);
         RentSupport::useFixture(site, u"normal.txt"_qs);
-        site.insert(u"Tenants"_qs, { { u"TenantID"_qs, 999 } }); // line 5's tenant
-        frmDownload screen(*site.state, nullptr);
-        screen.show();
-        click(screen, "chkPostMgmtFees");
-        child<QLineEdit>(screen, "txtCreateDeposit")->setText(u"77"_qs);
-        click(screen, "optRemark2");
-        QTest::keyClicks(child(screen, "txtRemark"), u"Remitra November"_qs);
-        click(screen, "cmdUpdate");
-
-        QCOMPARE(
-            site.prompter.texts(), QStringList { u"Your Dwellix Ledgers are now updated."_qs });
-        QVERIFY(screen.posted() && !screen.isVisible());
-        QCOMPARE(screen.result(), int(QDialog::Accepted));
-        QVERIFY(!child(screen, "cmdUpdate")->isEnabled());
+        frmDownload all(*site.state, nullptr);
+        all.show();
+        site.prompter.queueAnswer(Prompter::Answer::Yes);
+        click(all, "cmdDeleteAll");
+        QCOMPARE(all.rowCount(), 0);
+        QCOMPARE(textOf(all, "labRemitraPayments"), u"Number of Remitra Payments: 0"_qs);
         QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
-        // Five payments with the own remark; fees for owners 1 (8% of 1250) and 2 (flat 25).
-        QCOMPARE(
-            site.scalar(
-                    u"SELECT count(*) FROM Transactions WHERE TransRemark = 'Remitra November'"_qs)
-                .toInt(),
-            5);
-        QCOMPARE(site.scalar(u"SELECT sum(TransAmount) FROM Transactions WHERE TransType = 'E'"_qs)
-                     .toDouble(),
-            -125.0);
-        QCOMPARE(
-            site.scalar(u"SELECT CkAmount FROM CheckDepPrinted WHERE CkNumber = 77"_qs).toDouble(),
-            2325.49);
+        QVERIFY(site.fileBytes(PaymentFile::LastDownloadName) != file);
+        QVERIFY(!child(all, "cmdUpdate")->isEnabled());
+        click(all, "cmdExit");
+        QVERIFY(!all.isVisible());
+        QCOMPARE(site.prompter.shown().size(), 3);
     }
 
     void aStoppedPostingStaysAndTintsWhatWentIn()
     {
         TestSite site;
-        RentSupport::seedPortfolio(site);
-        RentSupport::useFixture(site, u"normal.txt"_qs);
+        normalSite(site);
         frmDownload screen(*site.state, nullptr);
         screen.show();
         auto *grid = child<QTableView>(screen, "gridACHDownload");
@@ -278,8 +226,7 @@ private slots:
     void printsToAPdf()
     {
         TestSite site;
-        RentSupport::seedPortfolio(site);
-        RentSupport::useFixture(site, u"normal.txt"_qs);
+        normalSite(site);
         frmDownload screen(*site.state, nullptr);
         QTemporaryDir out;
         const QString pdf = out.filePath(u"screen.pdf"_qs);

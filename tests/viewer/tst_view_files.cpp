@@ -73,52 +73,36 @@ private slots:
     {
         QTest::addColumn<int>("index");
         QTest::addColumn<QString>("file");
-        QTest::newRow("setup") << 0 << u"DX_Quenta_Setup_DXRM.txt"_qs;
-        QTest::newRow("payment") << 4 << u"DX_Quenta_PaymentFile.txt"_qs;
-        QTest::newRow("last download") << 5 << u"DX_Quenta_PaymentFile_LastDownload.txt"_qs;
-        QTest::newRow("disbursement") << 6 << u"DX_Quenta_DisbursementPayment.txt"_qs;
-        QTest::newRow("last upload") << 7 << u"DX_Quenta_Distribution_LastUpload.txt"_qs;
-        QTest::newRow("response") << 8 << u"DX_Quenta_Distribution_Response.txt"_qs;
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QStringList>("lines");
+        // Split at LF: each CR stays at the end of its line, and the final
+        // LF gives a last, empty entry.
+        const QStringList ab = { u"A\r"_qs, u"B\r"_qs, QString() };
+        const std::pair<int, const char *> plain[] = { { 0, "DX_Quenta_Setup_DXRM.txt" },
+            { 4, "DX_Quenta_PaymentFile.txt" }, { 5, "DX_Quenta_PaymentFile_LastDownload.txt" },
+            { 6, "DX_Quenta_DisbursementPayment.txt" }, { 7, "DX_Quenta_Distribution_LastUpload.txt" },
+            { 8, "DX_Quenta_Distribution_Response.txt" } };
+        for (const auto &[index, name] : plain)
+            QTest::newRow(name) << index << QString::fromLatin1(name) << QByteArray("A\r\nB\r\n") << ab;
+        QTest::newRow("no line feed, ANSI") << 2 << u"DX_Quenta_Owner_DXRM.txt"_qs << QByteArray("one\rline|\xe9") << QStringList{u"one\rline|é"_qs};
+        QTest::newRow("empty") << 3 << u"DX_Quenta_Vendor_DXRM.txt"_qs << QByteArray("") << QStringList();
     }
     void eachChoiceOpensItsFile()
     {
         QFETCH(int, index);
         QFETCH(QString, file);
+        QFETCH(QByteArray, bytes);
+        QFETCH(QStringList, lines);
         Viewer v;
-        v.site.writeFile(file, "A\r\nB\r\n");
+        v.site.writeFile(file, bytes);
         v.choose(index);
-        // Split at LF: each CR stays at the end of its line, and the final
-        // LF gives a last, empty entry.
-        QCOMPARE(v.lines(), (QStringList{u"A\r"_qs, u"B\r"_qs, QString()}));
-        QVERIFY(v.site.prompter.shown().isEmpty());
-    }
-
-    void linesWithoutLineFeedsAndEmptyFiles()
-    {
-        Viewer v;
-        v.site.writeFile(u"DX_Quenta_Owner_DXRM.txt"_qs, "one\rline|\xe9");
-        v.choose(2);
-        QCOMPARE(v.lines(), QStringList{u"one\rline|é"_qs});
-
-        v.site.writeFile(u"DX_Quenta_Vendor_DXRM.txt"_qs, QByteArray());
-        v.choose(3);
-        QVERIFY(v.lines().isEmpty());
-        QCOMPARE(v.site.prompter.texts(), QStringList{u"There is no data in this file."_qs});
-        QCOMPARE(v.site.prompter.titles(), QStringList{u"Dwellix Remitra"_qs});
-    }
-
-    void aMissingFileCannotBeDeleted()
-    {
-        Viewer v;
-        v.site.writeFile(u"DX_Quenta_Setup_DXRM.txt"_qs, "S\r\n");
-        v.choose(0);
-        v.choose(1);
-        QVERIFY(v.lines().isEmpty());
-        QCOMPARE(v.site.prompter.texts(), QStringList{kMissing});
-        QCOMPARE(v.site.prompter.titles(), QStringList{u"Remitra Notice"_qs});
-        v.clickDelete();
-        QCOMPARE(v.site.prompter.shown().size(), 1); // no question
-        QVERIFY(!v.site.fileBytes(u"DX_Quenta_Setup_DXRM.txt"_qs).isNull());
+        QCOMPARE(v.lines(), lines);
+        if (bytes.isEmpty()) {
+            QCOMPARE(v.site.prompter.texts(), QStringList{u"There is no data in this file."_qs});
+            QCOMPARE(v.site.prompter.titles(), QStringList{u"Dwellix Remitra"_qs});
+        } else {
+            QVERIFY(v.site.prompter.shown().isEmpty());
+        }
     }
 
     void deleteAsksFirst()
@@ -147,13 +131,16 @@ private slots:
         // The list keeps the lines until another choice is made.
         QCOMPARE(v.lines(), (QStringList{u"O7,B1,0,\r"_qs, QString()}));
 
-        // Nothing left to delete; choosing it again says it is gone.
+        // Nothing left to delete; choosing it again says it is gone, and
+        // delete then asks nothing.
         v.site.prompter.clear();
         v.clickDelete();
         QVERIFY(v.site.prompter.shown().isEmpty());
         v.choose(8);
-        QCOMPARE(v.site.prompter.texts(), QStringList{kMissing});
         QVERIFY(v.lines().isEmpty());
+        v.clickDelete();
+        QCOMPARE(v.site.prompter.texts(), QStringList{kMissing});
+        QCOMPARE(v.site.prompter.titles(), QStringList{u"Remitra Notice"_qs});
     }
 
     void aFileThatVanishesEndsTheProgram()
@@ -169,20 +156,6 @@ private slots:
         QVERIFY(ended || v.site.state->EndRequested);
     }
 
-    void thereIsOneViewer()
-    {
-        TestSite site;
-        frmViewFiles *first = frmViewFiles::open(*site.state);
-        QCOMPARE(frmViewFiles::open(*site.state), first);
-        QVERIFY(first->isVisible());
-        QVERIFY(!first->isModal());
-        QPointer<frmViewFiles> guard(first);
-        QTest::mouseClick(first->findChild<QPushButton *>(u"cmdExit"_qs), Qt::LeftButton);
-        QTRY_VERIFY(guard.isNull()); // closed and deleted
-        frmViewFiles *second = frmViewFiles::open(*site.state);
-        QVERIFY(second);
-        second->close();
-    }
 };
 
 QTEST_MAIN(TestViewFiles)
