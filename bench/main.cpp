@@ -109,9 +109,8 @@ QJsonObject machine()
 class Runner
 {
 public:
-    Runner(const Settings &settings, const QString &root)
-        : m_settings(settings)
-        , m_master(QDir(root).filePath(u"site"_qs))
+    explicit Runner(const QString &root)
+        : m_master(QDir(root).filePath(u"site"_qs))
         , m_work(QDir(root).filePath(u"run"_qs))
         , m_results(QDir(root).filePath(u"result.txt"_qs))
     {
@@ -182,7 +181,6 @@ public:
     }
 
 private:
-    const Settings &m_settings;
     QString m_master;
     QString m_work;
     QString m_results;
@@ -193,7 +191,7 @@ int runBench(const Settings &settings)
 {
     QTemporaryDir temp(QDir::temp().filePath(u"remitra-bench-XXXXXX"_qs));
     temp.setAutoRemove(!settings.keep);
-    Runner runner(settings, temp.path());
+    Runner runner(temp.path());
 
     BenchReport report;
     report.machine = machine();
