@@ -1,24 +1,11 @@
 #include "enrolment/frmOwnerUpdate.h"
 
-#include "app/ProgramState.h"
-#include "app/QtCentre.h"
-#include "app/TopLevel.h"
-#include "enrolment/EnrolmentListWidget.h"
 #include "uploads/OwnerFile.h"
 
-#include <QHBoxLayout>
-#include <QPushButton>
-#include <QVBoxLayout>
+namespace {
 
-frmOwnerUpdate::frmOwnerUpdate(ProgramState &state, QWidget *parent)
-    : QDialog(parent)
-    , m_state(state)
+EnrolmentTexts ownerTexts()
 {
-    setObjectName(u"frmOwnerUpdate"_qs);
-    setWindowTitle(u"Remitra Owner Update"_qs);
-    setModal(true);
-    resize(800, 600);
-
     EnrolmentTexts texts;
     texts.displayEnrolled = u"Remitra Owners Only"_qs;
     texts.displayAll = u"All Owners"_qs;
@@ -30,48 +17,20 @@ frmOwnerUpdate::frmOwnerUpdate(ProgramState &state, QWidget *parent)
           "to permanently DELETE this Owner from Remitra enter a 'D'."_qs;
     texts.gridName = u"Owners"_qs;
     texts.countLabel = u"Owners listed: %1"_qs;
-    m_list = new EnrolmentListWidget(state, EnrolmentListWidget::Roster::Owners, texts, this);
-
-    m_cmdExit = new QPushButton(u"E&xit"_qs, this);
-    m_cmdExit->setObjectName(u"cmdExit"_qs);
-    m_cmdExit->setAutoDefault(false);
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch(1);
-    buttons->addWidget(m_cmdExit);
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_list, 1);
-    layout->addLayout(buttons);
-    connect(m_cmdExit, &QPushButton::clicked, this, &frmOwnerUpdate::cmdExit_Click);
-
-    m_list->load();
+    return texts;
 }
 
-void frmOwnerUpdate::showEvent(QShowEvent *event)
+} // namespace
+
+frmOwnerUpdate::frmOwnerUpdate(ProgramState &state, QWidget *parent)
+    : QtEnrolmentDialog(state, EnrolmentListWidget::Roster::Owners, ownerTexts(), parent)
 {
-    QDialog::showEvent(event);
-    if (!m_centred) {
-        m_centred = true;
-        centreOnScreen(*this);
-    }
+    setObjectName(u"frmOwnerUpdate"_qs);
+    setWindowTitle(u"Remitra Owner Update"_qs);
+    resize(800, 600);
 }
 
-void frmOwnerUpdate::cmdExit_Click()
+void frmOwnerUpdate::sendChanges()
 {
-    close();
-}
-
-void frmOwnerUpdate::done(int result)
-{
-    Form_Unload();
-    QDialog::done(result);
-}
-
-void frmOwnerUpdate::Form_Unload()
-{
-    if (m_unloaded)
-        return;
-    m_unloaded = true;
-    m_list->commitPendingEdit();
-    if (m_list->changed())
-        TopLevel::run(m_state, [&] { UploadOwnerFile(m_state); });
+    UploadOwnerFile(m_state);
 }

@@ -1,26 +1,17 @@
 #include "enrolment/frmTenantUpdate.h"
 
 #include "app/ProgramState.h"
-#include "app/QtCentre.h"
 #include "app/TopLevel.h"
 #include "core/Prompter.h"
-#include "enrolment/EnrolmentListWidget.h"
 #include "enrolment/TenantCsvExport.h"
 #include "uploads/TenantUpload.h"
 
-#include <QHBoxLayout>
 #include <QPushButton>
-#include <QVBoxLayout>
 
-frmTenantUpdate::frmTenantUpdate(ProgramState &state, QWidget *parent)
-    : QDialog(parent)
-    , m_state(state)
+namespace {
+
+EnrolmentTexts tenantTexts()
 {
-    setObjectName(u"frmTenantUpdate"_qs);
-    setWindowTitle(u"Remitra Tenant Update"_qs);
-    setModal(true);
-    resize(1000, 640);
-
     EnrolmentTexts texts;
     texts.displayEnrolled = u"Remitra Tenants Only"_qs;
     texts.displayAll = u"All Tenants"_qs;
@@ -32,36 +23,19 @@ frmTenantUpdate::frmTenantUpdate(ProgramState &state, QWidget *parent)
           "to permanently DELETE this Tenant from Remitra, enter a 'D'."_qs;
     texts.gridName = u"Tenants"_qs;
     texts.countLabel = u"Tenants listed: %1"_qs;
-    m_list = new EnrolmentListWidget(state, EnrolmentListWidget::Roster::Tenants, texts, this);
-
-    m_cmdExport = new QPushButton(u"&Export"_qs, this);
-    m_cmdExport->setObjectName(u"cmdExport"_qs);
-    m_cmdExport->setAutoDefault(false);
-    m_cmdExit = new QPushButton(u"E&xit"_qs, this);
-    m_cmdExit->setObjectName(u"cmdExit"_qs);
-    m_cmdExit->setAutoDefault(false);
-
-    auto *buttons = new QHBoxLayout;
-    buttons->addWidget(m_cmdExport);
-    buttons->addStretch(1);
-    buttons->addWidget(m_cmdExit);
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_list, 1);
-    layout->addLayout(buttons);
-
-    connect(m_cmdExport, &QPushButton::clicked, this, &frmTenantUpdate::cmdExport_Click);
-    connect(m_cmdExit, &QPushButton::clicked, this, &frmTenantUpdate::cmdExit_Click);
-
-    m_list->load();
+    return texts;
 }
 
-void frmTenantUpdate::showEvent(QShowEvent *event)
+} // namespace
+
+frmTenantUpdate::frmTenantUpdate(ProgramState &state, QWidget *parent)
+    : QtEnrolmentDialog(state, EnrolmentListWidget::Roster::Tenants, tenantTexts(), parent)
 {
-    QDialog::showEvent(event);
-    if (!m_centred) {
-        m_centred = true;
-        centreOnScreen(*this);
-    }
+    setObjectName(u"frmTenantUpdate"_qs);
+    setWindowTitle(u"Remitra Tenant Update"_qs);
+    resize(1000, 640);
+    QPushButton *cmdExport = addButton(u"&Export"_qs, u"cmdExport"_qs);
+    connect(cmdExport, &QPushButton::clicked, this, &frmTenantUpdate::cmdExport_Click);
 }
 
 void frmTenantUpdate::cmdExport_Click()
@@ -84,27 +58,8 @@ void frmTenantUpdate::cmdExport_Click()
     });
 }
 
-void frmTenantUpdate::cmdExit_Click()
+void frmTenantUpdate::sendChanges()
 {
-    close();
-}
-
-void frmTenantUpdate::done(int result)
-{
-    Form_Unload();
-    QDialog::done(result);
-}
-
-void frmTenantUpdate::Form_Unload()
-{
-    if (m_unloaded)
-        return;
-    m_unloaded = true;
-    m_list->commitPendingEdit();
-    if (!m_list->changed())
-        return;
-    TopLevel::run(m_state, [&] {
-        BuildTenantUpload(m_state);
-        SendTenantUpload(m_state);
-    });
+    BuildTenantUpload(m_state);
+    SendTenantUpload(m_state);
 }

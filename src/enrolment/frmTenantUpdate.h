@@ -1,15 +1,12 @@
 #pragma once
 
-#include <QDialog>
-
-class EnrolmentListWidget;
-class ProgramState;
-class QPushButton;
+#include "enrolment/QtEnrolmentDialog.h"
 
 // Tenant enrolment: lists every tenant of the portfolio with its owner,
 // property and unit and lets the user set its Remitra flag (Y, N or D).
-// Closing after a flag was typed sends the whole tenant upload. Modal.
-class frmTenantUpdate : public QDialog
+// Closing after a flag was typed sends the whole tenant upload; Export writes
+// the enrolled tenants to a CSV file for mail merge. Modal.
+class frmTenantUpdate : public QtEnrolmentDialog
 {
     Q_OBJECT
 
@@ -18,19 +15,7 @@ public:
 
 public slots:
     void cmdExport_Click();
-    void cmdExit_Click();
-    void done(int result) override;
 
 protected:
-    void showEvent(QShowEvent *event) override;
-
-private:
-    void Form_Unload();
-
-    ProgramState &m_state;
-    EnrolmentListWidget *m_list;
-    QPushButton *m_cmdExport;
-    QPushButton *m_cmdExit;
-    bool m_unloaded = false;
-    bool m_centred = false;
+    void sendChanges() override;
 };

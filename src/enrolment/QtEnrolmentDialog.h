@@ -1,0 +1,43 @@
+#pragma once
+
+#include "enrolment/EnrolmentListWidget.h"
+
+#include <QDialog>
+
+class ProgramState;
+class QHBoxLayout;
+class QPushButton;
+
+// What the three enrolment screens share: the list of one roster with its
+// Remitra flags, an Exit button (and any buttons the screen adds to its
+// left), centring on first show, and, when the screen closes after a flag
+// was typed, the screen's upload (sendChanges). Modal.
+class QtEnrolmentDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    QtEnrolmentDialog(ProgramState &state, EnrolmentListWidget::Roster roster,
+        const EnrolmentTexts &texts, QWidget *parent);
+
+public slots:
+    void cmdExit_Click();
+    void done(int result) override;
+
+protected:
+    // Adds a button to the left of the row at the bottom.
+    QPushButton *addButton(const QString &caption, const QString &name);
+    // Sends the screen's upload; called once on closing when a flag changed.
+    virtual void sendChanges() = 0;
+    void showEvent(QShowEvent *event) override;
+
+    ProgramState &m_state;
+    EnrolmentListWidget *m_list;
+
+private:
+    void Form_Unload();
+
+    QHBoxLayout *m_buttons;
+    bool m_unloaded = false;
+    bool m_centred = false;
+};
