@@ -9,20 +9,6 @@
 #include <QStandardPaths>
 #include <QTest>
 
-namespace {
-
-int errorNumber(const std::function<void()> &body)
-{
-    try {
-        body();
-    } catch (const RuntimeError &e) {
-        return e.number();
-    }
-    return 0;
-}
-
-} // namespace
-
 class TestCredentials : public QObject
 {
     Q_OBJECT
@@ -51,11 +37,11 @@ private slots:
 
     void codesThatCannotShiftAreInvalidArguments()
     {
-        QCOMPARE(errorNumber([] { EncodeSetting(u"ab\u00FD"_qs); }), 5);
-        QCOMPARE(errorNumber([] { EncodeSetting(u"\u00FF"_qs); }), 5);
-        QCOMPARE(errorNumber([] { EncodeSetting(u"\u00FC"_qs); }), 0);
-        QCOMPARE(errorNumber([] { DecodeSetting(u"ok\u0002"_qs); }), 5);
-        QCOMPARE(errorNumber([] { DecodeSetting(u"\u0003"_qs); }), 0);
+        QCOMPARE(raisedError([] { EncodeSetting(u"ab\u00FD"_qs); }), 5);
+        QCOMPARE(raisedError([] { EncodeSetting(u"\u00FF"_qs); }), 5);
+        QCOMPARE(raisedError([] { EncodeSetting(u"\u00FC"_qs); }), 0);
+        QCOMPARE(raisedError([] { DecodeSetting(u"ok\u0002"_qs); }), 5);
+        QCOMPARE(raisedError([] { DecodeSetting(u"\u0003"_qs); }), 0);
     }
 
     // The values themselves are checked through the login screen's tests.
@@ -128,7 +114,7 @@ private slots:
     void missingIdFileIsFileNotFound()
     {
         TestSite site;
-        QCOMPARE(errorNumber([&] { LoadIDFile(*site.state); }), 53);
+        QCOMPARE(raisedError([&] { LoadIDFile(*site.state); }), 53);
     }
 };
 

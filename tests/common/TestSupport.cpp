@@ -1,5 +1,6 @@
 #include "TestSupport.h"
 
+#include "core/RuntimeError.h"
 #include "core/TransferFile.h"
 
 #include <QFile>
@@ -118,6 +119,18 @@ QByteArray TestSite::fileBytes(const QString &name) const
 void TestSite::writeFile(const QString &name, const QByteArray &bytes)
 {
     TransferFile::writeAtomicBytes(path(name), bytes);
+}
+
+int raisedError(const std::function<void()> &body, QString *description)
+{
+    try {
+        body();
+    } catch (const RuntimeError &e) {
+        if (description)
+            *description = e.description();
+        return e.number();
+    }
+    return 0;
 }
 
 QString testData(const QString &relative)

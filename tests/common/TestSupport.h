@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QVariantMap>
 
+#include <functional>
 #include <memory>
 
 // A temporary program folder with a fresh host database (all host tables,
@@ -46,6 +47,10 @@ private:
     QTemporaryDir m_dir;
     QString m_folder;
 };
+
+// The number of the RuntimeError that body raises (0: none); its
+// description goes to *description when asked for.
+int raisedError(const std::function<void()> &body, QString *description = nullptr);
 
 // Path of a fixture under tests/data.
 QString testData(const QString &relative);

@@ -1,3 +1,5 @@
+#include "TestSupport.h"
+
 #include "core/Prompter.h"
 #include "core/RuntimeError.h"
 #include "core/ScriptedPrompter.h"
@@ -7,21 +9,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-
-namespace {
-
-// The number of the RuntimeError that f raises, 0 for none.
-template <typename F> int raised(F f)
-{
-    try {
-        f();
-    } catch (const RuntimeError &e) {
-        return e.number();
-    }
-    return 0;
-}
-
-} // namespace
 
 class TestFilesPrompts : public QObject
 {
@@ -67,12 +54,12 @@ private slots:
 
         // Reading: 53 when missing, the bytes as they are otherwise.
         const QString x = dir.filePath(u"x.txt"_qs);
-        QCOMPARE(raised([&] { TransferFile::readWhole(x); }), 53);
+        QCOMPARE(raisedError([&] { TransferFile::readWhole(x); }), 53);
         TransferFile::writeAtomic(x, u""_qs);
         QCOMPARE(TransferFile::readWhole(x), u""_qs);
         TransferFile::writeAtomic(x, u"a\r\nb\n"_qs);
         QCOMPARE(TransferFile::readWhole(x), u"a\r\nb\n"_qs);
-        QCOMPARE(raised([&] {
+        QCOMPARE(raisedError([&] {
             TransferFile::writeAtomic(dir.filePath(u"no/such/dir.txt"_qs), u"x"_qs);
         }),
             76);
@@ -84,7 +71,7 @@ private slots:
     void busyCursorRestoredOnThrow()
     {
         ScriptedPrompter p;
-        QCOMPARE(raised([&] {
+        QCOMPARE(raisedError([&] {
             BusyCursor busy(p);
             BusyCursor inner(p);
             QCOMPARE(p.busyDepth(), 2);

@@ -5,21 +5,6 @@
 #include <QSqlQuery>
 #include <QTest>
 
-namespace {
-
-// The number of the RuntimeError that f raises (0: none) and its description.
-template <typename F> std::pair<int, QString> raised(F f)
-{
-    try {
-        f();
-    } catch (const RuntimeError &e) {
-        return { e.number(), e.description() };
-    }
-    return { 0, QString() };
-}
-
-} // namespace
-
 class TestHostDb : public QObject
 {
     Q_OBJECT
@@ -40,11 +25,12 @@ private slots:
 
         // A missing field is "item not found"; a missing database 3024.
         site.db().execText(u"ALTER TABLE Company DROP COLUMN CEmail1"_qs, "test");
-        const auto [number, text] = raised([&] { site.db().verifySchema(); });
+        QString text;
+        const int number = raisedError([&] { site.db().verifySchema(); }, &text);
         QCOMPARE(number, 3265);
         QVERIFY(text.contains(u"Company.CEmail1"_qs));
         QTemporaryDir dir;
-        QCOMPARE(raised([&] { HostDb::openFolder(dir.path()); }).first, 3024);
+        QCOMPARE(raisedError([&] { HostDb::openFolder(dir.path()); }), 3024);
     }
 
     void transactionRollsBackUnlessCommitted()
@@ -68,7 +54,8 @@ private slots:
         HostDb::Transaction hold(*other);
         QElapsedTimer timer;
         timer.start();
-        const auto [number, text] = raised([&] { HostDb::Transaction tx(site.db()); });
+        QString text;
+        const int number = raisedError([&] { HostDb::Transaction tx(site.db()); }, &text);
         QCOMPARE(number, RuntimeError::databaseBusy().number());
         QVERIFY(text.contains(u"Dwellix database is busy"_qs));
         QVERIFY(timer.elapsed() >= HostDb::BusyTimeoutMs - 500);

@@ -53,15 +53,6 @@ std::shared_ptr<ScriptedProcessorClient::Script> scripted(TestSite &site)
     return script;
 }
 
-int expectRuntimeError(const std::function<void()> &body)
-{
-    try {
-        body();
-    } catch (const RuntimeError &e) {
-        return e.number();
-    }
-    return 0;
-}
 
 } // namespace
 
@@ -115,7 +106,7 @@ private slots:
         TestSite site;
         UploadsFixture::addPortfolio(site);
         site.writeFile(site.state->SetupUploadName, "old");
-        QCOMPARE(expectRuntimeError([&] { BuildSetupFile(*site.state); }), 3021);
+        QCOMPARE(raisedError([&] { BuildSetupFile(*site.state); }), 3021);
         QCOMPARE(site.fileBytes(site.state->SetupUploadName), QByteArray("old"));
 
         TestSite empty;
@@ -196,7 +187,7 @@ private slots:
         UploadsFixture::addCompany(site);
         UploadsFixture::addVendors(site);
         auto script = scripted(site);
-        QCOMPARE(expectRuntimeError([&] { UploadAll(*site.state); }), 53);
+        QCOMPARE(raisedError([&] { UploadAll(*site.state); }), 53);
         QVERIFY(script->calls.isEmpty());
         QCOMPARE(site.fileBytes(site.state->SetupUploadName), QByteArray(""));
     }
