@@ -11,6 +11,21 @@ ProgramState::ProgramState(Prompter &prompter, QString folder)
 
 ProgramState::~ProgramState() = default;
 
+void ProgramState::setHostDb(std::unique_ptr<HostDb> db)
+{
+    m_store.reset();
+    m_hostDb = std::move(db);
+    if (m_hostDb)
+        m_store = std::make_unique<RemitraStore>(*m_hostDb);
+}
+
+RemitraStore &ProgramState::store() const
+{
+    if (!m_store)
+        throw RuntimeError::noCurrentRecord();
+    return *m_store;
+}
+
 QString ProgramState::pathOf(const QString &name) const
 {
     return m_folder + u'/' + name;

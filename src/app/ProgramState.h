@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hostdb/HostDb.h"
+#include "hostdb/RemitraStore.h"
 #include "processor/ProcessorClient.h"
 
 #include <QString>
@@ -33,7 +34,11 @@ public:
     // before start-up opened it.
     HostDb &db() const;
     bool hasDb() const { return m_hostDb != nullptr; }
-    void setHostDb(std::unique_ptr<HostDb> db) { m_hostDb = std::move(db); }
+    // Takes the host database and opens Remitra's own store beside it (see
+    // RemitraStore), before any transaction can be open on it.
+    void setHostDb(std::unique_ptr<HostDb> db);
+    // Remitra's own store; throws like db() before start-up opened it.
+    RemitraStore &store() const;
 
     // A fresh processor client for one job.
     std::unique_ptr<ProcessorClient> newClient() const;
@@ -75,4 +80,6 @@ private:
     // The host database (the product's HostDb), open from start-up to the
     // end of the run.
     std::unique_ptr<HostDb> m_hostDb;
+    // Declared after the host database, so it is closed first.
+    std::unique_ptr<RemitraStore> m_store;
 };

@@ -11,6 +11,7 @@
 #include "enrolment/frmOwnerUpdate.h"
 #include "enrolment/frmTenantUpdate.h"
 #include "enrolment/frmVendorUpdate.h"
+#include "processor/ProcessorCall.h"
 #include "processor/RentDownload.h"
 #include "rent/frmDownload.h"
 #include "uploads/UploadAll.h"
@@ -235,10 +236,13 @@ void frmRemitraMain::showLogin(ProgramState &state)
 
 bool frmRemitraMain::loginPresent()
 {
-    if (!m_state.LoginMissing)
-        return true;
-    Credentials::showLoginNotice(m_state);
-    return false;
+    if (m_state.LoginMissing) {
+        Credentials::showLoginNotice(m_state);
+        return false;
+    }
+    // A log in completed after start-up: the transfer files have no names
+    // yet, and nothing may reach the processor until Remitra starts again.
+    return ProcessorCall::checkFileNames(m_state);
 }
 
 bool frmRemitraMain::disbursementAllowed()

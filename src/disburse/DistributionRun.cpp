@@ -2,27 +2,39 @@
 
 #include "app/ProgramState.h"
 #include "core/Prompter.h"
+#include "core/RuntimeError.h"
 #include "core/TransferFile.h"
+#include "core/VbText.h"
 #include "disburse/DistributionFile.h"
 #include "disburse/PaidCheckPosting.h"
 #include "disburse/ResponseMatcher.h"
 #include "disburse/UnfinishedRun.h"
+#include "hostdb/DisburseLookup.h"
+#include "hostdb/DistributionRecord.h"
+#include "hostdb/RentBackup.h"
 #include "processor/ProcessorCall.h"
 
 #include <QDateTime>
 #include <QFile>
+#include <QHash>
 
 namespace {
 
 const QString kNoticeTitle = u"Payment Distribution Notice"_qs;
+const QString kTitle = u"Make Payments"_qs;
 
-// Marks a response file that is used again as this run's answer, so that a
-// run stopped while posting is recognised by its newer response.
+// Marks a response file that is used again as this run's answer.
 void touch(const QString &path)
 {
     QFile file(path);
     if (file.open(QIODevice::Append))
         file.setFileTime(QDateTime::currentDateTime(), QFileDevice::FileModificationTime);
+}
+
+bool sameCheck(const PaymentRow &a, const PaymentRow &b)
+{
+    return a.CkPayee == b.CkPayee && a.CkAmount == b.CkAmount
+        && VbText::text(a.CkDate) == VbText::text(b.CkDate) && a.CkRemark == b.CkRemark;
 }
 
 } // namespace
@@ -44,12 +56,86 @@ QString DistributionRun::completeText()
            "correct the error and try again or process them manually."_qs;
 }
 
+QList<PaymentRow> DistributionRun::freshRows(const QList<PaymentRow> &selected)
+{
+    QList<PaymentRow> rows;
+    QStringList gone, changed;
+    {
+        DisburseLookup lookup(m_state.db());
+        for (const PaymentRow &row : selected) {
+            std::optional<PaymentRow> now = lookup.enteredCheck(row.CkID);
+            if (!now) {
+                gone << UnfinishedRun::describe(row);
+                m_stale.append(row.key());
+                continue;
+            }
+            if (!sameCheck(*now, row)) {
+                changed << UnfinishedRun::describe(row) + u"  is now  "_qs
+                        + UnfinishedRun::describe(*now);
+                m_stale.append(row.key());
+                continue;
+            }
+            now->IDField = row.IDField;
+            now->NameA = row.NameA;
+            now->NameB = row.NameB;
+            rows.append(*now);
+        }
+    }
+    if (m_stale.isEmpty())
+        return rows;
+    QString text = u"Some of the selected checks were changed in Dwellix after this list was "
+                   "read. Nothing was sent to Quenta Payment Services."_qs;
+    if (!gone.isEmpty())
+        text += u"\r\rNo longer in the Entered Check File:\r"_qs + gone.join(u'\r');
+    if (!changed.isEmpty())
+        text += u"\r\rChanged:\r"_qs + changed.join(u'\r');
+    text += u"\r\rThe list now shows the checks as they are. Those checks were taken out of "
+            "the selection: look them over, select the payments again and press 'Make all "
+            "SELECTED payments now'."_qs;
+    m_state.prompter().notice(text, kTitle);
+    return {};
+}
+
+QList<PaymentRow> DistributionRun::withoutUnanswered(const QList<PaymentRow> &rows)
+{
+    DistributionRecord record(m_state.store());
+    QHash<qint64, QList<DistributionRecord::Unanswered>> open;
+    for (const DistributionRecord::Unanswered &u : record.unanswered())
+        open[u.check.CkID].append(u);
+    QList<PaymentRow> blocked, kept;
+    for (const PaymentRow &row : rows)
+        (open.contains(row.CkID) ? blocked : kept).append(row);
+    if (blocked.isEmpty())
+        return rows;
+
+    QStringList lines;
+    for (const PaymentRow &row : blocked)
+        lines << UnfinishedRun::describe(row) + u"  (sent "_qs
+                + UnfinishedRun::sentText(open[row.CkID].first().sentAt) + u')';
+    const QString question
+        = u"These payments were sent to Quenta Payment Services before, and Remitra has no "
+          "record of an answer (Remitra or the computer stopped, or the connection was lost, "
+          "while it waited):\r\r"_qs
+        + lines.join(u'\r')
+        + u"\r\rThey may have been paid. Check with Quenta Payment Services before sending "
+          "them again.\r\rHave you checked that these payments were NOT made, and do you want "
+          "to send them again now? (No leaves them out of this run.)"_qs;
+    if (m_state.prompter().ask(question, kTitle) == Prompter::Answer::Yes) {
+        for (const PaymentRow &row : blocked) {
+            for (const DistributionRecord::Unanswered &u : open[row.CkID])
+                record.release(u.runId, row.CkID);
+        }
+        return rows;
+    }
+    return kept;
+}
+
 bool DistributionRun::MakePaymentsNow(
     const QList<PaymentRow> &selected, const std::function<void()> &emptySelection)
 {
     Prompter &prompter = m_state.prompter();
     if (selected.isEmpty()) {
-        prompter.notice(noSelectionText(), u"Make Payments"_qs);
+        prompter.notice(noSelectionText(), kTitle);
         return false;
     }
     // Checks already paid by an unfinished run must be posted before anything
@@ -65,8 +151,16 @@ bool DistributionRun::MakePaymentsNow(
         return false;
     }
 
+    // What is sent is what Dwellix holds now, not what the list showed.
+    QList<PaymentRow> rows = freshRows(selected);
+    if (!m_stale.isEmpty())
+        return true;
+    rows = withoutUnanswered(rows);
+    if (rows.isEmpty())
+        return false;
+
     const QString distribution = m_state.pathOf(m_state.DisbursementUploadName);
-    DistributionFile::write(m_state.db(), distribution, selected);
+    DistributionFile::write(m_state.db(), distribution, rows);
 
     QString paymentText;
     {
@@ -80,17 +174,39 @@ bool DistributionRun::MakePaymentsNow(
         }
         paymentText = ReadWholeFile(distribution);
     }
-    const ProcessorCall::Outcome outcome
-        = ProcessorCall::transmitPayees(m_state, QStringLiteral(""), paymentText);
+
+    // The run is on disk before anything leaves.
+    DistributionRecord record(m_state.store());
+    const qint64 runId = record.begin(rows, paymentText);
+    const QString responsePath = m_state.pathOf(DistributionFile::ResponseName);
+    bool answered = false;
+    QString responseText;
+    ProcessorCall::transmitPayees(m_state, QStringLiteral(""), paymentText,
+        [&](const ProcessorCall::Outcome &outcome) {
+            if (!outcome.flag) {
+                // No answer: the payments may still have arrived, unless the
+                // request certainly never left.
+                if (!outcome.mayHaveArrived)
+                    record.setRefused(runId);
+                return;
+            }
+            if (outcome.code != 200) {
+                record.setRefused(runId);
+                return;
+            }
+            if (!outcome.response.isEmpty())
+                TransferFile::writeAtomic(responsePath, outcome.response + u"\r\n"_qs);
+            else if (TransferFile::exists(responsePath))
+                touch(responsePath); // the earlier answer is read again
+            if (!TransferFile::exists(responsePath))
+                return; // an answer without content: nothing is known of the payments
+            responseText = ReadWholeFile(responsePath);
+            record.setAnswered(runId, responseText);
+            answered = true;
+        });
     if (m_state.ResultCode != 200)
         return false;
-
-    const QString responsePath = m_state.pathOf(DistributionFile::ResponseName);
-    if (!outcome.response.isEmpty())
-        TransferFile::writeAtomic(responsePath, outcome.response + u"\r\n"_qs);
-    else if (TransferFile::exists(responsePath))
-        touch(responsePath); // the earlier answer is read again
-    if (!TransferFile::exists(responsePath)) {
+    if (!answered) {
         prompter.notice(u"Quenta Payment Services sent no answer for these payments, so none of "
                         "them was posted. The checks remain in your 'Entered Check File'. Look "
                         "up the payments at the Quenta Payment website before sending them "
@@ -98,12 +214,12 @@ bool DistributionRun::MakePaymentsNow(
             kNoticeTitle);
         return false;
     }
-    const ResponseMatcher response(ReadWholeFile(responsePath));
-    finish(m_state, selected, response, m_stopRejections, emptySelection);
+    const ResponseMatcher response(responseText);
+    finish(m_state, runId, rows, response, m_stopRejections, emptySelection);
     return true;
 }
 
-void DistributionRun::finish(ProgramState &state, const QList<PaymentRow> &rows,
+bool DistributionRun::finish(ProgramState &state, qint64 runId, const QList<PaymentRow> &rows,
     const ResponseMatcher &response, bool &stopRejections,
     const std::function<void()> &emptySelection)
 {
@@ -112,19 +228,41 @@ void DistributionRun::finish(ProgramState &state, const QList<PaymentRow> &rows,
     {
         BusyCursor busy(prompter);
         HostDb &db = state.db();
+        try {
+            RentBackup::write(db, state.folder());
+        } catch (const RuntimeError &error) {
+            busy.release();
+            prompter.notice(u"A backup copy of the Dwellix data could not be written to the "
+                            "\"backups\" folder ("_qs
+                    + error.description()
+                    + u"). The payments that Quenta Payment Services accepted were not posted "
+                      "yet; they will be posted the next time you make payments."_qs,
+                kNoticeTitle);
+            return false;
+        }
+        DistributionRecord record(state.store());
         HostDb::Transaction tx(db);
         PaidCheckPosting posting(db);
         posting.PostCheck(rows, response);
         posting.DeleteEnteredSplits();
         posting.DeleteEnteredChecks(rows);
+        // Attached, the record commits with the posting; on its own
+        // connection it follows the commit (a run found answered whose
+        // checks are gone is then closed quietly by UnfinishedRun).
+        if (state.store().attached())
+            record.setPosted(runId);
         tx.commit();
+        if (!state.store().attached())
+            record.setPosted(runId);
         messages = posting.messages();
 
-        TransferFile::renameReplacing(state.pathOf(state.DisbursementUploadName),
-            state.pathOf(DistributionFile::LastUploadName));
+        const QString sent = state.pathOf(state.DisbursementUploadName);
+        if (TransferFile::exists(sent))
+            TransferFile::renameReplacing(sent, state.pathOf(DistributionFile::LastUploadName));
     }
     PaidCheckPosting::showMessages(state, messages, stopRejections);
     if (emptySelection)
         emptySelection();
     prompter.notice(completeText(), kNoticeTitle);
+    return true;
 }

@@ -141,8 +141,10 @@ frmMakePayments *frmMakePayments::open(ProgramState &state, QWidget *parent)
 void frmMakePayments::Form_Load()
 {
     // A run that was paid but not posted is finished before anything else is
-    // shown, so its checks do not appear here to be paid again.
+    // shown, so its checks do not appear here to be paid again; checks sent
+    // without a recorded answer are named, so nobody pays them another way.
     UnfinishedRun::settle(m_state, m_stopRejections);
+    UnfinishedRun::reportUnanswered(m_state);
     optSortBy->setCurrentText(u"Payee"_qs);
     loadList();
 }
@@ -271,8 +273,15 @@ void frmMakePayments::cmdMakePaymentsNow_Click()
 {
     TopLevel::run(m_state, [this] {
         DistributionRun run(m_state, m_stopRejections);
-        if (run.MakePaymentsNow(selectedRows(), [this] { emptySelection(); }))
+        const bool changed = run.MakePaymentsNow(selectedRows(), [this] { emptySelection(); });
+        // Checks that Dwellix changed since the list was read leave the
+        // selection: they are chosen again, if at all, as they are now.
+        for (const PaymentRow::Key &key : run.staleRows())
+            m_selection.removeAll(key);
+        if (changed)
             loadList();
+        if (!run.staleRows().isEmpty())
+            showTotal();
     });
 }
 

@@ -29,8 +29,13 @@ void initCurlOnce()
 
 size_t collect(char *data, size_t size, size_t count, void *target)
 {
-    static_cast<QByteArray *>(target)->append(data, qsizetype(size * count));
-    return size * count;
+    auto *body = static_cast<QByteArray *>(target);
+    const size_t bytes = size * count;
+    // Returning less than was given stops the transfer (CURLE_WRITE_ERROR).
+    if (qint64(body->size()) + qint64(bytes) > HttpProcessorClient::MaxAnswerBytes)
+        return 0;
+    body->append(data, qsizetype(bytes));
+    return bytes;
 }
 
 struct Transfer
@@ -42,6 +47,7 @@ struct Transfer
     long timeoutSeconds = 120;
     // Outputs, filled on the worker thread.
     bool answered = false;
+    bool connected = false; // a connection was made, so the request may have gone out
     long status = 0;
     QByteArray body;
 
@@ -76,11 +82,33 @@ struct Transfer
         curl_easy_setopt(h, CURLOPT_NOPROXY, "localhost,127.0.0.1,::1");
         curl_easy_setopt(h, CURLOPT_WRITEFUNCTION, collect);
         curl_easy_setopt(h, CURLOPT_WRITEDATA, &body);
+        // A length announced above the limit is refused before the body comes.
+        curl_easy_setopt(h, CURLOPT_MAXFILESIZE_LARGE,
+            static_cast<curl_off_t>(HttpProcessorClient::MaxAnswerBytes));
 
         const CURLcode rc = curl_easy_perform(h);
         if (rc == CURLE_OK) {
             answered = true;
             curl_easy_getinfo(h, CURLINFO_RESPONSE_CODE, &status);
+        } else {
+            body.clear();
+            body.squeeze();
+        }
+        // Failures that come before any byte of the request can have left:
+        // no name, no connection, or no secure channel.
+        switch (rc) {
+        case CURLE_COULDNT_RESOLVE_HOST:
+        case CURLE_COULDNT_RESOLVE_PROXY:
+        case CURLE_COULDNT_CONNECT:
+        case CURLE_UNSUPPORTED_PROTOCOL:
+        case CURLE_URL_MALFORMAT:
+        case CURLE_SSL_CONNECT_ERROR:
+        case CURLE_PEER_FAILED_VERIFICATION:
+            connected = false;
+            break;
+        default:
+            connected = true;
+            break;
         }
         curl_slist_free_all(headers);
         curl_mime_free(mime);
@@ -192,8 +220,10 @@ bool HttpProcessorClient::TransmitPayees(
 bool HttpProcessorClient::post(const Parts &parts)
 {
     m_responseText.clear();
+    m_mayHaveArrived = true;
     if (!isAllowedUrl(m_url)) {
         m_resultCode = kRefusedUrl;
+        m_mayHaveArrived = false;
         return false;
     }
     Transfer transfer;
@@ -206,6 +236,7 @@ bool HttpProcessorClient::post(const Parts &parts)
     transfer.authorization.fill('\0');
     if (!transfer.answered) {
         m_resultCode = kNoAnswer;
+        m_mayHaveArrived = transfer.connected;
         return false;
     }
     m_resultCode = qint32(transfer.status);

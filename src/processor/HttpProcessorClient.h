@@ -18,7 +18,9 @@
 // before its end) the flag is false, ResultCode is 501 and ResponseText is
 // empty: half an answer is never passed on as if it were whole. A URL that
 // is not https (plain http is allowed to loopback hosts only) is refused
-// before anything is sent: false and 404.
+// before anything is sent: false and 404. An answer longer than
+// MaxAnswerBytes counts as no answer as well (false, 501), and the transfer
+// stops there, so memory stays bounded whatever the other end sends.
 //
 // The transfer runs on a worker thread while the calling thread waits in a
 // local event loop, so the windows keep repainting. While the call is in
@@ -44,9 +46,14 @@ public:
     bool TransmitPayees(
         const QString &payeeText, const QString &paymentText, const QString &thirdText) override;
 
+    bool mayHaveArrived() const override { return m_mayHaveArrived; }
+
     // True when the URL may be used: https, or http to a loopback host
     // (127.0.0.0/8, localhost, ::1).
     static bool isAllowedUrl(const QString &url);
+
+    // The largest answer taken: 64 MB, far above any transfer file.
+    static constexpr qint64 MaxAnswerBytes = qint64(64) << 20;
 
 private:
     using Parts = QList<QPair<QByteArray, QByteArray>>;
@@ -58,4 +65,5 @@ private:
     QString m_password;
     qint32 m_resultCode = 0;
     QString m_responseText;
+    bool m_mayHaveArrived = true;
 };

@@ -13,9 +13,17 @@ namespace ProcessorCall {
 
 namespace {
 
+const QString kRestartText
+    = u"Remitra must be restarted before it can exchange files with Quenta Payment Services: "
+      "the log in was completed after Remitra started, and the names of the transfer files are "
+      "set up only when Remitra starts. Please close Remitra and start it again. Nothing was "
+      "sent."_qs;
+
 template <typename Send>
-Outcome call(ProgramState &state, const QString &url, Send &&send)
+Outcome call(ProgramState &state, const QString &url, const Keep &keep, Send &&send)
 {
+    if (!fileNamesBuilt(state))
+        throw RuntimeError::badFileName();
     std::unique_ptr<ProcessorClient> client = state.newClient();
     BusyCursor busy(state.prompter());
     client->setUrl(url);
@@ -23,29 +31,53 @@ Outcome call(ProgramState &state, const QString &url, Send &&send)
     client->setPassword(state.ProcessorPassword);
     const bool flag = send(*client);
     state.ResultText = flag ? u"True"_qs : u"False"_qs;
-    busy.release();
     const qint32 code = client->ResultCode();
-    if (code < std::numeric_limits<qint16>::min() || code > std::numeric_limits<qint16>::max())
+    if (code < std::numeric_limits<qint16>::min() || code > std::numeric_limits<qint16>::max()) {
+        busy.release();
         throw RuntimeError::overflow();
-    state.ResultCode = static_cast<qint16>(code);
+    }
+    Outcome outcome { flag, static_cast<qint16>(code), client->ResponseText(),
+        flag || client->mayHaveArrived() };
+    // What came back is kept before the pointer changes back and before any
+    // message is shown.
+    if (keep)
+        keep(outcome);
+    busy.release();
+    state.ResultCode = outcome.code;
     ReportResult(state, state.ResultCode);
-    return Outcome{flag, state.ResultCode, client->ResponseText()};
+    return outcome;
 }
 
 } // namespace
 
-Outcome transmit(ProgramState &state, const QString &setupText, const QString &tenantText)
+Outcome transmit(
+    ProgramState &state, const QString &setupText, const QString &tenantText, const Keep &keep)
 {
-    return call(state, state.ProcessorUrl,
-                [&](ProcessorClient &c) { return c.Transmit(setupText, tenantText); });
+    return call(state, state.ProcessorUrl, keep,
+        [&](ProcessorClient &c) { return c.Transmit(setupText, tenantText); });
 }
 
-Outcome transmitPayees(ProgramState &state, const QString &payeeText, const QString &paymentText)
+Outcome transmitPayees(
+    ProgramState &state, const QString &payeeText, const QString &paymentText, const Keep &keep)
 {
     const QString url = payeeUrl(state.ProcessorUrl);
-    return call(state, url, [&](ProcessorClient &c) {
+    return call(state, url, keep, [&](ProcessorClient &c) {
         return c.TransmitPayees(payeeText, paymentText, QStringLiteral(""));
     });
+}
+
+bool fileNamesBuilt(const ProgramState &state)
+{
+    return !state.PaymentDownloadName.isEmpty() && !state.DisbursementUploadName.isEmpty()
+        && !state.TenantUploadName.isEmpty();
+}
+
+bool checkFileNames(ProgramState &state)
+{
+    if (fileNamesBuilt(state))
+        return true;
+    state.prompter().notice(kRestartText, u"Remitra"_qs);
+    return false;
 }
 
 QString payeeUrl(const QString &processorUrl)

@@ -2,13 +2,20 @@
 
 #include <QString>
 
+#include <functional>
+
 class ProgramState;
 
 // One exchange with the processor, in the sequence every caller follows:
 // a fresh client, the wait cursor, Url/UserName/Password from the state,
 // the call, state.ResultText "True"/"False", the pointer back,
 // state.ResultCode (a code outside 16 bits raises the overflow error), and
-// ReportResult. The response text is read after the report.
+// ReportResult.
+//
+// The processor cannot take back what it has done, so a caller whose answer
+// carries money (rent handed over, payments accepted) gives a `keep` step:
+// it runs with the outcome after the call and before the report, so the
+// answer is on disk before any message waits on the user.
 namespace ProcessorCall {
 
 struct Outcome
@@ -16,12 +23,26 @@ struct Outcome
     bool flag = false;
     qint16 code = 0;
     QString response;
+    // False only when the request certainly did not reach the processor
+    // (refused URL, no connection made); true when it may have.
+    bool mayHaveArrived = true;
 };
+using Keep = std::function<void(const Outcome &)>;
 
 // Transmit(setupText, tenantText) to state.ProcessorUrl.
-Outcome transmit(ProgramState &state, const QString &setupText, const QString &tenantText);
+Outcome transmit(ProgramState &state, const QString &setupText, const QString &tenantText,
+    const Keep &keep = {});
 // TransmitPayees(payeeText, paymentText, "") to the payee URL.
-Outcome transmitPayees(ProgramState &state, const QString &payeeText, const QString &paymentText);
+Outcome transmitPayees(ProgramState &state, const QString &payeeText, const QString &paymentText,
+    const Keep &keep = {});
+
+// True once start-up has built the transfer file names. A log in completed
+// after start-up leaves them unbuilt until Remitra starts again; no transfer
+// may reach the processor meanwhile, as its answer could not be stored.
+bool fileNamesBuilt(const ProgramState &state);
+// Tells the user that Remitra must be restarted (when the names are not
+// built) and returns false; true when they are.
+bool checkFileNames(ProgramState &state);
 
 // The processor URL without its last 10 characters, followed by
 // "evendorpay.php". A URL shorter than 10 characters raises

@@ -28,6 +28,11 @@ public:
     // third text is always empty.
     virtual bool TransmitPayees(const QString &payeeText, const QString &paymentText,
                                 const QString &thirdText) = 0;
+
+    // After a call without an answer: false only when the request certainly
+    // never reached the processor (the URL was refused, or no connection
+    // could be made), so that nothing it carried can have been acted on.
+    virtual bool mayHaveArrived() const { return true; }
 };
 
 using ProcessorClientFactory = std::function<std::unique_ptr<ProcessorClient>()>;

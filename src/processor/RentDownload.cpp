@@ -6,6 +6,7 @@
 #include "core/RuntimeError.h"
 #include "core/TransferFile.h"
 #include "processor/ProcessorCall.h"
+#include "rent/PaymentFile.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -30,8 +31,11 @@ const QString kNoticeTitle = u"Remitra Notice"_qs;
 const QString kNoneFound = u"There were no Remita Tenant transactions found"_qs;
 const QString kNoneFoundTitle = u"Dwellix Remitra"_qs;
 
-bool paymentFileWaits(const ProgramState &state)
+bool paymentFileWaits(ProgramState &state)
 {
+    // A file whose payments were all posted by a run that ended before
+    // moving it aside is moved now: it is not waiting any more.
+    PaymentFile::settlePosted(state);
     return TransferFile::exists(state.pathOf(state.PaymentDownloadName));
 }
 
@@ -73,28 +77,37 @@ void DownloadPaymentFile(ProgramState &state)
         state.prompter().notice(kLoginText, kLoginTitle);
         return;
     }
+    // Without the file names the payments the processor hands over could
+    // not be stored: nothing is asked for.
+    if (!ProcessorCall::checkFileNames(state))
+        return;
     if (paymentFileWaits(state)) {
         state.prompter().notice(kWaitingFromMenu, kNoticeTitle);
         return;
     }
+    // The processor marks the payments delivered when it hands them over,
+    // so they are on disk before the result is reported: a program ended
+    // while the report waits has them waiting for review at the next start.
     // The response is used whatever the result: a failed call that still
     // brought a body writes it, and one without gives the "none found" notice.
-    const ProcessorCall::Outcome outcome = ProcessorCall::transmit(state, QString(), QString());
-    if (outcome.response.isEmpty()) {
-        state.prompter().notice(kNoneFound, kNoneFoundTitle);
-        return;
-    }
-    const QString content = outcome.response + u"\r\n"_qs;
-    // The archive copy comes first. If it cannot be written, the payment
-    // file is still written before the error is raised, so the payments are
-    // waiting for review either way.
     std::optional<RuntimeError> archiveError;
-    try {
-        archiveDownload(state, content);
-    } catch (const RuntimeError &error) {
-        archiveError = error;
-    }
-    TransferFile::writeAtomic(state.pathOf(state.PaymentDownloadName), content);
+    const ProcessorCall::Outcome outcome = ProcessorCall::transmit(
+        state, QString(), QString(), [&](const ProcessorCall::Outcome &answer) {
+            if (answer.response.isEmpty())
+                return;
+            const QString content = answer.response + u"\r\n"_qs;
+            // The archive copy comes first. If it cannot be written, the
+            // payment file is still written before the error is raised, so
+            // the payments are waiting for review either way.
+            try {
+                archiveDownload(state, content);
+            } catch (const RuntimeError &error) {
+                archiveError = error;
+            }
+            TransferFile::writeAtomic(state.pathOf(state.PaymentDownloadName), content);
+        });
     if (archiveError)
         throw *archiveError;
+    if (outcome.response.isEmpty())
+        state.prompter().notice(kNoneFound, kNoneFoundTitle);
 }

@@ -5,7 +5,10 @@
 #include "core/RuntimeError.h"
 #include "core/TransferFile.h"
 #include "hostdb/RentLookup.h"
+#include "hostdb/RentPostingRecord.h"
 #include "processor/ProcessorCall.h"
+
+#include <QFile>
 
 namespace PaymentFile {
 
@@ -131,14 +134,63 @@ void moveAside(const ProgramState &state)
     TransferFile::renameReplacing(state.pathOf(state.PaymentDownloadName), last);
 }
 
+QString fileSha256(const ProgramState &state)
+{
+    const QString path = state.pathOf(state.PaymentDownloadName);
+    if (!TransferFile::exists(path))
+        throw RuntimeError::fileNotFound();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw RuntimeError::permissionDenied();
+    return RentPostingRecord::sha256(file.readAll());
+}
+
+bool settlePosted(ProgramState &state)
+{
+    if (state.PaymentDownloadName.isEmpty()
+        || !TransferFile::exists(state.pathOf(state.PaymentDownloadName)))
+        return false;
+    RentPostingRecord record(state.store());
+    if (record.completedAt(fileSha256(state)).isEmpty())
+        return false;
+    moveAside(state);
+    return true;
+}
+
+void markRecorded(ProgramState &state, const QString &sha, RentPayments &rows)
+{
+    if (sha.isEmpty())
+        return;
+    RentPostingRecord record(state.store());
+    const QHash<int, RentPostingRecord::Line> lines = record.lines(sha);
+    if (lines.isEmpty())
+        return;
+    for (RentPayment &row : rows) {
+        const auto it = lines.constFind(row.line);
+        if (it == lines.constEnd() || it->postedAt.isEmpty())
+            continue;
+        const QString when = VbText::shortDate(QDateTime::fromString(it->postedAt, Qt::ISODateWithMs).date());
+        if (it->missing == RentPostingRecord::Missing::Nothing)
+            row.postedNote = u"Remitra posted this payment to the Dwellix ledgers on "_qs + when
+                + u". It will not be posted again."_qs;
+        else
+            row.postedNote = u"Remitra posted part of this payment on "_qs + when
+                + u" before the posting stopped. Updating the ledgers again posts only the rest."_qs;
+    }
+}
+
 LoadResult load(ProgramState &state)
 {
     Prompter &prompter = state.prompter();
     BusyCursor busy(prompter);
     LoadResult result;
     try {
+        // Payments that a posting run recorded as posted are never offered
+        // again, even when the program ended before their file was moved.
+        settlePosted(state);
         const QString path = state.pathOf(state.PaymentDownloadName);
         const QString text = ReadWholeFile(path);
+        result.fileSha256 = fileSha256(state);
         if (candidateCount(text.split(u'\n')) <= 0) {
             prompter.notice(kNoPayments, kNoPaymentsTitle);
             if (!TransferFile::remove(path))
@@ -154,6 +206,7 @@ LoadResult load(ProgramState &state)
             rows = parse(text, lookup);
             markPosted(lookup, rows);
         }
+        markRecorded(state, result.fileSha256, rows);
         // The rows are on screen before their total is taken: an amount that
         // cannot be read fails the total, not the rows.
         result.rows = std::move(rows);

@@ -32,6 +32,7 @@ struct LoadResult
     LoadStatus status = LoadStatus::Loaded;
     RentPayments rows;
     std::optional<Currency> total; // TransactionTotal; nullopt when it failed
+    QString fileSha256; // of the file the rows were read from
 };
 
 // The review screen's load: reads the payment file of the program's folder,
@@ -57,5 +58,19 @@ void markPosted(RentLookup &lookup, RentPayments &rows);
 
 // Moves the payment file aside to LastDownloadName, replacing an older one.
 void moveAside(const ProgramState &state);
+
+// The SHA-256 of the payment file as it is on disk (file-not-found error
+// when there is none).
+QString fileSha256(const ProgramState &state);
+
+// Finishes what a posting run may have left undone when the program ended
+// between posting the payments and moving their file aside: a waiting
+// payment file whose payments are all recorded as posted is moved aside now.
+// True when it was.
+bool settlePosted(ProgramState &state);
+
+// Marks the rows that the posting record shows as posted (or half-posted by
+// a run that stopped), with a note saying so.
+void markRecorded(ProgramState &state, const QString &fileSha256, RentPayments &rows);
 
 } // namespace PaymentFile

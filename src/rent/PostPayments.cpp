@@ -109,6 +109,8 @@ bool PostPayments::run()
 
 bool PostPayments::postRow(const RentPayment &row)
 {
+    const Missing resume = m_resume.value(row.line, Missing::Nothing);
+    const bool fresh = !m_resume.contains(row.line);
     const bool late = row.isLateFee();
     const AccountSetting &setting = late ? m_late : m_rent;
     const double tenantId = row.tenantId();
@@ -131,21 +133,34 @@ bool PostPayments::postRow(const RentPayment &row)
     line.propertyId = RentPayment::longValue(row.propertyId());
     line.unitId = RentPayment::longValue(row.unitId());
     line.tenantId = RentPayment::longValue(tenantId);
-    m_ledger.addTransaction(line);
 
     // A payment raises both balances its posting code names; "U" raises none.
     const QString &code = setting.postingCode;
-    if (code == u"B"_qs)
-        m_ledger.addToUnitBalance(tenantKey, amount);
-    if (code == u"T"_qs || code == u"B"_qs) {
-        if (!m_ledger.addToTenantBalance(tenantKey, amount)) {
+    if (fresh) {
+        m_ledger.addTransaction(line);
+        if (code == u"B"_qs)
+            m_ledger.addToUnitBalance(tenantKey, amount);
+    }
+    if (fresh || resume == Missing::TenantBalance) {
+        if ((code == u"T"_qs || code == u"B"_qs)
+            && !m_ledger.addToTenantBalance(tenantKey, amount)) {
+            m_written.append({ row.line, Missing::TenantBalance });
             return stop(u"Not found: Tenant ID #"_qs + RentPayment::idText(tenantId)
                 + u"\nAmount: "_qs + row.amountText + u"\nDate: "_qs + row.date
                 + u"\nCheck Number: "_qs + row.checkNumber + u"\nRemark: "_qs + remark.toString()
                 + u'\n' + kTenantMissing);
         }
     }
+    if (!postFee(row, line)) {
+        m_written.append({ row.line, Missing::ManagementFee });
+        return false;
+    }
+    m_written.append({ row.line, Missing::Nothing });
+    return true;
+}
 
+bool PostPayments::postFee(const RentPayment &row, const RentLedger::Line &line)
+{
     if (!m_choices.postMgmtFees || !row.isRent())
         return true;
     const AccountSetting feeSetting = managementFee(m_state);
@@ -154,7 +169,7 @@ bool PostPayments::postRow(const RentPayment &row)
     Currency fee;
     const auto ownerSetting = m_ledger.ownerMgmtFee(RentPayment::key(row.ownerId()));
     if (ownerSetting && !VbText::Trim(*ownerSetting).isEmpty())
-        fee = managementFeeFor(*ownerSetting, amount).value_or(Currency());
+        fee = managementFeeFor(*ownerSetting, line.amount).value_or(Currency());
     if (fee.isZero())
         return true;
 
@@ -167,6 +182,6 @@ bool PostPayments::postRow(const RentPayment &row)
     feeLine.status = u"U"_qs;
     m_ledger.addTransaction(feeLine);
     // The fee lowers the unit's balance only.
-    m_ledger.addToUnitBalance(tenantKey, -fee.abs());
+    m_ledger.addToUnitBalance(RentPayment::key(row.tenantId()), -fee.abs());
     return true;
 }

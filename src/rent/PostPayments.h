@@ -1,17 +1,19 @@
 #pragma once
 
+#include "hostdb/RentLedger.h"
+#include "hostdb/RentPostingRecord.h"
 #include "rent/AccountSetting.h"
 #include "rent/PostingChoices.h"
 #include "rent/RentPayment.h"
 
 class ProgramState;
-class RentLedger;
 
 // Writes every payment row as an income line on the tenant's ledger, raises
 // the balances its account's posting code names, and, when asked for, charges
 // the owner's management fee on each rent payment. Stops at the first problem
 // with a message; the lines written before the stop stay written (the caller
-// commits them).
+// commits them), and written() tells which rows reached the ledger and what
+// the row of the stop still lacks, for the posting record.
 class PostPayments
 {
 public:
@@ -24,6 +26,18 @@ public:
     // Shows the message of the stop, if there was one.
     void reportStop();
     const QString &stopMessage() const { return m_stopMessage; }
+
+    using Missing = RentPostingRecord::Missing;
+    // A row that an earlier run left half-posted is taken up where it
+    // stopped: only the tenant's balance and the fee, or only the fee.
+    void resumeAt(int line, Missing missing) { m_resume.insert(line, missing); }
+    struct Written
+    {
+        int line = 0;
+        Missing missing = Missing::Nothing; // what the row still lacks
+    };
+    // The rows that reached the ledger in this run, in order.
+    const QList<Written> &written() const { return m_written; }
 
     // The account settings the posting and the deposit read from IdItems.
     static AccountSetting rentIncome(const ProgramState &state);
@@ -40,6 +54,7 @@ public:
 private:
     bool stop(const QString &message);
     bool postRow(const RentPayment &row);
+    bool postFee(const RentPayment &row, const RentLedger::Line &line);
 
     ProgramState &m_state;
     RentLedger &m_ledger;
@@ -49,4 +64,6 @@ private:
     AccountSetting m_late;
     bool m_failed = false;
     QString m_stopMessage;
+    QHash<int, Missing> m_resume;
+    QList<Written> m_written;
 };

@@ -7,6 +7,8 @@
 #include "hostdb/RentBackup.h"
 #include "hostdb/RentLedger.h"
 #include "hostdb/RentLookup.h"
+#include "hostdb/RentPostingRecord.h"
+#include "core/TransferFile.h"
 #include "rent/Deposit.h"
 #include "rent/PaymentFile.h"
 #include "rent/PostPayments.h"
@@ -19,6 +21,12 @@ namespace {
 
 const QString kTitle = u"Remitra"_qs;
 const QString kNothingPosted = u" Nothing was posted to the Dwellix Ledgers."_qs;
+const QString kFileChanged
+    = u"The Remitra Payment File has changed since this screen read it. Close this screen and "
+      "open it again to see the payments it holds now."_qs;
+const QString kAlreadyPosted
+    = u"These Remitra payments were already posted to the Dwellix Ledgers. They were not posted "
+      "again."_qs;
 
 QString quoted(const QString &text)
 {
@@ -76,8 +84,30 @@ bool checkReadable(ProgramState &state, const RentPayments &rows, const PostingC
     return false;
 }
 
-bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &choices)
+bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &choices,
+    QString fileSha256)
 {
+    if (TransferFile::exists(state.pathOf(state.PaymentDownloadName))) {
+        const QString onDisk = PaymentFile::fileSha256(state);
+        if (fileSha256.isEmpty())
+            fileSha256 = onDisk;
+        else if (onDisk != fileSha256) {
+            state.prompter().notice(kFileChanged + kNothingPosted, kTitle);
+            return false;
+        }
+    } else if (fileSha256.isEmpty()) {
+        throw RuntimeError::fileNotFound();
+    }
+
+    RentPostingRecord record(state.store());
+    const QString completedAt = record.completedAt(fileSha256);
+    if (!completedAt.isEmpty()) {
+        // Posted by an earlier run that could not move the file aside.
+        if (TransferFile::exists(state.pathOf(state.PaymentDownloadName)))
+            PaymentFile::moveAside(state);
+        state.prompter().notice(kAlreadyPosted, u"Dwellix Remitra"_qs);
+        return true;
+    }
     if (!checkReadable(state, rows, choices))
         return false;
     HostDb &db = state.db();
@@ -92,31 +122,74 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
         return false;
     }
 
+    // What earlier runs on this file already wrote.
+    const QHash<int, RentPostingRecord::Line> done = record.lines(fileSha256);
+    RentPayments toPost;
+    RentPayments toDeposit;
+    for (const RentPayment &row : rows) {
+        const RentPostingRecord::Line previous = done.value(row.line);
+        if (previous.postedAt.isEmpty() || previous.missing != RentPostingRecord::Missing::Nothing)
+            toPost.push_back(row);
+        if (previous.depositedAt.isEmpty())
+            toDeposit.push_back(row);
+    }
+
     RentLedger ledger(db);
-    PostPayments posting(state, ledger, rows, choices);
-    std::optional<HostDb::Transaction> transaction(std::in_place, db);
-    posting.run();
-    if (posting.failed()) {
-        // The lines written before the stop are kept; the message comes once
-        // they are safe and the database is free again.
-        transaction->commit();
-        transaction.reset();
-        posting.reportStop();
+    PostPayments posting(state, ledger, toPost, choices);
+    for (const RentPayment &row : toPost) {
+        const RentPostingRecord::Line previous = done.value(row.line);
+        if (!previous.postedAt.isEmpty())
+            posting.resumeAt(row.line, previous.missing);
     }
-    if (choices.createDeposit) {
-        if (!transaction)
-            transaction.emplace(db);
-        Deposit deposit(state, ledger, rows, choices);
-        deposit.CreateDeposit();
+    {
+        HostDb::Transaction transaction(db);
+        posting.run();
+        // The deposit is made after a stop as well; the payments a deposit
+        // already holds are not deposited again.
+        const bool deposit = choices.createDeposit && !toDeposit.empty();
+        if (deposit) {
+            Deposit bankDeposit(state, ledger, toDeposit, choices);
+            bankDeposit.CreateDeposit();
+        }
+        const auto writeRecord = [&] {
+            // Attached, the host transaction holds these writes as well.
+            std::optional<RemitraStore::Transaction> own;
+            if (!state.store().attached())
+                own.emplace(state.store());
+            for (const PostPayments::Written &written : posting.written())
+                record.recordPosted(fileSha256, written.line, written.missing);
+            if (deposit) {
+                for (const RentPayment &row : toDeposit)
+                    record.recordDeposited(fileSha256, row.line);
+            }
+            if (!posting.failed())
+                record.recordComplete(fileSha256);
+            if (own)
+                own->commit();
+        };
+        // Attached, the record commits with the ledgers. On a connection of
+        // its own (Access host) it follows the host's commit: a stop between
+        // the two leaves the ledgers posted without their record.
+        if (state.store().attached()) {
+            writeRecord();
+            transaction.commit();
+        } else {
+            transaction.commit();
+            writeRecord();
+        }
     }
-    if (transaction)
-        transaction->commit();
 
     busy.release();
-    if (posting.failed())
+    if (posting.failed()) {
+        // The lines written before the stop are safe now; the message comes
+        // once the database is free again.
+        posting.reportStop();
         return false;
+    }
+    // The file is out of the way before anything waits on the user.
+    if (TransferFile::exists(state.pathOf(state.PaymentDownloadName)))
+        PaymentFile::moveAside(state);
     state.prompter().notice(u"Your Dwellix Ledgers are now updated."_qs, u"Dwellix Remitra"_qs);
-    PaymentFile::moveAside(state);
     return true;
 }
 

@@ -245,6 +245,7 @@ void frmDownload::Form_Load()
     }
     if (loaded.status == PaymentFile::LoadStatus::Failed && loaded.rows.empty())
         return;
+    m_fileSha = loaded.fileSha256;
     m_model->setRows(std::move(loaded.rows));
     gridACHDownload->resizeColumnsToContents();
     showCount(kCountLabel + u' ' + QString::number(rowCount()));
@@ -274,7 +275,7 @@ PostingChoices frmDownload::choices() const
 void frmDownload::cmdUpdate_Click()
 {
     TopLevel::run(m_state, [this] {
-        if (UpdateLedgers::run(m_state, m_model->rows(), choices())) {
+        if (UpdateLedgers::run(m_state, m_model->rows(), choices(), m_fileSha)) {
             cmdUpdate->setEnabled(false);
             cmdExit->setFocus();
             m_posted = true;
@@ -283,9 +284,12 @@ void frmDownload::cmdUpdate_Click()
         }
         // The file and the rows stay; the rows a stop left in the ledger now
         // show as already posted.
-        RentLookup::ReadScope snapshot(m_state.db());
-        RentLookup lookup(m_state.db());
-        PaymentFile::markPosted(lookup, m_model->rows());
+        {
+            RentLookup::ReadScope snapshot(m_state.db());
+            RentLookup lookup(m_state.db());
+            PaymentFile::markPosted(lookup, m_model->rows());
+        }
+        PaymentFile::markRecorded(m_state, m_fileSha, m_model->rows());
         m_model->refresh();
     });
 }

@@ -68,6 +68,7 @@ private:
     PaymentTableModel *m_model = nullptr;
     std::optional<Currency> m_total;
     bool m_posted = false;
+    QString m_fileSha; // of the payment file the rows were read from
     bool m_checkingDeposit = false;
     PrinterChooser m_choosePrinter;
 

@@ -23,6 +23,7 @@ public:
         bool flag = true;
         qint32 code = 200;
         QString response;
+        bool arrived = true; // mayHaveArrived() after a call without an answer
     };
     // Shared log and reply queue, so that a factory can hand out fresh
     // clients that all report to one test.
@@ -43,6 +44,7 @@ public:
     void setUserName(const QString &u) override { m_user = u; }
     void setPassword(const QString &p) override { m_password = p; }
     qint32 ResultCode() const override { return m_reply.code; }
+    bool mayHaveArrived() const override { return m_reply.flag || m_reply.arrived; }
     QString ResponseText() const override { return m_reply.response; }
     bool Transmit(const QString &a, const QString &b) override { return record(u"Transmit"_qs, {a, b}); }
     bool TransmitPayees(const QString &a, const QString &b, const QString &c) override

@@ -95,26 +95,66 @@ private slots:
         QCOMPARE(dump(site, u"SELECT count(*) FROM CheckDepPrinted"_qs), u"2"_qs);
     }
 
-    // A run with nothing left to post is completed without a question; a
-    // response older than the distribution answered an earlier run.
-    void detection()
+    // What the record makes of each outcome of the call, seen from the next
+    // run that selects the same check: posted, sent again freely (nothing
+    // can have been paid), or sent again only on the user's word.
+    void eachOutcomeOfTheCall_data()
     {
+        QTest::addColumn<bool>("flag");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("response");
+        QTest::addColumn<bool>("arrived");
+        QTest::addColumn<QString>("next"); // posted, free, asked
+        QTest::newRow("accepted") << true << 200 << u"O%4,B8,0\n"_qs << true << u"posted"_qs;
+        QTest::newRow("rejected") << true << 200 << u"O%4,B8,7,Closed\n"_qs << true << u"free"_qs;
+        QTest::newRow("error status") << true << 503 << QString() << true << u"free"_qs;
+        QTest::newRow("never left") << false << 501 << QString() << false << u"free"_qs;
+        QTest::newRow("no answer") << false << 501 << QString() << true << u"asked"_qs;
+        QTest::newRow("empty answer") << true << 200 << QString() << true << u"asked"_qs;
+    }
+    void eachOutcomeOfTheCall()
+    {
+        QFETCH(bool, flag);
+        QFETCH(int, code);
+        QFETCH(QString, response);
+        QFETCH(bool, arrived);
+        QFETCH(QString, next);
         TestSite site;
         populate(site);
-        site.writeFile(site.state->DisbursementUploadName, "B8|O%4||40\r\n");
-        site.writeFile(DistributionFile::ResponseName, "O%4,B8,7,Closed\r\n\r\n");
-        bool stop = false;
-        QCOMPARE(UnfinishedRun::settle(*site.state, stop), UnfinishedRun::Outcome::Clear);
-        QVERIFY(site.prompter.shown().isEmpty());
-        QCOMPARE(site.fileBytes(DistributionFile::LastUploadName), QByteArray("B8|O%4||40\r\n"));
+        auto script = std::make_shared<ScriptedProcessorClient::Script>();
+        script->replies.append({ flag, code, response, arrived });
+        site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        bool stop = true;
+        DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 8, -4 } }), {});
+        QCOMPARE(script->calls.size(), 1);
+        QCOMPARE(dump(site, u"SELECT count(*) FROM CheckEntered WHERE CkID = 8"_qs),
+            next == u"posted"_qs ? u"0"_qs : u"1"_qs);
+        if (next == u"posted"_qs) {
+            QVERIFY(!UnfinishedRun::present(*site.state));
+            return;
+        }
+        QCOMPARE(UnfinishedRun::present(*site.state), next == u"asked"_qs);
 
-        site.writeFile(DistributionFile::ResponseName, "O%4,B8,0\r\n\r\n");
-        site.writeFile(site.state->DisbursementUploadName, "B8|O%4||40\r\n");
-        QFile response(site.path(DistributionFile::ResponseName));
-        QVERIFY(response.open(QIODevice::Append));
-        response.setFileTime(
-            QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime);
-        response.close();
+        // The next run: an unanswered check is named with the time it was
+        // sent, and left out on No; sent on Yes.
+        site.prompter.clear();
+        script->replies = { { true, 200, u"O%4,B8,0\n"_qs } };
+        if (next == u"asked"_qs) {
+            site.prompter.queueAnswer(Prompter::Answer::No);
+            QVERIFY(!DistributionRun(*site.state, stop).MakePaymentsNow(
+                rowsFor(site, { { 8, -4 } }), {}));
+            QCOMPARE(script->calls.size(), 1);
+            QVERIFY(site.prompter.texts().first().contains(
+                u"Check 8 to EVE GRAY, $40.00, "_qs));
+            QVERIFY(site.prompter.texts().first().contains(u"no record of an answer"_qs));
+            site.prompter.clear();
+            site.prompter.queueAnswer(Prompter::Answer::Yes);
+        }
+        QVERIFY(
+            DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
+        QCOMPARE(script->calls.size(), 2);
+        QCOMPARE(site.prompter.texts().last(), DistributionRun::completeText());
+        QCOMPARE(dump(site, u"SELECT count(*) FROM CheckEntered WHERE CkID = 8"_qs), u"0"_qs);
         QVERIFY(!UnfinishedRun::present(*site.state));
     }
 };

@@ -44,7 +44,7 @@ class TestFaults : public QObject
         QDir dir(site.folder());
         for (const QString &name :
             dir.entryList(QDir::Files | QDir::Hidden | QDir::System | QDir::Dirs | QDir::NoDotAndDotDot)) {
-            if (!name.startsWith(u"dxdatafl"_qs))
+            if (!name.startsWith(u"dxdatafl"_qs) && !name.startsWith(u"remitra.db"_qs))
                 out << name;
         }
         out.sort();

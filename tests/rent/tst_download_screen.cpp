@@ -217,7 +217,7 @@ private slots:
         const QModelIndex first = grid->model()->index(0, PaymentTableModel::Date);
         QVERIFY(first.data(Qt::ToolTipRole)
                     .toString()
-                    .startsWith(u"This payment looks already posted"_qs));
+                    .startsWith(u"Remitra posted this payment to the Dwellix ledgers on "_qs));
         const QImage shot = grid->viewport()->grab().toImage();
         const QRect cell = grid->visualRect(first);
         QCOMPARE(QColor(shot.pixel(cell.right() - 2, cell.center().y())), QColor(255, 236, 179));

@@ -1,0 +1,106 @@
+#include "hostdb/RentPostingRecord.h"
+
+#include "hostdb/HostDb.h"
+#include "hostdb/RemitraStore.h"
+
+#include <QCryptographicHash>
+
+namespace {
+
+QString missingText(RentPostingRecord::Missing missing)
+{
+    switch (missing) {
+    case RentPostingRecord::Missing::TenantBalance:
+        return u"tenant"_qs;
+    case RentPostingRecord::Missing::ManagementFee:
+        return u"fee"_qs;
+    case RentPostingRecord::Missing::Nothing:
+        break;
+    }
+    return {};
+}
+
+RentPostingRecord::Missing missingOf(const QString &text)
+{
+    if (text == u"tenant"_qs)
+        return RentPostingRecord::Missing::TenantBalance;
+    if (text == u"fee"_qs)
+        return RentPostingRecord::Missing::ManagementFee;
+    return RentPostingRecord::Missing::Nothing;
+}
+
+} // namespace
+
+RentPostingRecord::RentPostingRecord(const RemitraStore &store)
+    : m_lines(store.prepare(u"SELECT line, posted_at, missing, deposited_at FROM "_qs
+          + store.table("rent_lines") + u" WHERE file_sha256 = :sha"_qs))
+    , m_complete(store.prepare(u"SELECT complete_at FROM "_qs + store.table("rent_files")
+          + u" WHERE file_sha256 = :sha"_qs))
+    , m_posted(store.prepare(u"INSERT INTO "_qs + store.table("rent_lines")
+          + u" (file_sha256, line, posted_at, missing) VALUES (:sha, :line, :at, :missing) "
+            "ON CONFLICT (file_sha256, line) DO UPDATE SET "
+            "posted_at = coalesce(posted_at, excluded.posted_at), missing = excluded.missing"_qs))
+    , m_deposited(store.prepare(u"INSERT INTO "_qs + store.table("rent_lines")
+          + u" (file_sha256, line, deposited_at) VALUES (:sha, :line, :at) "
+            "ON CONFLICT (file_sha256, line) DO UPDATE SET "
+            "deposited_at = coalesce(deposited_at, excluded.deposited_at)"_qs))
+    , m_setComplete(store.prepare(u"INSERT OR IGNORE INTO "_qs + store.table("rent_files")
+          + u" (file_sha256, complete_at) VALUES (:sha, :at)"_qs))
+{
+}
+
+QHash<int, RentPostingRecord::Line> RentPostingRecord::lines(const QString &fileSha256)
+{
+    QHash<int, Line> found;
+    m_lines.bindValue(u":sha"_qs, fileSha256);
+    HostDb::exec(m_lines, "reading which payments were posted");
+    while (m_lines.next()) {
+        Line line;
+        line.postedAt = m_lines.value(1).toString();
+        line.missing = missingOf(m_lines.value(2).toString());
+        line.depositedAt = m_lines.value(3).toString();
+        found.insert(m_lines.value(0).toInt(), line);
+    }
+    m_lines.finish();
+    return found;
+}
+
+QString RentPostingRecord::completedAt(const QString &fileSha256)
+{
+    m_complete.bindValue(u":sha"_qs, fileSha256);
+    HostDb::exec(m_complete, "reading which payment files were posted");
+    const QString at = m_complete.next() ? m_complete.value(0).toString() : QString();
+    m_complete.finish();
+    return at;
+}
+
+void RentPostingRecord::recordPosted(const QString &fileSha256, int line, Missing missing)
+{
+    m_posted.bindValue(u":sha"_qs, fileSha256);
+    m_posted.bindValue(u":line"_qs, line);
+    m_posted.bindValue(u":at"_qs, RemitraStore::now());
+    const QString text = missingText(missing);
+    m_posted.bindValue(u":missing"_qs, text.isEmpty() ? QVariant() : QVariant(text));
+    HostDb::exec(m_posted, "recording a posted payment");
+}
+
+void RentPostingRecord::recordDeposited(const QString &fileSha256, int line)
+{
+    m_deposited.bindValue(u":sha"_qs, fileSha256);
+    m_deposited.bindValue(u":line"_qs, line);
+    m_deposited.bindValue(u":at"_qs, RemitraStore::now());
+    HostDb::exec(m_deposited, "recording a deposited payment");
+}
+
+void RentPostingRecord::recordComplete(const QString &fileSha256)
+{
+    m_setComplete.bindValue(u":sha"_qs, fileSha256);
+    m_setComplete.bindValue(u":at"_qs, RemitraStore::now());
+    HostDb::exec(m_setComplete, "recording a posted payment file");
+}
+
+QString RentPostingRecord::sha256(const QByteArray &bytes)
+{
+    return QString::fromLatin1(
+        QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
+}
