@@ -8,6 +8,7 @@
 #include "core/VbText.h"
 #include "hostdb/HostDb.h"
 #include "processor/RentDownload.h"
+#include "uploads/EnrolmentUpload.h"
 
 #include <QFileInfo>
 
@@ -51,6 +52,18 @@ void buildFileNames(ProgramState &state)
     state.DisbursementUploadName = u"DX_Quenta_DisbursementPayment.txt"_qs;
 }
 
+// Enrolment changes saved in Dwellix that an earlier run could not send go
+// out now. One that fails again stays owed for the next close or start.
+void sendOwedUploads(ProgramState &state)
+{
+    try {
+        EnrolmentUpload::sendOwed(state);
+    } catch (const RuntimeError &error) {
+        state.prompter().resetBusy();
+        qWarning("enrolment changes are still to be sent: %s", qPrintable(error.description()));
+    }
+}
+
 } // namespace
 
 Startup::Outcome Startup::run(ProgramState &state, LoginScreen &login)
@@ -80,6 +93,7 @@ Startup::Outcome Startup::run(
         if (!state.LoginMissing) {
             buildFileNames(state);
             paymentCheck(state);
+            sendOwedUploads(state);
         } else {
             Credentials::showLoginNotice(state);
         }

@@ -16,7 +16,10 @@ QWidget *EnrolmentFlagDelegate::createEditor(
 void EnrolmentFlagDelegate::setEditorData(QWidget *editor, const QModelIndex &index) const
 {
     if (auto *line = qobject_cast<QLineEdit *>(editor)) {
-        line->setText(index.data(Qt::EditRole).toString());
+        const QString stored = index.data(Qt::EditRole).toString();
+        line->setText(stored);
+        line->setProperty("storedFlag", stored);
+        line->setModified(false);
         line->selectAll();
     }
 }
@@ -25,7 +28,11 @@ void EnrolmentFlagDelegate::setModelData(
     QWidget *editor, QAbstractItemModel *, const QModelIndex &index) const
 {
     auto *line = qobject_cast<QLineEdit *>(editor);
-    if (line && onTyped)
+    // A cell opened and left without typing, or typed back to what it held,
+    // was not edited: nothing is checked, written or sent.
+    if (!line || !line->isModified() || line->text() == line->property("storedFlag").toString())
+        return;
+    if (onTyped)
         onTyped(index.row(), line->text());
 }
 

@@ -10,6 +10,7 @@ class QLineEdit;
 // The editor of the enrolment flag column. What the user types is not put
 // into the model here: it is handed to onTyped (row, typed text), which
 // checks it and writes it, so a refused value leaves the old one in place.
+// A cell that is left without a change is not handed on at all.
 class EnrolmentFlagDelegate : public QStyledItemDelegate
 {
     Q_OBJECT

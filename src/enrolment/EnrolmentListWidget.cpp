@@ -5,6 +5,7 @@
 #include "core/Prompter.h"
 #include "enrolment/EnrolmentFlagDelegate.h"
 #include "enrolment/EnrolmentModel.h"
+#include "hostdb/PendingUploadRecord.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -249,6 +250,9 @@ void EnrolmentListWidget::gridACH_BeforeColUpdate(int row, const QString &typed)
         return;
     }
     TopLevel::run(m_state, [&] {
+        // Owed first: a flag saved in Dwellix always reaches the processor,
+        // even when this screen's upload on closing does not go through.
+        PendingUploadRecord::mark(m_state.store(), m_roster);
         m_model->setFlag(row, flag);
         gridACH_AfterColUpdate();
     });

@@ -3,6 +3,9 @@
 #include "app/ProgramState.h"
 #include "app/QtCentre.h"
 #include "app/TopLevel.h"
+#include "core/Prompter.h"
+#include "core/RuntimeError.h"
+#include "uploads/EnrolmentUpload.h"
 
 #include <QHBoxLayout>
 #include <QPushButton>
@@ -12,6 +15,7 @@ QtEnrolmentDialog::QtEnrolmentDialog(ProgramState &state, EnrolmentListWidget::R
     const EnrolmentTexts &texts, QWidget *parent)
     : QDialog(parent)
     , m_state(state)
+    , m_roster(roster)
 {
     setModal(true);
     m_list = new EnrolmentListWidget(state, roster, texts, this);
@@ -65,6 +69,31 @@ void QtEnrolmentDialog::Form_Unload()
         return;
     m_unloaded = true;
     m_list->commitPendingEdit();
-    if (m_list->changed())
-        TopLevel::run(m_state, [&] { sendChanges(); });
+    TopLevel::run(m_state, [&] {
+        if (!m_list->changed() && !EnrolmentUpload::owed(m_state, m_roster))
+            return;
+        try {
+            EnrolmentUpload::send(m_state, m_roster);
+        } catch (const RuntimeError &error) {
+            // The flags are saved in Dwellix; their upload is kept owed and
+            // goes out at the next close of this screen or the next start.
+            if (!keptForLater(error))
+                throw;
+            m_state.prompter().resetBusy();
+            m_state.prompter().notice(u"Your changes are saved in Dwellix, but they could not "
+                                      "be sent to Quenta Payment Services now:\r\r"_qs
+                    + error.description()
+                    + u"\r\rRemitra will send them the next time you close this screen or "
+                      "start Remitra."_qs,
+                u"Remitra"_qs);
+        }
+    });
+}
+
+bool QtEnrolmentDialog::keptForLater(const RuntimeError &error)
+{
+    // A busy database or a file that cannot be written now.
+    const int n = error.number();
+    return n == RuntimeError::databaseBusy().number() || n == RuntimeError::permissionDenied().number()
+        || n == RuntimeError::pathNotFound().number() || n == RuntimeError::deviceIo().number();
 }

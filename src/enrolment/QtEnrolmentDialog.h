@@ -11,7 +11,8 @@ class QPushButton;
 // What the three enrolment screens share: the list of one roster with its
 // Remitra flags, an Exit button (and any buttons the screen adds to its
 // left), centring on first show, and, when the screen closes after a flag
-// was typed, the screen's upload (sendChanges). Modal.
+// was typed (or with a change that an earlier close could not send), the
+// roster's upload (EnrolmentUpload). Modal.
 class QtEnrolmentDialog : public QDialog
 {
     Q_OBJECT
@@ -27,8 +28,6 @@ public slots:
 protected:
     // Adds a button to the left of the row at the bottom.
     QPushButton *addButton(const QString &caption, const QString &name);
-    // Sends the screen's upload; called once on closing when a flag changed.
-    virtual void sendChanges() = 0;
     void showEvent(QShowEvent *event) override;
 
     ProgramState &m_state;
@@ -36,7 +35,9 @@ protected:
 
 private:
     void Form_Unload();
+    static bool keptForLater(const class RuntimeError &error);
 
+    EnrolmentListWidget::Roster m_roster;
     QHBoxLayout *m_buttons;
     bool m_unloaded = false;
     bool m_centred = false;

@@ -29,8 +29,3 @@ frmOwnerUpdate::frmOwnerUpdate(ProgramState &state, QWidget *parent)
     setWindowTitle(u"Remitra Owner Update"_qs);
     resize(800, 600);
 }
-
-void frmOwnerUpdate::sendChanges()
-{
-    UploadOwnerFile(m_state);
-}

@@ -11,7 +11,4 @@ class frmOwnerUpdate : public QtEnrolmentDialog
 
 public:
     frmOwnerUpdate(ProgramState &state, QWidget *parent = nullptr);
-
-protected:
-    void sendChanges() override;
 };

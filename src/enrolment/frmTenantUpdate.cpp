@@ -57,9 +57,3 @@ void frmTenantUpdate::cmdExport_Click()
         ExportTenantsCsv(m_state);
     });
 }
-
-void frmTenantUpdate::sendChanges()
-{
-    BuildTenantUpload(m_state);
-    SendTenantUpload(m_state);
-}

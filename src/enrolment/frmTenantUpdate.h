@@ -15,7 +15,4 @@ public:
 
 public slots:
     void cmdExport_Click();
-
-protected:
-    void sendChanges() override;
 };

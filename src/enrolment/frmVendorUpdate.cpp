@@ -29,8 +29,3 @@ frmVendorUpdate::frmVendorUpdate(ProgramState &state, QWidget *parent)
     setWindowTitle(u"Remitra Vendor Update"_qs);
     resize(800, 600);
 }
-
-void frmVendorUpdate::sendChanges()
-{
-    UploadVendorFile(m_state);
-}

@@ -11,7 +11,4 @@ class frmVendorUpdate : public QtEnrolmentDialog
 
 public:
     frmVendorUpdate(ProgramState &state, QWidget *parent = nullptr);
-
-protected:
-    void sendChanges() override;
 };

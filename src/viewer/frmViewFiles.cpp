@@ -5,6 +5,8 @@
 #include "core/Prompter.h"
 #include "core/RuntimeError.h"
 #include "core/TransferFile.h"
+#include "disburse/DistributionFile.h"
+#include "disburse/UnfinishedRun.h"
 
 #include <QButtonGroup>
 #include <QFontDatabase>
@@ -181,11 +183,40 @@ void frmViewFiles::showFile()
     lstFileContents->addItems(text.split(u'\n'));
 }
 
+QString frmViewFiles::moneyWarning() const
+{
+    if (m_currentName == m_state.PaymentDownloadName) {
+        return m_currentName
+            + u" holds rent payments that Quenta Payment Services has already handed over and "
+              "that are not posted to the Dwellix ledgers yet. Quenta Payment Services will not "
+              "send them again: once the file is deleted, they can only be posted by hand (a "
+              "copy stays in the \"archive\" folder).\r\rDo you still want to delete it?"_qs;
+    }
+    const bool distributionFile = m_currentName == m_state.DisbursementUploadName
+        || m_currentName == DistributionFile::ResponseName;
+    if (distributionFile && UnfinishedRun::present(m_state)) {
+        return m_currentName
+            + u" belongs to a payment distribution that is not finished: Quenta Payment "
+              "Services may have paid some of its checks, and Remitra has not posted them yet "
+              "or has no answer for them. Remitra keeps its own record of the distribution, "
+              "so it will still post them once, but this file is the copy you and support can "
+              "look at.\r\rDo you still want to delete it?"_qs;
+    }
+    return {};
+}
+
 void frmViewFiles::cmdDelete_Click()
 {
     TopLevel::run(m_state, [&] {
         if (!m_fileExists)
             return;
+        const QString warning = moneyWarning();
+        if (!warning.isEmpty()) {
+            const Prompter::Answer keep = m_state.prompter().ask(warning, kDeleteTitle);
+            m_state.MsgAnswer = keep == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
+            if (keep != Prompter::Answer::Yes)
+                return;
+        }
         const Prompter::Answer answer = m_state.prompter().ask(
             u"Are you SURE you want to delete the file: "_qs + m_currentName + u"?"_qs,
             kDeleteTitle);

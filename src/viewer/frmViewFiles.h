@@ -36,6 +36,9 @@ private:
     void Form_Load();
     void checkFile();
     void showFile();
+    // A warning before deleting a file that payments depend on; "" for
+    // the others.
+    QString moneyWarning() const;
 
     ProgramState &m_state;
     QString m_currentName;

@@ -1,0 +1,47 @@
+#include "uploads/EnrolmentUpload.h"
+
+#include "app/ProgramState.h"
+#include "hostdb/PendingUploadRecord.h"
+#include "uploads/OwnerFile.h"
+#include "uploads/TenantUpload.h"
+#include "uploads/VendorFile.h"
+
+namespace EnrolmentUpload {
+
+void send(ProgramState &state, Roster roster)
+{
+    // A send that never reaches the processor (no file to send) must not
+    // count as taken because of an earlier call's result.
+    state.ResultText.clear();
+    state.ResultCode = 0;
+    switch (roster) {
+    case Roster::Tenants:
+        BuildTenantUpload(state);
+        SendTenantUpload(state);
+        break;
+    case Roster::Owners:
+        UploadOwnerFile(state);
+        break;
+    case Roster::Vendors:
+        UploadVendorFile(state);
+        break;
+    }
+    // Taken by the processor, or nothing to send (no rows on the roster).
+    if ((state.ResultText == u"True"_qs && state.ResultCode == 200) || state.ResultText.isEmpty())
+        PendingUploadRecord::clear(state.store(), roster);
+}
+
+bool owed(const ProgramState &state, Roster roster)
+{
+    return PendingUploadRecord::isPending(state.store(), roster);
+}
+
+void sendOwed(ProgramState &state)
+{
+    for (const Roster roster : { Roster::Tenants, Roster::Owners, Roster::Vendors }) {
+        if (owed(state, roster))
+            send(state, roster);
+    }
+}
+
+} // namespace EnrolmentUpload
