@@ -213,19 +213,35 @@ private slots:
     }
 
     // 50 MB of payments arrive whole: the payment file is the body and its
-    // line end, written in one piece, and the archive copy matches it.
-    void aFiftyMegabyteResponse()
+    // line end, written in one piece, and the archive copy matches it. An
+    // answer above the 64 MB cap counts as none: nothing is written.
+    void aLargeResponse_data()
     {
+        QTest::addColumn<int>("megabytes");
+        QTest::addColumn<bool>("taken");
+        QTest::newRow("50 MB") << 50 << true;
+        QTest::newRow("65 MB") << 65 << false;
+    }
+    void aLargeResponse()
+    {
+        QFETCH(int, megabytes);
+        QFETCH(bool, taken);
         TestSite site;
         RentSupport::seedPortfolio(site);
         pointAtSandbox(site);
         const QByteArray line = RentSupport::line(10, 100, u"12.50"_qs).toLatin1() + "\r\n";
         QByteArray body;
-        body.reserve(50 * 1024 * 1024 + line.size());
-        while (body.size() < 50 * 1024 * 1024)
+        body.reserve(qsizetype(megabytes) * 1024 * 1024 + line.size());
+        while (body.size() < qsizetype(megabytes) * 1024 * 1024)
             body += line;
         sandbox->forceStatus(200, body);
         DownloadPaymentFile(*site.state);
+        if (!taken) {
+            QCOMPARE(site.state->ResultCode, qint16(501));
+            QCOMPARE(site.prompter.texts().last(), u"There were no Remita Tenant transactions found"_qs);
+            QCOMPARE(filesOf(site), QStringList({ u"IDFILE.DAT"_qs }));
+            return;
+        }
         QCOMPARE(site.prompter.texts(), QStringList({ u"Successful connection to Quenta Payment Services!"_qs }));
         const QByteArray written = site.fileBytes(site.state->PaymentDownloadName);
         QCOMPARE(written.size(), body.size() + 2);

@@ -101,6 +101,11 @@ QString SandboxRecords::answerPayments(const QString &text)
             answer = payee + u',' + check + u',' + QString::number(limitCode) + u',' + limitReason;
         else
             answer = payee + u',' + check + u",0,Accepted"_qs;
+        if (answer.section(u',', 2, 2) == u"0"_qs) {
+            if (paidChecks.contains(check))
+                duplicates.append(line);
+            paidChecks.insert(check);
+        }
         payments.append({ line, answer });
         out += answer + u"\r\n"_qs;
     }
@@ -178,6 +183,7 @@ QJsonObject SandboxRecords::toJson() const
     for (const Payment &payment : payments)
         pay.append(QJsonObject { { u"line"_qs, payment.line }, { u"answer"_qs, payment.answer } });
     json.insert(u"payments"_qs, pay);
+    json.insert(u"duplicates"_qs, toArray(duplicates));
     json.insert(u"nextCheck"_qs, nextCheck);
     return json;
 }
@@ -215,9 +221,13 @@ void SandboxRecords::fromJson(const QJsonObject &json)
     queued = fromArray(json.value(u"queued"_qs));
     delivered = fromArray(json.value(u"delivered"_qs));
     payments.clear();
+    paidChecks.clear();
     for (const QJsonValue &v : json.value(u"payments"_qs).toArray()) {
         const QJsonObject o = v.toObject();
         payments.append({ o.value(u"line"_qs).toString(), o.value(u"answer"_qs).toString() });
+        if (payments.last().answer.section(u',', 2, 2) == u"0"_qs)
+            paidChecks.insert(payments.last().line.section(u'|', 0, 0));
     }
+    duplicates = fromArray(json.value(u"duplicates"_qs));
     nextCheck = json.value(u"nextCheck"_qs).toInt(5001);
 }

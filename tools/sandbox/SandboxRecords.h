@@ -6,6 +6,7 @@
 #include <QJsonObject>
 #include <QList>
 #include <QMap>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -38,7 +39,9 @@ public:
     // The answer lines for a distribution upload, each ended by CR LF:
     // "<payee>,<check>,<result>,<reason>". A payee that is not registered as
     // active gets result 4; an amount above the limit (when one is set) gets
-    // the rejection code; anything else 0.
+    // the rejection code; anything else 0. A check accepted before is paid
+    // again, as a processor that trusts its customer would, and its line is
+    // kept in `duplicates`: a customer program must never send it.
     QString answerPayments(const QString &text);
 
     // Queues one rent payment per active tenant: the given amount, or the
@@ -65,5 +68,7 @@ public:
     QStringList queued;
     QStringList delivered;
     QList<Payment> payments;
+    QStringList duplicates; // lines of checks that were paid a second time
+    QSet<QString> paidChecks; // "B<id>" of every accepted line
     int nextCheck = 5001;
 };
