@@ -10,6 +10,8 @@ namespace {
 QString missingText(RentPostingRecord::Missing missing)
 {
     switch (missing) {
+    case RentPostingRecord::Missing::UnitAndTenantBalance:
+        return u"unit"_qs;
     case RentPostingRecord::Missing::TenantBalance:
         return u"tenant"_qs;
     case RentPostingRecord::Missing::ManagementFee:
@@ -22,6 +24,8 @@ QString missingText(RentPostingRecord::Missing missing)
 
 RentPostingRecord::Missing missingOf(const QString &text)
 {
+    if (text == u"unit"_qs)
+        return RentPostingRecord::Missing::UnitAndTenantBalance;
     if (text == u"tenant"_qs)
         return RentPostingRecord::Missing::TenantBalance;
     if (text == u"fee"_qs)

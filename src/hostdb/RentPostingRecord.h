@@ -21,9 +21,10 @@ public:
     explicit RentPostingRecord(const RemitraStore &store);
 
     // What a line still lacks after a posting that stopped at it: its income
-    // line (and unit balance) is written, but not the tenant's balance, or
-    // not the management fee.
-    enum class Missing { Nothing, TenantBalance, ManagementFee };
+    // line is written, but not the unit's balance (there was no unit then)
+    // and the tenant's, or not the tenant's balance, or not the management
+    // fee.
+    enum class Missing { Nothing, UnitAndTenantBalance, TenantBalance, ManagementFee };
 
     struct Line
     {

@@ -136,15 +136,17 @@ bool PostPayments::postRow(const RentPayment &row)
 
     // A payment raises both balances its posting code names; "U" raises none.
     const QString &code = setting.postingCode;
-    if (fresh) {
+    if (fresh)
         m_ledger.addTransaction(line);
-        if (code == u"B"_qs)
-            m_ledger.addToUnitBalance(tenantKey, amount);
-    }
-    if (fresh || resume == Missing::TenantBalance) {
+    bool unitRaised = true;
+    if ((fresh || resume == Missing::UnitAndTenantBalance) && code == u"B"_qs)
+        unitRaised = m_ledger.addToUnitBalance(tenantKey, amount);
+    if (fresh || resume == Missing::UnitAndTenantBalance || resume == Missing::TenantBalance) {
         if ((code == u"T"_qs || code == u"B"_qs)
             && !m_ledger.addToTenantBalance(tenantKey, amount)) {
-            m_written.append({ row.line, Missing::TenantBalance });
+            // Taken up again later: the unit too, when it was not there.
+            m_written.append(
+                { row.line, unitRaised ? Missing::TenantBalance : Missing::UnitAndTenantBalance });
             return stop(u"Not found: Tenant ID #"_qs + RentPayment::idText(tenantId)
                 + u"\nAmount: "_qs + row.amountText + u"\nDate: "_qs + row.date
                 + u"\nCheck Number: "_qs + row.checkNumber + u"\nRemark: "_qs + remark.toString()

@@ -134,26 +134,43 @@ private slots:
     {
         QTest::addColumn<bool>("loginMissing");
         QTest::addColumn<bool>("enabled");
-        QTest::newRow("login missing") << true << true;
+        QTest::addColumn<bool>("namesBuilt");
+        QTest::newRow("login missing") << true << true << true;
         // The switch is checked before the login.
-        QTest::newRow("both missing") << true << false;
-        QTest::newRow("switch off") << false << false;
+        QTest::newRow("both missing") << true << false << true;
+        QTest::newRow("switch off") << false << false << true;
+        // Logged in after start-up: the transfer files have no names, and a
+        // download could not store what the processor hands over.
+        QTest::newRow("logged in after start-up") << false << true << false;
     }
 
     void commandsRefuseWithoutLoginOrSwitch()
     {
         QFETCH(bool, loginMissing);
         QFETCH(bool, enabled);
+        QFETCH(bool, namesBuilt);
         MenuSite s;
         s.site.state->LoginMissing = loginMissing;
         s.site.state->DisbursementEnabled = enabled;
+        auto script = std::make_shared<ScriptedProcessorClient::Script>();
+        s.site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        if (!namesBuilt) {
+            for (QString *name : { &s.site.state->SetupUploadName, &s.site.state->TenantUploadName,
+                     &s.site.state->PaymentDownloadName, &s.site.state->OwnerUploadName,
+                     &s.site.state->VendorUploadName, &s.site.state->DisbursementUploadName })
+                name->clear();
+        }
         for (const QString &name : kGatedByLogin + kGatedByDisbursement) {
             const bool switched = kGatedByDisbursement.contains(name);
-            if (!switched && !loginMissing)
+            if (!switched && !loginMissing && namesBuilt)
                 continue; // would open its screen
             s.site.prompter.clear();
             s.click(name);
-            if (switched && !enabled) {
+            if (!namesBuilt) {
+                QCOMPARE(s.site.prompter.titles(), QStringList { u"Remitra"_qs });
+                QVERIFY(s.site.prompter.texts().first().startsWith(
+                    u"Remitra must be restarted before it can exchange files"_qs));
+            } else if (switched && !enabled) {
                 QCOMPARE(s.site.prompter.texts(), QStringList { frmRemitraMain::notYetAvailableText() });
                 QCOMPARE(s.site.prompter.titles(), QStringList { u"Dwellix Remitra"_qs });
             } else {
@@ -161,7 +178,8 @@ private slots:
                 QCOMPARE(s.site.prompter.titles(), QStringList { u"Login Message"_qs });
             }
         }
-        if (loginMissing && enabled) {
+        QVERIFY(script->calls.isEmpty());
+        if ((loginMissing || !namesBuilt) && enabled) {
             s.site.prompter.clear();
             s.click(u"cmdViewFiles"_qs);
             QVERIFY(s.site.prompter.shown().isEmpty());

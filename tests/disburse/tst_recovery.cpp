@@ -7,6 +7,7 @@
 #include "disburse/UnfinishedRun.h"
 #include "disburse/frmMakePayments.h"
 
+#include <QDir>
 #include <QTableView>
 #include <QTest>
 
@@ -129,6 +130,9 @@ private slots:
         QCOMPARE(script->calls.size(), 1);
         QCOMPARE(dump(site, u"SELECT count(*) FROM CheckEntered WHERE CkID = 8"_qs),
             next == u"posted"_qs ? u"0"_qs : u"1"_qs);
+        // A copy of the host database is taken before an answer is posted.
+        QCOMPARE(QDir(site.path(u"backups"_qs)).entryList(QDir::Files).size(),
+            code == 200 && !response.isEmpty() ? 1 : 0);
         if (next == u"posted"_qs) {
             QVERIFY(!UnfinishedRun::present(*site.state));
             return;

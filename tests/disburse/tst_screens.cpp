@@ -1,5 +1,6 @@
 #include "DisburseFixture.h"
 
+#include "core/ScriptedPrompter.h"
 #include "disburse/DistributionFile.h"
 #include "disburse/PaymentListModel.h"
 #include "disburse/frmMakePayments.h"
@@ -77,6 +78,50 @@ private slots:
         QTest::mouseClick(form.findChild<QPushButton *>(u"cmdDeSelectAll"_qs), Qt::LeftButton);
         QCOMPARE(total->text(), u"0"_qs);
         QCOMPARE(highlighted() + chosen(form).size(), 0);
+    }
+
+    // Dwellix removes one check and changes another while the screen is
+    // open: neither is sent, the user is told which, the list shows them as
+    // they are now, and what is posted later is what was sent.
+    void checksChangedBehindTheScreen()
+    {
+        TestSite site;
+        DisburseFixture::populate(site);
+        auto script = DisburseFixture::answering(site, 200, u"O%4,B8,0\n"_qs);
+        frmMakePayments form(*site.state);
+        form.show();
+        auto *grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
+        auto *model = qobject_cast<PaymentListModel *>(grid->model());
+        auto *total = form.findChild<QLineEdit *>(u"txtTotalSelected"_qs);
+        auto *pay = form.findChild<QPushButton *>(u"cmdMakePaymentsNow"_qs);
+        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdSelectAll"_qs), Qt::LeftButton);
+        site.db().execText(u"DELETE FROM CheckEntered WHERE CkID = 3"_qs, "test");
+        site.db().execText(u"UPDATE CheckEntered SET CkAmount = 45 WHERE CkID = 8"_qs, "test");
+
+        QTest::mouseClick(pay, Qt::LeftButton);
+        QVERIFY(script->calls.isEmpty());
+        QCOMPARE(site.prompter.titles(), QStringList { u"Make Payments"_qs });
+        const QString told = site.prompter.texts().first();
+        QVERIFY2(told.contains(u"No longer in the Entered Check File:\rCheck 3 to Acme Repairs, "
+                               "$82.40"_qs),
+            qPrintable(told));
+        QVERIFY(told.contains(u"Check 8 to EVE GRAY, $40.00, "_qs));
+        QVERIFY(told.contains(u"is now  Check 8 to EVE GRAY, $45.00, "_qs));
+        QCOMPARE(model->find({ 3, 8 }), -1);
+        QCOMPARE(model->row(model->find({ 8, -4 })).CkAmount, Currency::fromWhole(45));
+        QVERIFY(!chosen(form).contains(Key { 8, -4 }) && !chosen(form).contains(Key { 3, 8 }));
+        QCOMPARE(chosen(form).size(), 5);
+        QCOMPARE(total->text(), u"$3,488.50"_qs);
+
+        // Chosen again, the check goes out and is posted at its new amount.
+        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdDeSelectAll"_qs), Qt::LeftButton);
+        grid->selectRow(model->find({ 8, -4 }));
+        site.prompter.clear();
+        QTest::mouseClick(pay, Qt::LeftButton);
+        QCOMPARE(script->calls.size(), 1);
+        QCOMPARE(script->calls[0].texts[1], u"B8|O%4||45\r\n"_qs);
+        QCOMPARE(DisburseFixture::dump(site, u"SELECT CkAmount FROM CheckDepPrinted"_qs), u"45"_qs);
+        QCOMPARE(model->find({ 8, -4 }), -1);
     }
 
     void showLast_data()

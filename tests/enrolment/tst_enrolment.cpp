@@ -221,6 +221,31 @@ private slots:
         QTest::keyClick(open(site, which).dialog.get(), Qt::Key_Escape);
         QVERIFY(script->calls.isEmpty() && site.prompter.shown().isEmpty());
 
+        // A cell opened and left without typing is no edit: F2 then Enter on
+        // a stored "y", and Enter on a blank flag, change and send nothing.
+        const QString table = which == Screen::Tenants ? u"Tenants SET TACH"_qs
+            : which == Screen::Owners                  ? u"Owners SET OACH"_qs
+                                                       : u"Vendors SET VACH"_qs;
+        const QString idField = which == Screen::Tenants ? u"TenantID"_qs
+            : which == Screen::Owners                    ? u"OwnerID"_qs
+                                                         : u"VenID"_qs;
+        for (const QString &stored : { u"y"_qs, u""_qs }) {
+            site.db().execText(u"UPDATE "_qs + table + u" = '"_qs + stored + u"' WHERE "_qs
+                    + idField + u" = "_qs + QString::number(id),
+                "test");
+            Opened left = open(site, which);
+            left.grid->setCurrentIndex(left.grid->model()->index(
+                int(listedKeys(left).indexOf(key)), left.flagColumn));
+            QTest::keyClick(left.grid, Qt::Key_F2);
+            auto *editor = left.grid->findChild<QLineEdit *>(u"flagEditor"_qs);
+            QVERIFY(editor);
+            QTest::keyClick(editor, Qt::Key_Return);
+            QCoreApplication::processEvents();
+            QCOMPARE(flagOf(site, which, id), stored);
+            QTest::keyClick(left.dialog.get(), Qt::Key_Escape);
+            QVERIFY(script->calls.isEmpty() && site.prompter.shown().isEmpty());
+        }
+
         Opened o = open(site, which);
         const int row = int(listedKeys(o).indexOf(key));
         const QString before = flagOf(site, which, id);

@@ -2,16 +2,21 @@
 #include "RentSupport.h"
 #include "ScriptedProcessorClient.h"
 
+#include "UploadsFixture.h"
+
 #include "app/TopLevel.h"
 #include "core/RuntimeError.h"
 #include "disburse/DistributionFile.h"
 #include "disburse/DistributionRun.h"
 #include "disburse/UnfinishedRun.h"
+#include "enrolment/frmTenantUpdate.h"
 #include "hostdb/DisburseList.h"
 #include "rent/PaymentFile.h"
 #include "rent/UpdateLedgers.h"
 
 #include <QElapsedTimer>
+#include <QLineEdit>
+#include <QTableView>
 #include <QProcess>
 #include <QTest>
 
@@ -123,6 +128,47 @@ private slots:
         QCOMPARE(site.prompter.texts().last(), u"Your Dwellix Ledgers are now updated."_qs);
         QCOMPARE(site.scalar(u"SELECT count(*) FROM Transactions WHERE TransAmount > 0 AND TransTID > 0"_qs).toInt(), 2);
         QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+    }
+
+    // A flag saved while the host is free, then the screen closed while the
+    // host commits: the upload cannot be built, the user is told the change
+    // is kept, and it goes out at the next close even without a new edit.
+    void enrolmentChangeIsKeptUntilSent()
+    {
+        TestSite site;
+        UploadsFixture::addAll(site);
+        auto script = std::make_shared<ScriptedProcessorClient::Script>();
+        site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        auto screen = std::make_unique<frmTenantUpdate>(*site.state);
+        screen->show();
+        auto *grid = screen->findChild<QTableView *>(u"gridACH"_qs);
+        grid->setCurrentIndex(grid->model()->index(0, 10));
+        QTest::keyClicks(grid, u"n"_qs);
+        auto *editor = grid->findChild<QLineEdit *>(u"flagEditor"_qs);
+        QVERIFY(editor);
+        QTest::keyClick(editor, Qt::Key_Return);
+        QCoreApplication::processEvents();
+        QCOMPARE(grid->model()->index(0, 10).data().toString(), u"N"_qs);
+        {
+            HostWriter host(site.state->DatabasePath, true);
+            screen->close();
+        }
+        QVERIFY(script->calls.isEmpty());
+        QCOMPARE(site.prompter.texts(),
+            QStringList { u"Your changes are saved in Dwellix, but they could not be sent to "
+                          "Quenta Payment Services now:\r\r"_qs
+                + kBusy
+                + u"\r\rRemitra will send them the next time you close this screen or start "
+                  "Remitra."_qs });
+        QVERIFY(!site.state->EndRequested);
+
+        for (int closing = 0; closing < 2; ++closing) {
+            screen = std::make_unique<frmTenantUpdate>(*site.state);
+            screen->show();
+            screen->close();
+        }
+        QCOMPARE(script->calls.size(), 1);
+        QVERIFY(script->calls[0].texts[1].contains(u"|deactivate"_qs));
     }
 
     // While the host commits, nothing can be read: nothing is sent, nothing

@@ -143,6 +143,7 @@ private slots:
         QTest::addColumn<QString>("secondLine");
         QTest::addColumn<QString>("message"); // its beginning
         QTest::addColumn<int>("written"); // Transactions rows kept
+        QTest::addColumn<bool>("fixable"); // the cause can be put right in Dwellix
         const QString fine = line(20, 200, u"20"_qs);
         const QString valid = u"You do not have a valid Account Category set up for "_qs;
         QTest::newRow("unknown tenant")
@@ -151,37 +152,37 @@ private slots:
             << u"Not found: Tenant ID #555\nAmount: -60.5\nDate: 11/02/2026\nCheck Number: 000777\n"
                "Remark: Card\nThe above Remitra deposit does not have a Tenant set up for Remitra, "
                "this must be corrected before you can update any ledgers."_qs
-            << 2;
+            << 2 << true;
         QTest::newRow("no rent category") << 0 << u"  "_qs << fine
                                           << valid
                 + u"'Rent Income'. Nothing was posted to the Dwellix Ledgers. Please check your "
                   "Account Category and Account Default settings under 'Preferences' from the "
-                  "Dwellix Main Menu."_qs << 0;
+                  "Dwellix Main Menu."_qs << 0 << true;
         QTest::newRow("rent account no number")
-            << 0 << u"Rent Income;abc;B"_qs << fine << valid + u"'Rent Income'."_qs << 0;
+            << 0 << u"Rent Income;abc;B"_qs << fine << valid + u"'Rent Income'."_qs << 0 << true;
         QTest::newRow("no late category")
             << 4 << u"Late Fee Received"_qs << fine
-            << valid + u"'Late Fee Received'. Nothing was posted"_qs << 0;
+            << valid + u"'Late Fee Received'. Nothing was posted"_qs << 0 << true;
         // The late fee of line 1 and the rent payment itself are in; no fee.
         QTest::newRow("no fee category") << 2 << QString() << fine
                                          << valid
                 + u"'Management Fee'. The management fee was not posted. Please check your "
                   "Account Category and Account Default settings under 'Preferences' from "
                   "the Dwellix Main Menu."_qs
-                                         << 2;
+                                         << 2 << true;
         QTest::newRow("amount unreadable")
             << -1 << QString() << line(20, 200, u"twelve"_qs)
             << u"The amount \"twelve\" on line 2 of the Remitra Payment File cannot be read. "
                "Nothing was posted to the Dwellix Ledgers."_qs
-            << 0;
+            << 0 << false;
         QTest::newRow("date unreadable")
             << -1 << QString() << line(20, 200, u"1"_qs, u"31/31/2026"_qs)
-            << u"The date \"31/31/2026\" on line 2 of the Remitra"_qs << 0;
+            << u"The date \"31/31/2026\" on line 2 of the Remitra"_qs << 0 << false;
         QTest::newRow("owner fee unreadable")
             << -1 << QString() << line(30, 300, u"12"_qs)
             << u"The management fee \"ten%\" of owner 3 (for the payment on line 2 of the Remitra "
                "Payment File) cannot be read. Nothing was posted"_qs
-            << 0;
+            << 0 << false;
     }
 
     void stops()
@@ -209,6 +210,38 @@ private slots:
         QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
         // What stops before anything is written leaves no backup either.
         QCOMPARE(QDir(site.path(u"backups"_qs)).exists(), !message.startsWith(u"The "_qs));
+
+        // Put right in Dwellix and posted again: the ledgers end exactly as
+        // one clean run leaves them, nothing posted twice.
+        QFETCH(bool, fixable);
+        if (!fixable)
+            return;
+        TestSite reference;
+        RentSupport::seedPortfolio(reference);
+        const auto fix = [&](TestSite &s) {
+            if (item >= 0)
+                s.state->IdItems[std::size_t(item)] = reference.state->IdItems[std::size_t(item)];
+            s.insert(u"Tenants"_qs, { { u"TenantID"_qs, 555 }, { u"TPropID"_qs, 10 },
+                                        { u"TCurrBal"_qs, 0 } });
+            s.insert(u"Units"_qs, { { u"UTenantID"_qs, 555 }, { u"UCurrBal"_qs, 0 } });
+        };
+        fix(site);
+        site.prompter.clear();
+        QVERIFY(UpdateLedgers::run(
+            *site.state, rows, choices(PostingChoices::MethodRemark, true, false)));
+        TestSite clean;
+        RentSupport::seedPortfolio(clean);
+        clean.db().execText(u"UPDATE Owners SET OMgmtFee = 'ten%' WHERE OwnerID = 3"_qs, "test");
+        fix(clean);
+        QVERIFY(UpdateLedgers::run(*clean.state,
+            loadRows(clean,
+                { line(10, 100, u"7"_qs, u"11/02/2026"_qs, u"1"_qs, u"ACH"_qs, u"Late Fee"_qs),
+                    secondLine, line(10, 101, u"100"_qs) }),
+            choices(PostingChoices::MethodRemark, true, false)));
+        const QString ledger = u"SELECT TransAccountID, TransPostToID, TransAmount, TransType, "
+                               "TransStatus FROM Transactions ORDER BY 1, 2, 3, 4, 5"_qs;
+        QCOMPARE(table(site, ledger), table(clean, ledger));
+        QCOMPARE(balances(site), balances(clean));
     }
 
     void depositAndSplits()
@@ -236,6 +269,15 @@ private slots:
                 "ON s.CkNumber = d.CkID ORDER BY SplitID"_qs),
             (QStringList { u"123456789 1250.5 4000 100 P D B"_qs, u"Null 35 4000 101 P D T"_qs,
                 u"1001 0.0101 4000 555 P D B"_qs }));
+
+        // Updating again stops at the same payment, and posts and deposits
+        // nothing a second time.
+        const QStringList before = table(site, u"SELECT count(*) FROM Transactions UNION ALL "
+                                               "SELECT count(*) FROM CheckDepPrinted"_qs);
+        QVERIFY(!UpdateLedgers::run(*site.state, rows, c));
+        QCOMPARE(table(site, u"SELECT count(*) FROM Transactions UNION ALL "
+                             "SELECT count(*) FROM CheckDepPrinted"_qs),
+            before);
     }
 
     void successMovesTheFileAsideAndKeepsTenBackups()

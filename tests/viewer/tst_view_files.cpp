@@ -2,6 +2,7 @@
 
 #include "TestSupport.h"
 
+#include "hostdb/DistributionRecord.h"
 #include "viewer/frmViewFiles.h"
 
 #include <QGroupBox>
@@ -141,6 +142,35 @@ private slots:
         v.clickDelete();
         QCOMPARE(v.site.prompter.texts(), QStringList{kMissing});
         QCOMPARE(v.site.prompter.titles(), QStringList{u"Remitra Notice"_qs});
+    }
+
+    // The files that payments depend on get a warning first; No keeps them.
+    void moneyFilesWarnBeforeTheQuestion()
+    {
+        Viewer v;
+        v.site.writeFile(v.site.state->PaymentDownloadName, "P1,U1,T1,5,1/1/2026,1,1/1/2026,ACH,Rent\r\n");
+        v.site.writeFile(v.site.state->DisbursementUploadName, "B1|O7||5\r\n");
+        // A distribution sent without a recorded answer.
+        PaymentRow sent;
+        sent.CkID = 1;
+        sent.IDField = -7;
+        DistributionRecord(v.site.state->store()).begin({ sent }, u"B1|O7||5\r\n"_qs);
+        for (const int index : { 4, 6 }) {
+            v.choose(index);
+            v.site.prompter.clear();
+            v.site.prompter.queueAnswer(Prompter::Answer::No);
+            v.clickDelete();
+            QCOMPARE(v.site.prompter.shown().size(), 1);
+            QCOMPARE(v.site.prompter.titles(), QStringList { u"Delete File"_qs });
+            QVERIFY(v.site.prompter.texts().first().endsWith(u"Do you still want to delete it?"_qs));
+            QCOMPARE(v.site.state->MsgAnswer, u"7"_qs);
+        }
+        QVERIFY(!v.site.fileBytes(v.site.state->PaymentDownloadName).isNull());
+        v.site.prompter.clear();
+        v.site.prompter.queueAnswers({ Prompter::Answer::Yes, Prompter::Answer::Yes });
+        v.clickDelete();
+        QCOMPARE(v.site.prompter.texts().last(), u"File Deleted!"_qs);
+        QVERIFY(v.site.fileBytes(v.site.state->DisbursementUploadName).isNull());
     }
 
     void aFileThatVanishesEndsTheProgram()
