@@ -79,11 +79,14 @@ Wide divideHalfEven(Wide numerator, Wide denominator, bool sticky = false)
     return negative ? -quotient : quotient;
 }
 
-// A decimal scaled by `factor` into ten-thousandths; nullopt when it does not
-// fit the currency range.
-std::optional<std::int64_t> toRaw(const Decimal &d, Wide factor)
+// A decimal in ten-thousandths; nullopt when it does not fit the currency
+// range.
+std::optional<std::int64_t> toRaw(const Decimal &d)
 {
-    const Wide scaled = divideHalfEven(d.digits * factor * Currency::Scale, powerOfTen(d.scale), d.sticky);
+    // Up to four decimals the value is exact: no division, no rounding.
+    const Wide scaled = d.scale <= 4 && !d.sticky
+        ? d.digits * powerOfTen(4 - d.scale)
+        : divideHalfEven(d.digits * Currency::Scale, powerOfTen(d.scale), d.sticky);
     if (scaled > INT64_MAX || scaled < -INT64_MAX)
         return std::nullopt;
     return static_cast<std::int64_t>(scaled);
@@ -129,7 +132,7 @@ std::optional<Currency> Currency::parse(const QString &input)
     const auto decimal = parseDecimal(text);
     if (!decimal)
         return std::nullopt;
-    const auto raw = toRaw(*decimal, 1);
+    const auto raw = toRaw(*decimal);
     if (!raw)
         return std::nullopt;
     return fromRaw(negative ? -*raw : *raw);
