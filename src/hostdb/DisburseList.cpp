@@ -16,8 +16,7 @@ const QString kColumns
     = u"CkID, CkPayee, CkDate, CkAmount, CkRemark, CkInvoice, CkType, CkVendorID, CkNumber"_qs;
 const QString kOwnersSql = u"SELECT OwnerID, OFirstName1, OLastName1, OFirstName2, OLastName2"
                            " FROM Owners WHERE OACH = 'Y'"_qs;
-const QString kVendorsSql
-    = u"SELECT VenID, VenName, VenContact FROM Vendors WHERE VACH = 'Y'"_qs;
+const QString kVendorsSql = u"SELECT VenID, VenName, VenContact FROM Vendors WHERE VACH = 'Y'"_qs;
 
 PaymentRow readRow(const QSqlQuery &q)
 {

@@ -87,8 +87,8 @@ const FeatureNeeds kNeeds[] = {
         { { "Transactions",
               "TransAccountID TransPostToID TransAmount TransDate TransCheckNumber TransRemark "
               "TransType TransStatus TransTax TransOID TransPID TransUID TransTID" },
-            { "Units", "UTenantID UCurrBal UAddress UNumber" },
-            { "Tenants", "TenantID TCurrBal" }, { "Owners", "OwnerID OMgmtFee" } } },
+            { "Units", "UTenantID UCurrBal UAddress UNumber" }, { "Tenants", "TenantID TCurrBal" },
+            { "Owners", "OwnerID OMgmtFee" } } },
     { HostFeature::Deposit,
         { { "CheckDepPrinted",
               "CkID CkPayee CkAccountID CkAmount CkDate CkInvoice CkRemark CkStatus CkVendorID "
@@ -153,7 +153,8 @@ std::unique_ptr<HostDb> HostDb::openFolder(const QString &folder)
         // Either the driver is missing or the file is not an Access
         // database; the driver's own words tell which.
         throw RuntimeError(3024,
-            u"The Dwellix data file "_qs + QDir::toNativeSeparators(QFileInfo(access).absoluteFilePath())
+            u"The Dwellix data file "_qs
+                + QDir::toNativeSeparators(QFileInfo(access).absoluteFilePath())
                 + u" could not be opened: the Microsoft Access ODBC driver is not installed on "
                   "this computer, or the file is not an Access database. Install the driver or "
                   "convert the database to dxdatafl.db. ("_qs

@@ -129,8 +129,9 @@ bool KeyedRows::addToFirst(const QVariant &key, int index, Currency delta)
     if (changed != 1) {
         throw RuntimeError(3197,
             u"The "_qs + m_table + u" record "_qs + key.toString()
-                + (changed == 0 ? u" was changed by someone else while Remitra was posting to it."_qs
-                                : u" cannot be told apart from another record with the same values."_qs)
+                + (changed == 0
+                        ? u" was changed by someone else while Remitra was posting to it."_qs
+                        : u" cannot be told apart from another record with the same values."_qs)
                 + u" Nothing was posted; try again."_qs);
     }
     return true;

@@ -24,8 +24,8 @@ class HostDb;
 class KeyedRows
 {
 public:
-    KeyedRows(const HostDb &db, const EngineSql &engine, QString table, QString key,
-        QStringList fields);
+    KeyedRows(
+        const HostDb &db, const EngineSql &engine, QString table, QString key, QStringList fields);
     // With the database's own engine.
     KeyedRows(const HostDb &db, QString table, QString key, QStringList fields);
 

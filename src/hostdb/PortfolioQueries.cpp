@@ -91,8 +91,7 @@ CompanyContact firstCompany(HostDb &db)
     QSqlQuery query = run(db, HostFeature::SetupFile, sql, "reading the company record");
     if (!query.next())
         throw RuntimeError::noCurrentRecord();
-    const CompanyContact company { query.value(0), query.value(1), query.value(2),
-        query.value(3) };
+    const CompanyContact company { query.value(0), query.value(1), query.value(2), query.value(3) };
     query.finish();
     return company;
 }

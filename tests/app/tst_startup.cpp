@@ -157,8 +157,7 @@ private slots:
         // A data file that is no database, or an empty one, is named with
         // what is wrong with it. (A missing field stops only the command
         // that needs it: tests/hostdb.)
-        QTest::newRow("empty file")
-            << u"empty"_qs << u"The Dwellix data file "_qs << u"Remitra"_qs;
+        QTest::newRow("empty file") << u"empty"_qs << u"The Dwellix data file "_qs << u"Remitra"_qs;
         QTest::newRow("not a database")
             << u"garbage"_qs << u"The Dwellix data file "_qs << u"Remitra"_qs;
         // Any other error shows its number and description.

@@ -14,11 +14,11 @@ private slots:
         QTest::addColumn<QString>("input");
         QTest::addColumn<QString>("plain"); // null: rejected
         const std::pair<const char16_t *, const char16_t *> rows[] = { { u"125.50", u"125.5" },
-            { u"-35", u"-35" }, { u"0.00", u"0" }, { u"12.3456", u"12.3456" },
-            { u"1.00005", u"1" }, { u"1.00015", u"1.0002" }, { u"-2.00025", u"-2.0002" },
-            { u"1.000050001", u"1.0001" }, { u"$1,234.50", u"1234.5" }, { u"($12.50)", u"-12.5" },
-            { u"  7 ", u"7" }, { u".5", u"0.5" }, { u"", nullptr }, { u"abc", nullptr },
-            { u"12abc", nullptr }, { u"1.2.3", nullptr }, { u"-", nullptr }, { u".", nullptr } };
+            { u"-35", u"-35" }, { u"0.00", u"0" }, { u"12.3456", u"12.3456" }, { u"1.00005", u"1" },
+            { u"1.00015", u"1.0002" }, { u"-2.00025", u"-2.0002" }, { u"1.000050001", u"1.0001" },
+            { u"$1,234.50", u"1234.5" }, { u"($12.50)", u"-12.5" }, { u"  7 ", u"7" },
+            { u".5", u"0.5" }, { u"", nullptr }, { u"abc", nullptr }, { u"12abc", nullptr },
+            { u"1.2.3", nullptr }, { u"-", nullptr }, { u".", nullptr } };
         for (const auto &[input, plain] : rows)
             QTest::newRow(QString::fromUtf16(input).toUtf8().constData())
                 << QString::fromUtf16(input) << (plain ? QString::fromUtf16(plain) : QString());
@@ -57,8 +57,8 @@ private slots:
         QCOMPARE(
             Currency::parse(u"1000.17"_qs)->percentOf(u"7.5"_qs)->toPlainText(), u"75.0128"_qs);
         QCOMPARE(Currency::parse(u"100"_qs)->percentOf(u"0.00015"_qs)->toPlainText(), u"0.0002"_qs);
-        QCOMPARE(Currency::parse(u"-1000.15"_qs)->percentOf(u" 7.5"_qs)->toPlainText(),
-            u"-75.0112"_qs);
+        QCOMPARE(
+            Currency::parse(u"-1000.15"_qs)->percentOf(u" 7.5"_qs)->toPlainText(), u"-75.0112"_qs);
         QCOMPARE((-rent).abs(), rent);
         QCOMPARE((rent - *Currency::parse(u"1000.0001"_qs)).toPlainText(), u"-0.0001"_qs);
         QVERIFY(!rent.percentOf(u"x"_qs).has_value());
@@ -101,8 +101,10 @@ private slots:
         QCOMPARE(VbText::withFourDigitYear(u"M/d/yy"_qs), u"M/d/yyyy"_qs);
         QCOMPARE(VbText::withFourDigitYear(u"dd.MM.yy 'yy'"_qs), u"dd.MM.yyyy 'yy'"_qs);
         QCOMPARE(VbText::withFourDigitYear(u"d MMM yyyy"_qs), u"d MMM yyyy"_qs);
-        QCOMPARE(QLocale(u"en_US"_qs).toString(d, VbText::withFourDigitYear(
-                     QLocale(u"en_US"_qs).dateFormat(QLocale::ShortFormat))),
+        QCOMPARE(QLocale(u"en_US"_qs)
+                     .toString(d,
+                         VbText::withFourDigitYear(
+                             QLocale(u"en_US"_qs).dateFormat(QLocale::ShortFormat))),
             u"3/7/2026"_qs);
         QCOMPARE(VbText::parseDate(VbText::shortDate(d)), d);
         QCOMPARE(VbText::parseDate(u"3/7/26"_qs), d);

@@ -100,8 +100,8 @@ private slots:
         QCOMPARE(raisedError([&] { site.db().require(HostFeature::TenantUpload); }, &text), 3265);
         QVERIFY(text.contains(u"Tenants.TACH"_qs));
         QVERIFY(TopLevel::run(*site.state, [&] { PortfolioQueries::ownerRows(site.db()); }));
-        QVERIFY(!TopLevel::run(
-            *site.state, [&] { PortfolioQueries::tenantUploadRows(site.db()); }));
+        QVERIFY(
+            !TopLevel::run(*site.state, [&] { PortfolioQueries::tenantUploadRows(site.db()); }));
         QCOMPARE(site.prompter.texts(), QStringList { Startup::fieldNotFoundText() });
         QCOMPARE(site.prompter.titles(), QStringList { u"Remitra"_qs });
         QVERIFY(!site.state->EndRequested);
@@ -159,13 +159,15 @@ private slots:
         if (engine == u"access"_qs) {
             {
                 HostDb::Transaction tx(site.db());
-                QCOMPARE(raisedError([&] { units.addToFirst(9, 0, Currency::fromWhole(1)); }),
-                    3197);
+                QCOMPARE(
+                    raisedError([&] { units.addToFirst(9, 0, Currency::fromWhole(1)); }), 3197);
             }
-            QCOMPARE(site.scalar(u"SELECT sum(UCurrBal) FROM Units WHERE UTenantID = 9"_qs).toInt(), 2);
+            QCOMPARE(
+                site.scalar(u"SELECT sum(UCurrBal) FROM Units WHERE UTenantID = 9"_qs).toInt(), 2);
         } else {
             QVERIFY(units.addToFirst(9, 0, Currency::fromWhole(1)));
-            QCOMPARE(site.scalar(u"SELECT sum(UCurrBal) FROM Units WHERE UTenantID = 9"_qs).toInt(), 3);
+            QCOMPARE(
+                site.scalar(u"SELECT sum(UCurrBal) FROM Units WHERE UTenantID = 9"_qs).toInt(), 3);
         }
 
         // The portfolio join, as written for the engine.
