@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr auto kOrganisation = "Dwellix";
-constexpr auto kApplication = "Dwellix";
 constexpr auto kGroup = "Parameters";
 
 // Shifts every character's ANSI code by delta; a code that leaves 0..255 is
@@ -47,17 +45,44 @@ void prepareIniFile(const QString &path)
         file.close();
 }
 
+// The user's own store. On Windows it is the registry key that the host
+// platform's per-user settings API writes for application "Dwellix", so
+// credentials saved by an earlier installation are found there; elsewhere
+// it is the user's settings file for "Dwellix".
+std::unique_ptr<QSettings> openUserStore()
+{
+#ifdef Q_OS_WIN
+    // Values are plain REG_SZ strings there. (QSettings writes a value that
+    // begins with "@" with a second "@" in front; an encoded value begins
+    // with "@" only when the plain one begins with "=".)
+    return std::make_unique<QSettings>(
+        u"HKEY_CURRENT_USER\\Software\\VB and VBA Program Settings\\Dwellix"_qs,
+        QSettings::NativeFormat);
+#else
+    return std::make_unique<QSettings>(QSettings::UserScope, u"Dwellix"_qs, u"Dwellix"_qs);
+#endif
+}
+
 std::unique_ptr<QSettings> openStore(const ProgramState &state)
 {
-    std::unique_ptr<QSettings> settings;
-    if (state.SettingsFile.isEmpty()) {
-        settings = std::make_unique<QSettings>(QSettings::UserScope,
-            QString::fromLatin1(kOrganisation), QString::fromLatin1(kApplication));
-    } else {
-        settings = std::make_unique<QSettings>(state.SettingsFile, QSettings::IniFormat);
-    }
+    std::unique_ptr<QSettings> settings = state.SettingsFile.isEmpty()
+        ? openUserStore()
+        : std::make_unique<QSettings>(state.SettingsFile, QSettings::IniFormat);
     settings->beginGroup(QString::fromLatin1(kGroup));
     return settings;
+}
+
+// The file behind a store, or "" when the store is not a file (the Windows
+// registry, whose key path QSettings also reports as its "file name").
+QString storeFile(const ProgramState &state)
+{
+    if (!state.SettingsFile.isEmpty())
+        return state.SettingsFile;
+#ifdef Q_OS_WIN
+    return {};
+#else
+    return openUserStore()->fileName();
+#endif
 }
 
 QString readKey(QSettings &settings, const char *key)
@@ -86,13 +111,12 @@ Credentials::Stored Credentials::read(const ProgramState &state)
 
 void Credentials::save(const ProgramState &state, const Stored &stored)
 {
-    // The user's own store is a file as well: it too is made its owner's
-    // alone before anything is written into it.
-    const QString storeFile = state.SettingsFile.isEmpty() ? openStore(state)->fileName()
-                                                           : state.SettingsFile;
-    if (!storeFile.isEmpty() && QFileInfo(storeFile).isAbsolute()) {
-        QDir().mkpath(QFileInfo(storeFile).path());
-        prepareIniFile(storeFile);
+    // A store that is a file (ours, or the user's own outside Windows) is
+    // made its owner's alone before anything is written into it.
+    const QString file = storeFile(state);
+    if (!file.isEmpty() && QFileInfo(file).isAbsolute()) {
+        QDir().mkpath(QFileInfo(file).path());
+        prepareIniFile(file);
     }
     {
         auto settings = openStore(state);
@@ -103,8 +127,8 @@ void Credentials::save(const ProgramState &state, const Stored &stored)
         if (settings->status() != QSettings::NoError)
             throw RuntimeError::permissionDenied();
     }
-    if (QFileInfo(storeFile).isFile())
-        QFile::setPermissions(storeFile, kOwnerOnly);
+    if (!file.isEmpty() && QFileInfo(file).isFile())
+        QFile::setPermissions(file, kOwnerOnly);
 }
 
 void Credentials::saveFromState(const ProgramState &state)

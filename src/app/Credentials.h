@@ -13,10 +13,13 @@ QString EncodeSetting(const QString &text);
 // lower. A character below code 3 raises RuntimeError::invalidArgument().
 QString DecodeSetting(const QString &text);
 
-// The processor credentials kept between runs: organisation and application
-// "Dwellix", group "Parameters", keys "username", "password", "url", values
-// encoded. state.SettingsFile names an INI file to use instead of the user's
-// own settings store.
+// The processor credentials kept between runs: application "Dwellix", group
+// "Parameters", keys "username", "password", "url", values encoded. On
+// Windows they live in the registry under HKEY_CURRENT_USER\Software\VB and
+// VBA Program Settings\Dwellix\Parameters, where the host platform's own
+// per-user settings API keeps them; elsewhere in the user's settings file for
+// organisation and application "Dwellix". state.SettingsFile names an INI
+// file to use instead of the user's own store.
 class Credentials
 {
 public:

@@ -82,8 +82,10 @@ Startup::Outcome Startup::run(
             ? sqlite
             : state.pathOf(QString::fromLatin1(HostDb::AccessFileName));
 
+        // Only that the file is a database with tables is checked here; each
+        // part of the program checks the fields it needs when it starts.
         auto db = HostDb::openFolder(state.folder());
-        db->verifySchema();
+        db->checkHoldsTables();
         state.DatabasePath = db->path();
         state.setHostDb(std::move(db));
 
@@ -111,6 +113,11 @@ Startup::Outcome Startup::run(
             break;
         case 3265:
             state.prompter().notice(fieldNotFoundText(), u"Remitra"_qs);
+            break;
+        case 3343:
+            // A data file that is empty or not a database: what is wrong
+            // with which file.
+            state.prompter().notice(error.description(), u"Remitra"_qs);
             break;
         default:
             // Any other failure during start-up: the error's number and

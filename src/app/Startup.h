@@ -7,11 +7,11 @@
 class LoginScreen;
 class ProgramState;
 
-// The start-up of the main menu: sets the flags, opens the host database,
-// reads (and if needed asks for) the processor credentials, builds the
-// transfer file names and looks for waiting rent payments. Every error on the
-// way is reported to the user here; the result says whether the main menu
-// is shown or the program ends.
+// The start-up of the main menu: sets the flags, opens the host database (and
+// makes sure it is a database with tables), reads (and if needed asks for) the
+// processor credentials, builds the transfer file names and looks for waiting
+// rent payments. Every error on the way is reported to the user here; the
+// result says whether the main menu is shown or the program ends.
 class Startup
 {
 public:

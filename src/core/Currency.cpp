@@ -6,16 +6,32 @@ namespace {
 
 __extension__ typedef __int128 Wide;
 
-// Parses an unsigned decimal "123.4567..." into ten-thousandths, rounding
-// half away from zero at the fifth decimal.
-std::optional<std::int64_t> parseUnsignedDecimal(QStringView text)
+// A decimal number read exactly as written: digits / 10^scale. Digits past
+// the nineteenth significant one are not kept; `sticky` tells whether any of
+// them was other than zero, so that rounding still sees a value just above a
+// half as above it.
+struct Decimal
 {
-    if (text.isEmpty())
-        return std::nullopt;
-    std::int64_t whole = 0;
-    std::int64_t frac = 0;
-    int fracDigits = 0;
-    bool roundUp = false;
+    Wide digits = 0;
+    int scale = 0;
+    bool sticky = false;
+};
+
+constexpr int kKeptDigits = 19;
+
+Wide powerOfTen(int n)
+{
+    Wide p = 1;
+    while (n-- > 0)
+        p *= 10;
+    return p;
+}
+
+// Digits with at most one decimal point; nothing else.
+std::optional<Decimal> parseDecimal(QStringView text)
+{
+    Decimal d;
+    int kept = 0;
     bool seenDot = false;
     bool seenDigit = false;
     for (QChar ch : text) {
@@ -25,27 +41,55 @@ std::optional<std::int64_t> parseUnsignedDecimal(QStringView text)
             seenDot = true;
             continue;
         }
-        if (!ch.isDigit() || ch.unicode() > u'9')
+        if (ch < u'0' || ch > u'9')
             return std::nullopt;
         seenDigit = true;
-        const int d = ch.unicode() - u'0';
-        if (!seenDot) {
-            if (whole > (INT64_MAX / Currency::Scale - 9) / 10)
-                return std::nullopt;
-            whole = whole * 10 + d;
-        } else if (fracDigits < 4) {
-            frac = frac * 10 + d;
-            ++fracDigits;
-        } else if (fracDigits == 4) {
-            roundUp = d >= 5;
-            ++fracDigits;
+        const int digit = ch.unicode() - u'0';
+        if (kept == 0 && digit == 0 && !seenDot)
+            continue; // leading zeros
+        if (kept < kKeptDigits) {
+            d.digits = d.digits * 10 + digit;
+            if (seenDot)
+                ++d.scale;
+            if (d.digits != 0)
+                ++kept;
+        } else if (!seenDot) {
+            return std::nullopt; // too large for any currency value
+        } else if (digit != 0) {
+            d.sticky = true;
         }
     }
     if (!seenDigit)
         return std::nullopt;
-    for (int i = std::min(fracDigits, 4); i < 4; ++i)
-        frac *= 10;
-    return whole * Currency::Scale + frac + (roundUp ? 1 : 0);
+    return d;
+}
+
+// numerator / denominator (denominator > 0) rounded half to even, the
+// rounding of the host's conversion to currency. `sticky` marks a numerator
+// that is a little more than written.
+Wide divideHalfEven(Wide numerator, Wide denominator, bool sticky = false)
+{
+    const bool negative = numerator < 0;
+    if (negative)
+        numerator = -numerator;
+    Wide quotient = numerator / denominator;
+    const Wide twice = (numerator % denominator) * 2;
+    if (twice > denominator || (twice == denominator && (sticky || quotient % 2 != 0)))
+        ++quotient;
+    return negative ? -quotient : quotient;
+}
+
+// A decimal in ten-thousandths; nullopt when it does not fit the currency
+// range.
+std::optional<std::int64_t> toRaw(const Decimal &d)
+{
+    // Up to four decimals the value is exact: no division, no rounding.
+    const Wide scaled = d.scale <= 4 && !d.sticky
+        ? d.digits * powerOfTen(4 - d.scale)
+        : divideHalfEven(d.digits * Currency::Scale, powerOfTen(d.scale), d.sticky);
+    if (scaled > INT64_MAX || scaled < -INT64_MAX)
+        return std::nullopt;
+    return static_cast<std::int64_t>(scaled);
 }
 
 QString groupThousands(std::int64_t whole)
@@ -85,7 +129,10 @@ std::optional<Currency> Currency::parse(const QString &input)
     if (text.startsWith(u'$'))
         text = text.mid(1);
     text.remove(u',');
-    auto raw = parseUnsignedDecimal(text);
+    const auto decimal = parseDecimal(text);
+    if (!decimal)
+        return std::nullopt;
+    const auto raw = toRaw(*decimal);
     if (!raw)
         return std::nullopt;
     return fromRaw(negative ? -*raw : *raw);
@@ -103,8 +150,9 @@ std::optional<Currency> Currency::fromVariant(const QVariant &value)
         return fromWhole(value.toLongLong());
     case QMetaType::Double: {
         // REAL columns hold values rounded to 4 places; the shortest
-        // round-trip text of the double recovers them exactly.
-        return parse(QString::number(value.toDouble(), 'f', 6));
+        // round-trip text of the double recovers them exactly, and rounds
+        // any other value once, by the same rule as every conversion.
+        return parse(QString::number(value.toDouble(), 'f', QLocale::FloatingPointShortest));
     }
     default:
         return parse(value.toString());
@@ -113,27 +161,24 @@ std::optional<Currency> Currency::fromVariant(const QVariant &value)
 
 std::optional<Currency> Currency::percentOf(const QString &ratePercent) const
 {
-    auto rate = parse(ratePercent);
+    // The rate is taken exactly as written (not first rounded to 4 places),
+    // so the product is rounded once.
+    QString text = ratePercent.trimmed();
+    bool negative = false;
+    if (text.startsWith(u'-')) {
+        negative = true;
+        text = text.mid(1).trimmed();
+    } else if (text.startsWith(u'+')) {
+        text = text.mid(1).trimmed();
+    }
+    const auto rate = parseDecimal(text);
     if (!rate)
         return std::nullopt;
-    // this * rate / 100, where both carry 4 decimals: raw*rateRaw / (Scale*100)
-    Wide product = static_cast<Wide>(m_raw) * rate->raw();
-    const Wide divisor = static_cast<Wide>(Scale) * 100;
-    const bool neg = product < 0;
-    if (neg)
-        product = -product;
-    Wide q = (product + divisor / 2) / divisor;
-    return fromRaw(static_cast<std::int64_t>(neg ? -q : q));
-}
-
-Currency Currency::multipliedBy(Currency rate) const
-{
-    Wide product = static_cast<Wide>(m_raw) * rate.raw();
-    const bool neg = product < 0;
-    if (neg)
-        product = -product;
-    Wide q = (product + Scale / 2) / Scale;
-    return fromRaw(static_cast<std::int64_t>(neg ? -q : q));
+    const Wide product = static_cast<Wide>(m_raw) * rate->digits;
+    const Wide q = divideHalfEven(product, powerOfTen(rate->scale) * 100, rate->sticky);
+    if (q > INT64_MAX || q < -INT64_MAX)
+        return std::nullopt;
+    return fromRaw(static_cast<std::int64_t>(negative ? -q : q));
 }
 
 QString Currency::toPlainText() const

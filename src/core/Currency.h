@@ -8,6 +8,8 @@
 
 // Money as a 64-bit count of ten-thousandths, the host database's currency
 // type. All money arithmetic goes through this type; never through double.
+// Every conversion to currency rounds to 4 places half to even, as the
+// host's own conversion does: 75.01125 becomes 75.0112, 75.01135 75.0114.
 class Currency
 {
 public:
@@ -23,11 +25,11 @@ public:
     static constexpr Currency fromWhole(std::int64_t units) { return fromRaw(units * Scale); }
 
     // Parses "125.5", "-35", "$1,234.50", "(12.50)", " 7 ". Digits past the
-    // fourth decimal are rounded half away from zero. Returns nullopt for
-    // text that is not a number in full.
+    // fourth decimal are rounded half to even. Returns nullopt for text that
+    // is not a number in full.
     static std::optional<Currency> parse(const QString &text);
-    // A database value: integer, REAL (rounded to 4 places) or numeric text.
-    // Null and unreadable values give nullopt.
+    // A database value: integer, REAL (its shortest exact text, rounded to 4
+    // places) or numeric text. Null and unreadable values give nullopt.
     static std::optional<Currency> fromVariant(const QVariant &value);
 
     constexpr std::int64_t raw() const { return m_raw; }
@@ -43,11 +45,10 @@ public:
     constexpr auto operator<=>(const Currency &) const = default;
 
     // this x (rate / 100), for a percentage given as text such as "8" or
-    // "7.25"; the result is rounded half away from zero to 4 places, never to
-    // cents. nullopt when the rate is not a number.
+    // "7.25"; the exact product is rounded half to even to 4 places, never
+    // to cents: 7.5% of 1000.15 is 75.0112. nullopt when the rate is not a
+    // number.
     std::optional<Currency> percentOf(const QString &ratePercent) const;
-    // this x rate where rate is itself a Currency-scaled decimal.
-    Currency multipliedBy(Currency rate) const;
 
     // Plain text form: no thousands separator, no trailing zeros, "-" for
     // negatives: 125.5, -35, 0, 12.3456.

@@ -145,14 +145,53 @@ QString Mid(const QString &text, qsizetype start1, qsizetype n)
     return n < 0 ? text.mid(from) : text.mid(from, n);
 }
 
+QString withFourDigitYear(const QString &format)
+{
+    QString out;
+    bool quoted = false;
+    for (qsizetype i = 0; i < format.size(); ++i) {
+        const QChar c = format.at(i);
+        if (c == u'\'') {
+            quoted = !quoted;
+        } else if (!quoted && c == u'y') {
+            while (i + 1 < format.size() && format.at(i + 1) == u'y')
+                ++i;
+            out += u"yyyy"_qs;
+            continue;
+        }
+        out += c;
+    }
+    return out;
+}
+
+QString shortDateFormat()
+{
+    // Worked out again only when the system's format changes.
+    thread_local QString system;
+    thread_local QString fourDigits;
+    const QString format = QLocale::system().dateFormat(QLocale::ShortFormat);
+    if (format != system || fourDigits.isEmpty()) {
+        system = format;
+        fourDigits = withFourDigitYear(format);
+    }
+    return fourDigits;
+}
+
 QString shortDate(const QDate &date)
 {
     if (!date.isValid())
         return QStringLiteral("");
-    return QLocale::system().toString(date, QLocale::ShortFormat);
+    return QLocale::system().toString(date, shortDateFormat());
 }
 
 namespace {
+
+// A year read from two digits: 1930 to 2029, as the host reads them.
+QDate withCentury(const QDate &d)
+{
+    const int yy = d.year() % 100;
+    return QDate(yy < 30 ? 2000 + yy : 1900 + yy, d.month(), d.day());
+}
 
 QDate readDate(const QString &input)
 {
@@ -162,14 +201,15 @@ QDate readDate(const QString &input)
     QDate d = QDate::fromString(text, Qt::ISODate);
     if (d.isValid())
         return d;
-    d = QLocale::system().toDate(text, QLocale::ShortFormat);
-    if (d.isValid()) {
-        // Two-digit years of the short form read as 19xx; the host uses the
-        // 1930-2029 window.
-        if (d.year() < 1930)
-            d = d.addYears(100);
+    const QLocale locale = QLocale::system();
+    d = locale.toDate(text, shortDateFormat());
+    if (d.isValid() && d.year() >= 100)
         return d;
-    }
+    // The system's own short form, which may carry two-digit years.
+    const QString native = locale.dateFormat(QLocale::ShortFormat);
+    d = locale.toDate(text, native);
+    if (d.isValid())
+        return native.contains(u"yyyy"_qs) && d.year() >= 100 ? d : withCentury(d);
     const QStringList parts = text.split(u'/');
     if (parts.size() == 3) {
         bool okM = false, okD = false, okY = false;

@@ -42,10 +42,18 @@ bool IsNumeric(const QString &text);
 QString Left(const QString &text, qsizetype n);
 QString Mid(const QString &text, qsizetype start1, qsizetype n = -1);
 
-// The system's short date form (QLocale::system(), ShortFormat), as the
-// host application shows and stores dates. An invalid date gives "".
+// The system's short date form (QLocale::system(), ShortFormat) with the
+// year always in four digits, so that no reader can take 24 for 1924: en_US
+// gives "3/1/2024", the C locale "1 Mar 2024". Every screen, message and
+// file shows dates in this one form. An invalid date gives "".
 QString shortDate(const QDate &date);
-// Reads a date in the system's short form, M/D/YYYY, or ISO YYYY-MM-DD.
+// The Qt date format behind shortDate().
+QString shortDateFormat();
+// A Qt date format with every year field written in four digits ("M/d/yy"
+// gives "M/d/yyyy"); quoted text is left alone.
+QString withFourDigitYear(const QString &format);
+// Reads a date in that form, in the system's own short form (a two-digit
+// year is 1930 to 2029), M/D/YYYY, or ISO YYYY-MM-DD.
 QDate parseDate(const QString &text);
 
 } // namespace VbText

@@ -56,7 +56,7 @@ int PaidCheckPosting::PostCheck(const QList<PaymentRow> &rows, const ResponseMat
             work.remark = split.remark.isNull() ? QStringLiteral("") : VbText::text(split.remark);
             if (isLedgerCode(work.postTo))
                 PostTransaction(work, check);
-            m_db.markSplitPaid(split.splitId);
+            m_db.markSplitPaid(split);
         }
         ++posted;
     }

@@ -1,47 +1,47 @@
 #include "hostdb/CheckPosting.h"
 
 #include "core/VbText.h"
+#include "hostdb/EngineSql.h"
 
 namespace {
 
+// CkPostToID is not among the fields of the printed checks that the
+// program writes: the new row takes the host's default there.
 const QString kAddPrinted
     = u"INSERT INTO CheckDepPrinted (CkPayee, CkVendorID, CkAmount, CkDate, CkInvoice, CkRemark, "
-      "CkStatus, CkSplit, CkType, CkAccountID, CkPostToID, CkNumber, CkPostTo) "
-      "VALUES (:payee, :vendor, :amount, :date, :invoice, :remark, 'P', 'Y', 'C', NULL, NULL, NULL, '')"_qs;
+      "CkStatus, CkSplit, CkType, CkAccountID, CkNumber, CkPostTo) "
+      "VALUES (:payee, :vendor, :amount, :date, :invoice, :remark, 'P', 'Y', 'C', NULL, NULL, '')"_qs;
 const QString kMarkEntered = u"UPDATE CheckEntered SET CkType = 'X' WHERE CkID = :id"_qs;
-const QString kSplits
-    = u"SELECT SplitID, CkAmount, CkAccountID, CkPostToID, CkRemark, CkStatus, CkType, CkPostTo "
-      "FROM SplitChecks WHERE CkNumber = :ck ORDER BY SplitID"_qs;
 const QString kAddSplit
     = u"INSERT INTO SplitPrintedChecks (CkNumber, CkAmount, CkAccountID, CkPostToID, CkRemark, "
       "CkStatus, CkType, CkPostTo) VALUES (:ck, :amount, :account, :postToId, :remark, :status, "
       ":type, :postTo)"_qs;
-const QString kMarkSplit = u"UPDATE SplitChecks SET CkType = 'X' WHERE SplitID = :id"_qs;
 const QString kAddTransaction
     = u"INSERT INTO Transactions (TransAmount, TransDate, TransAccountID, TransPostToID, "
       "TransStatus, TransType, TransTax, TransRemark, TransCheckNumber, TransOID, TransPID, "
       "TransTID, TransUID) VALUES (:amount, :date, :account, :postToId, :status, 'C', 'N', "
-      ":remark, "
-      "NULL, :oid, :pid, :tid, :uid)"_qs;
+      ":remark, NULL, :oid, :pid, :tid, :uid)"_qs;
 
-// The first record with the key, as a seek on the table's index finds it.
-const QString kFindOwner
-    = u"SELECT rowid, OCurrBal FROM Owners WHERE OwnerID = :id ORDER BY rowid LIMIT 1"_qs;
-const QString kSetOwner = u"UPDATE Owners SET OCurrBal = :bal WHERE rowid = :row"_qs;
-const QString kFindProperty
-    = u"SELECT rowid, PCurrBal FROM Properties WHERE PropID = :id ORDER BY rowid LIMIT 1"_qs;
-const QString kSetProperty = u"UPDATE Properties SET PCurrBal = :bal WHERE rowid = :row"_qs;
-const QString kFindTenant
-    = u"SELECT rowid, TCurrBal FROM Tenants WHERE TenantID = :id ORDER BY rowid LIMIT 1"_qs;
-const QString kSetTenant = u"UPDATE Tenants SET TCurrBal = :bal WHERE rowid = :row"_qs;
-const QString kFindUnit
-    = u"SELECT rowid, UCurrBal FROM Units WHERE UTenantID = :id ORDER BY rowid LIMIT 1"_qs;
-const QString kSetUnit = u"UPDATE Units SET UCurrBal = :bal WHERE rowid = :row"_qs;
+// The fields of a split line, in the order Split holds them.
+const QStringList kSplitFields = { u"CkAmount"_qs, u"CkAccountID"_qs, u"CkPostToID"_qs,
+    u"CkRemark"_qs, u"CkStatus"_qs, u"CkType"_qs, u"CkPostTo"_qs };
+constexpr int kSplitType = 5;
+
+// A unit is also known by its address and number, which tell two units of
+// one tenant apart where the engine has no row handle.
+const QStringList kUnitFields = { u"UCurrBal"_qs, u"UAddress"_qs, u"UNumber"_qs };
 
 // The host's own check posting marks and compares "X" in capitals.
-const QString kDeleteSplits = u"DELETE FROM SplitChecks WHERE CkType = 'X' COLLATE BINARY"_qs;
-const QString kDeleteEntered
-    = u"DELETE FROM CheckEntered WHERE CkID = :id AND CkType = 'X' COLLATE BINARY"_qs;
+QString deleteSplitsSql(const EngineSql &sql)
+{
+    return u"DELETE FROM SplitChecks WHERE "_qs + sql.equalsExactly(u"CkType"_qs, 'X');
+}
+
+QString deleteEnteredSql(const EngineSql &sql)
+{
+    return u"DELETE FROM CheckEntered WHERE CkID = :id AND "_qs
+        + sql.equalsExactly(u"CkType"_qs, 'X');
+}
 
 // Text fields are copied as they are, Null included.
 QVariant nullable(const QString &text)
@@ -54,25 +54,27 @@ Currency money(const QVariant &v)
     return Currency::fromVariant(v).value_or(Currency());
 }
 
+const HostDb &checked(const HostDb &db)
+{
+    db.require(HostFeature::CheckPosting);
+    return db;
+}
+
 } // namespace
 
 CheckPosting::CheckPosting(const HostDb &db)
-    : m_addPrinted(db.prepare(kAddPrinted))
+    : m_host(checked(db))
+    , m_addPrinted(db.prepare(kAddPrinted))
     , m_markEntered(db.prepare(kMarkEntered))
-    , m_splits(db.prepare(kSplits))
     , m_addSplit(db.prepare(kAddSplit))
-    , m_markSplit(db.prepare(kMarkSplit))
     , m_addTransaction(db.prepare(kAddTransaction))
-    , m_findOwner(db.prepare(kFindOwner))
-    , m_setOwner(db.prepare(kSetOwner))
-    , m_findProperty(db.prepare(kFindProperty))
-    , m_setProperty(db.prepare(kSetProperty))
-    , m_findTenant(db.prepare(kFindTenant))
-    , m_setTenant(db.prepare(kSetTenant))
-    , m_findUnit(db.prepare(kFindUnit))
-    , m_setUnit(db.prepare(kSetUnit))
-    , m_deleteSplits(db.prepare(kDeleteSplits))
-    , m_deleteEntered(db.prepare(kDeleteEntered))
+    , m_splits(db, u"SplitChecks"_qs, u"CkNumber"_qs, kSplitFields)
+    , m_owners(db, u"Owners"_qs, u"OwnerID"_qs, { u"OCurrBal"_qs })
+    , m_properties(db, u"Properties"_qs, u"PropID"_qs, { u"PCurrBal"_qs })
+    , m_tenants(db, u"Tenants"_qs, u"TenantID"_qs, { u"TCurrBal"_qs })
+    , m_units(db, u"Units"_qs, u"UTenantID"_qs, kUnitFields)
+    , m_deleteSplits(db.prepare(deleteSplitsSql(db.sql())))
+    , m_deleteEntered(db.prepare(deleteEnteredSql(db.sql())))
 {
 }
 
@@ -85,7 +87,7 @@ qint64 CheckPosting::addPrintedCheck(const PaymentRow &check)
     m_addPrinted.bindValue(u":invoice"_qs, nullable(check.CkInvoice));
     m_addPrinted.bindValue(u":remark"_qs, nullable(check.CkRemark));
     HostDb::exec(m_addPrinted, "adding a printed check");
-    return m_addPrinted.lastInsertId().toLongLong();
+    return m_host.newCounter(m_addPrinted);
 }
 
 void CheckPosting::markEnteredPaid(qint64 ckId)
@@ -96,22 +98,25 @@ void CheckPosting::markEnteredPaid(qint64 ckId)
 
 QList<CheckPosting::Split> CheckPosting::splitsOf(qint64 ckId)
 {
-    m_splits.bindValue(u":ck"_qs, ckId);
-    HostDb::exec(m_splits, "reading the split lines of a check");
+    // The split lines have no index on their check number: they are read
+    // once, rather than the table scanned for every check.
+    if (!m_splitsRead) {
+        m_splits.readAll();
+        m_splitsRead = true;
+    }
     QList<Split> splits;
-    while (m_splits.next()) {
+    for (const KeyedRows::Row &row : m_splits.rows(ckId)) {
         Split s;
-        s.splitId = m_splits.value(0).toLongLong();
-        s.amount = m_splits.value(1);
-        s.accountId = m_splits.value(2);
-        s.postToId = m_splits.value(3);
-        s.remark = m_splits.value(4);
-        s.status = m_splits.value(5);
-        s.type = VbText::text(m_splits.value(6));
-        s.postTo = m_splits.value(7);
+        s.row = row;
+        s.amount = row.values[0];
+        s.accountId = row.values[1];
+        s.postToId = row.values[2];
+        s.remark = row.values[3];
+        s.status = row.values[4];
+        s.type = VbText::text(row.values[kSplitType]);
+        s.postTo = row.values[6];
         splits.append(s);
     }
-    m_splits.finish();
     return splits;
 }
 
@@ -128,43 +133,28 @@ void CheckPosting::addPrintedSplit(qint64 printedCkId, const Split &split)
     HostDb::exec(m_addSplit, "adding a printed split line");
 }
 
-void CheckPosting::markSplitPaid(qint64 splitId)
+void CheckPosting::markSplitPaid(const Split &split)
 {
-    m_markSplit.bindValue(u":id"_qs, splitId);
-    HostDb::exec(m_markSplit, "marking a split line paid");
-}
-
-bool CheckPosting::addTo(QSqlQuery &find, QSqlQuery &update, qint64 id, Currency amount)
-{
-    find.bindValue(u":id"_qs, id);
-    HostDb::exec(find, "finding a ledger record");
-    if (!find.next()) {
-        find.finish();
-        return false;
-    }
-    const qint64 row = find.value(0).toLongLong();
-    const Currency balance = money(find.value(1)) + amount;
-    find.finish();
-    update.bindValue(u":bal"_qs, balance.toDatabaseValue());
-    update.bindValue(u":row"_qs, row);
-    HostDb::exec(update, "changing a ledger balance");
-    return true;
+    // Without row handles, lines identical in every field are marked
+    // together; each is still copied and posted once, as the walk meets it,
+    // and all of them end marked, as they would one by one.
+    m_splits.set(split.row, kSplitType, u"X"_qs);
 }
 
 bool CheckPosting::addToBalance(const QString &code, qint64 id, Currency amount)
 {
     if (code == u"O"_qs)
-        return addTo(m_findOwner, m_setOwner, id, amount);
+        return m_owners.addToFirst(id, 0, amount);
     if (code == u"P"_qs)
-        return addTo(m_findProperty, m_setProperty, id, amount);
+        return m_properties.addToFirst(id, 0, amount);
     if (code == u"T"_qs)
-        return addTo(m_findTenant, m_setTenant, id, amount);
+        return m_tenants.addToFirst(id, 0, amount);
     if (code == u"U"_qs)
-        return addTo(m_findUnit, m_setUnit, id, amount);
+        return m_units.addToFirst(id, 0, amount);
     if (code == u"B"_qs) {
-        if (!addTo(m_findTenant, m_setTenant, id, amount))
+        if (!m_tenants.addToFirst(id, 0, amount))
             return false;
-        addTo(m_findUnit, m_setUnit, id, amount);
+        m_units.addToFirst(id, 0, amount);
         return true;
     }
     return false;

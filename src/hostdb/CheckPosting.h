@@ -3,6 +3,7 @@
 #include "core/Currency.h"
 #include "disburse/PaymentRow.h"
 #include "hostdb/HostDb.h"
+#include "hostdb/KeyedRows.h"
 
 #include <QList>
 #include <QSqlQuery>
@@ -12,16 +13,19 @@
 
 // The host writes that move a paid check from the entered checks to the
 // printed checks and post its split lines to the ledgers. Every statement is
-// prepared once and reused for each row; the caller holds the transaction.
+// prepared once and reused for each row; the caller holds the transaction,
+// and one object serves one transaction (the split lines are read once).
+// Creating one checks the host's fields for check posting (error 3265).
 class CheckPosting
 {
 public:
     explicit CheckPosting(const HostDb &db);
 
-    // A split line of an entered check.
+    // A split line of an entered check. Split lines have no key of their
+    // own in the host: a line is known by its row (see KeyedRows).
     struct Split
     {
-        qint64 splitId = 0;
+        KeyedRows::Row row;
         QVariant amount;
         QVariant accountId;
         QVariant postToId;
@@ -31,9 +35,9 @@ public:
         QVariant postTo;
     };
 
-    // Adds the printed check (status "P", split "Y", type "C", no account,
-    // post-to id or number, post-to "") copied from the entered check and
-    // returns its new CkID.
+    // Adds the printed check (status "P", split "Y", type "C", no account or
+    // number, post-to "") copied from the entered check and returns its new
+    // CkID.
     qint64 addPrintedCheck(const PaymentRow &check);
     // Sets CkType "X" on the entered check.
     void markEnteredPaid(qint64 ckId);
@@ -43,7 +47,7 @@ public:
     // amount.
     void addPrintedSplit(qint64 printedCkId, const Split &split);
     // Sets CkType "X" on the split line.
-    void markSplitPaid(qint64 splitId);
+    void markSplitPaid(const Split &split);
 
     // Adds amount to the balance of the first owner ("O"), property ("P"),
     // tenant ("T") or unit ("U") with the id. "B" changes the tenant and then
@@ -72,10 +76,10 @@ public:
     void deleteEnteredIfPaid(qint64 ckId);
 
 private:
-    bool addTo(QSqlQuery &find, QSqlQuery &update, qint64 id, Currency amount);
-
-    QSqlQuery m_addPrinted, m_markEntered, m_splits, m_addSplit, m_markSplit, m_addTransaction;
-    QSqlQuery m_findOwner, m_setOwner, m_findProperty, m_setProperty, m_findTenant, m_setTenant,
-        m_findUnit, m_setUnit;
+    const HostDb &m_host;
+    QSqlQuery m_addPrinted, m_markEntered, m_addSplit, m_addTransaction;
+    KeyedRows m_splits;
+    bool m_splitsRead = false;
+    KeyedRows m_owners, m_properties, m_tenants, m_units;
     QSqlQuery m_deleteSplits, m_deleteEntered;
 };

@@ -14,22 +14,24 @@
 // is "Y" when it equals the trimmed vendor name and the check's CkVendorID is
 // -1. Text compares without regard to case, as the host does. One row per
 // matching payee: a check matching both pairs of one owner is listed once.
+// Owner rows come first, then vendor rows, each in the order the checks were
+// entered, unless a sort is chosen.
 //
-// The names are joined through keys computed once per query and looked up by
-// index, never by pairing every check with every payee.
+// The three tables are read with plain statements that both engines accept,
+// and the names are matched here through a hash of the enrolled payees'
+// name keys: one look-up per check, never every check paired with every
+// payee, and no text functions that the engines spell differently.
 class DisburseList
 {
 public:
     // The sort choices of the payment screen, in their order.
     static QStringList sortItems();
-    // " ORDER BY ..." for "Payee", "Date" and "Amount"; "" for "Entry Order"
-    // (the order the database returns) and anything else.
-    static QString sortClause(const QString &sortItem);
-    // The whole list statement for a sort choice.
-    static QString listSql(const QString &sortItem);
 
+    // Checks the host's fields for the list (error 3265).
     static QList<PaymentRow> load(const HostDb &db, const QString &sortItem);
-    // Reads the remaining rows of an executed query over CheckEntered
-    // (with IDField and the two name columns last, when present).
+
+    // The columns of CheckEntered that a PaymentRow holds, as a SELECT list.
+    static QString checkColumns();
+    // Reads the remaining rows of an executed query over checkColumns().
     static QList<PaymentRow> readRows(QSqlQuery &query);
 };

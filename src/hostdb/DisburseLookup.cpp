@@ -6,12 +6,23 @@
 namespace {
 
 const QString kOwnerSql = u"SELECT OFirstName2, OLastName2 FROM Owners WHERE OwnerID = :id"_qs;
-const QString kCheckSql = u"SELECT * FROM CheckEntered WHERE CkID = :id"_qs;
+const QString kCheckSql
+    = u"SELECT "_qs + DisburseList::checkColumns() + u" FROM CheckEntered WHERE CkID = :id"_qs;
+
+// A distribution is written, and a finished one posted, only where the host
+// can take the posting of the answer: the fields are checked before
+// anything is sent.
+const HostDb &checked(const HostDb &db)
+{
+    db.require(HostFeature::PaymentList);
+    db.require(HostFeature::CheckPosting);
+    return db;
+}
 
 } // namespace
 
 DisburseLookup::DisburseLookup(const HostDb &db)
-    : m_owner(db.prepare(kOwnerSql))
+    : m_owner(checked(db).prepare(kOwnerSql))
     , m_check(db.prepare(kCheckSql))
 {
 }

@@ -8,7 +8,9 @@
 #include <optional>
 
 // Keyed look-ups made while a distribution is written or finished. The
-// statements are prepared once and reused for every row.
+// statements are prepared once and reused for every row. Creating one checks
+// the host's fields for the payment list and for check posting (error
+// 3265), so that nothing is sent that could not be posted.
 class DisburseLookup
 {
 public:

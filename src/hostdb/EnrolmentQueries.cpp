@@ -1,5 +1,6 @@
 #include "hostdb/EnrolmentQueries.h"
 
+#include "hostdb/EngineSql.h"
 #include "hostdb/HostDb.h"
 #include "hostdb/PortfolioQueries.h"
 
@@ -17,7 +18,8 @@ struct RosterSql
     const char *idField; // field the flag is written by
     const char *qualifiedId; // the same, with its table
     bool portfolio; // listed through the portfolio join, else from the table
-    const char *rowKey; // row key on SQLite; on Access the id is the key
+    const char *rowTable; // table whose row a listed row is (its handle is the key)
+    HostFeature feature; // what the screen needs of the host
     const char *columns; // listed columns
     QList<const char *> searchFields; // fields the search text is looked for in
     QList<QPair<const char *, const char *>> sorts; // sort text, ORDER BY
@@ -31,7 +33,8 @@ const RosterSql &sqlFor(Roster roster)
         "TenantID",
         "Tenants.TenantID",
         true,
-        "Units.rowid",
+        "Units",
+        HostFeature::TenantEnrolment,
         "Owners.OwnerID, Properties.PropID, Tenants.TenantID, Owners.OLastName1,"
         " Owners.OFirstName1, Properties.PropName, Units.UAddress, Tenants.TLastName1,"
         " Tenants.TFirstName1, Units.UNumber, Tenants.TACH",
@@ -52,7 +55,8 @@ const RosterSql &sqlFor(Roster roster)
         "OwnerID",
         "Owners.OwnerID",
         false,
-        "Owners.rowid",
+        "Owners",
+        HostFeature::OwnerEnrolment,
         "OwnerID, OLastName1, OFirstName1, OCity, OPhone1, OACH",
         { "OFirstName1", "OLastName1", "OFirstName2", "OLastName2" },
         {
@@ -66,7 +70,8 @@ const RosterSql &sqlFor(Roster roster)
         "VenID",
         "Vendors.VenID",
         false,
-        "Vendors.rowid",
+        "Vendors",
+        HostFeature::VendorEnrolment,
         "VenID, VenName, VenContact, VenCity, VenPhone1, VACH",
         { "VenName", "VenContact" },
         {
@@ -90,9 +95,18 @@ QString latin(const char *text)
     return QString::fromLatin1(text);
 }
 
+// The unit's or the table's row handle, or, where the engine has none, the
+// tenant's, owner's or vendor's id.
 QString rowKey(const HostDb &db, const RosterSql &sql)
 {
-    return latin(db.isAccess() ? sql.qualifiedId : sql.rowKey);
+    return db.sql().rowKey(latin(sql.rowTable), latin(sql.qualifiedId));
+}
+
+const RosterSql &checkedSql(const HostDb &db, Roster roster)
+{
+    const RosterSql &sql = sqlFor(roster);
+    db.require(sql.feature);
+    return sql;
 }
 
 QString fromClause(const HostDb &db, const RosterSql &sql)
@@ -100,15 +114,13 @@ QString fromClause(const HostDb &db, const RosterSql &sql)
     return sql.portfolio ? PortfolioQueries::portfolioJoin(db) : u" FROM "_qs + latin(sql.table);
 }
 
-// For rows picked by their unit's rowid the join is best entered from the
-// units, so it is written without the table-order steering of the list.
+// Rows picked by their unit's key are best found entering the join from
+// the units.
 QString keyedFromClause(const HostDb &db, const RosterSql &sql)
 {
-    if (!sql.portfolio || db.isAccess())
+    if (!sql.portfolio)
         return fromClause(db, sql);
-    return u" FROM Units INNER JOIN Tenants ON Tenants.TenantID = Units.UTenantID"
-           " INNER JOIN Properties ON Properties.PropID = Tenants.TPropID"
-           " INNER JOIN Owners ON Owners.OwnerID = Properties.POwnerID"_qs;
+    return db.sql().portfolioJoinFromUnits();
 }
 
 QChar keyLetter(Roster roster)
@@ -125,19 +137,17 @@ QChar keyLetter(Roster roster)
 }
 
 // The WHERE clause of a listing (empty when nothing is filtered). The flag's
-// first character, blanks removed, is compared without regard to case.
+// first character, blanks removed, is compared without regard to case: it
+// is "Y" exactly when the flag begins with "Y" (LIKE ignores case in both
+// engines).
 QString whereClause(const HostDb &db, const RosterSql &sql, const Listing &listing)
 {
     QStringList conditions;
     const QString flag = latin(sql.table) + u'.' + latin(sql.flag);
-    if (listing.enrolledOnly) {
-        conditions << (db.isAccess()
-                ? u"Trim(Left("_qs + flag + u", 1)) = 'Y'"_qs
-                : u"trim(substr("_qs + flag + u", 1, 1)) = 'Y' COLLATE NOCASE"_qs);
-    }
+    if (listing.enrolledOnly)
+        conditions << flag + u" LIKE 'Y%'"_qs;
     if (!listing.search.trimmed().isEmpty()) {
-        const QString like
-            = db.isAccess() ? u" LIKE :pattern"_qs : u" LIKE :pattern ESCAPE '\\'"_qs;
+        const QString like = db.sql().likeClause();
         QStringList any;
         for (const char *field : sql.searchFields)
             any << latin(field) + like;
@@ -153,16 +163,7 @@ void bindSearch(const HostDb &db, QSqlQuery &query, Roster roster, const Listing
     if (text.isEmpty())
         return;
     // The text is looked for as it stands: its own wildcards are escaped.
-    QString escaped;
-    for (QChar c : text) {
-        if (db.isAccess() && (c == u'[' || c == u'%' || c == u'_' || c == u'*' || c == u'?'))
-            escaped += u'[' + QString(c) + u']';
-        else if (!db.isAccess() && (c == u'\\' || c == u'%' || c == u'_'))
-            escaped += u'\\' + QString(c);
-        else
-            escaped += c;
-    }
-    query.bindValue(u":pattern"_qs, QString(u'%' + escaped + u'%'));
+    query.bindValue(u":pattern"_qs, db.sql().containsPattern(text));
     // "T12" or "12" finds tenant 12; anything else matches no id.
     static const QRegularExpression key(u"^([A-Za-z])?\\s*(\\d{1,9})$"_qs);
     const QRegularExpressionMatch m = key.match(text);
@@ -209,7 +210,7 @@ int idColumn(Roster roster)
 
 QList<qint64> listedKeys(HostDb &db, Roster roster, const Listing &listing)
 {
-    const RosterSql &sql = sqlFor(roster);
+    const RosterSql &sql = checkedSql(db, roster);
     QSqlQuery query = db.prepare(u"SELECT "_qs + rowKey(db, sql) + fromClause(db, sql)
         + whereClause(db, sql, listing) + orderClause(db, sql, listing.sortText));
     bindSearch(db, query, roster, listing);
@@ -225,7 +226,7 @@ QHash<qint64, QList<QVariant>> rowsFor(HostDb &db, Roster roster, const QList<qi
     QHash<qint64, QList<QVariant>> rows;
     if (keys.isEmpty())
         return rows;
-    const RosterSql &sql = sqlFor(roster);
+    const RosterSql &sql = checkedSql(db, roster);
     QString marks;
     for (qsizetype i = 0; i < keys.size(); ++i)
         marks += i ? u",?"_qs : u"?"_qs;
@@ -248,7 +249,7 @@ QHash<qint64, QList<QVariant>> rowsFor(HostDb &db, Roster roster, const QList<qi
 
 void setFlag(HostDb &db, Roster roster, const QVariant &id, const QString &flag)
 {
-    const RosterSql &sql = sqlFor(roster);
+    const RosterSql &sql = checkedSql(db, roster);
     HostDb::Transaction tx(db);
     QSqlQuery query = db.prepare(u"UPDATE "_qs + latin(sql.table) + u" SET "_qs + latin(sql.flag)
         + u" = :flag WHERE "_qs + latin(sql.idField) + u" = :id"_qs);
@@ -260,7 +261,7 @@ void setFlag(HostDb &db, Roster roster, const QVariant &id, const QString &flag)
 
 int setFlagForListed(HostDb &db, Roster roster, const Listing &listing, const QString &flag)
 {
-    const RosterSql &sql = sqlFor(roster);
+    const RosterSql &sql = checkedSql(db, roster);
     HostDb::Transaction tx(db);
     QSqlQuery query = db.prepare(u"UPDATE "_qs + latin(sql.table) + u" SET "_qs + latin(sql.flag)
         + u" = :flag WHERE "_qs + latin(sql.idField) + u" IN (SELECT "_qs + latin(sql.qualifiedId)

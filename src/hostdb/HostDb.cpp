@@ -1,12 +1,16 @@
 #include "hostdb/HostDb.h"
 
 #include "core/RuntimeError.h"
+#include "hostdb/EngineSql.h"
 
 #include <QAtomicInt>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlRecord>
+
+#include <initializer_list>
 
 namespace {
 
@@ -27,33 +31,91 @@ RuntimeError failure(const QSqlError &error, const char *operation)
     return RuntimeError::database(QString::fromLatin1(operation), error.text());
 }
 
-// Tables and fields that the program reads or writes.
-struct RequiredTable
+// The tables and fields each feature reads or writes.
+struct Need
 {
     const char *table;
     const char *fields;
 };
 
-constexpr RequiredTable kRequired[] = {
-    {"Company", "CName1 CEmail1 CPhone1 CPhone2"},
-    {"Owners", "OwnerID OFirstName1 OLastName1 OFirstName2 OLastName2 OAddress1 OAddress2 OCity "
-               "OState OZip OPhone1 OPhone2 OEmail1 OACH OPercent2 OMgmtFee OCurrBal"},
-    {"Properties", "PropID POwnerID PropName PropAddress1 PropAddress2 PropCity PropState PropZip "
-                   "PCurrBal"},
-    {"Units", "UTenantID UAddress UNumber UCurrBal"},
-    {"Tenants", "TenantID TPropID TFirstName1 TLastName1 TAddress TCity TState TZip TEmail1 "
-                "TEmail2 TACH TCurrBal TStartDate"},
-    {"Vendors", "VenID VenName VenAddress1 VenAddress2 VenCity VenState VenZip VenContact "
-                "VenPhone1 VenPhone2 VenEmail1 VACH"},
-    {"Transactions", "TransAccountID TransPostToID TransAmount TransDate TransCheckNumber "
-                     "TransRemark TransType TransStatus TransTax TransOID TransPID TransUID TransTID"},
-    {"CheckEntered", "CkID CkPayee CkDate CkAmount CkInvoice CkRemark CkVendorID CkStatus CkSplit "
-                     "CkAccountID CkPostToID CkPostTo CkNumber CkType"},
-    {"CheckDepPrinted", "CkID CkPayee CkAccountID CkAmount CkDate CkInvoice CkRemark CkStatus "
-                        "CkVendorID CkPostTo CkPostToText CkNumber CkType CkSplit"},
-    {"SplitChecks", "CkNumber CkType CkAmount CkAccountID CkPostToID CkRemark CkStatus CkPostTo"},
-    {"SplitPrintedChecks", "CkNumber CkCheckNumber CkAmount CkAccountID CkPostToID CkRemark "
-                           "CkStatus CkType CkPostTo"},
+struct FeatureNeeds
+{
+    HostFeature feature;
+    std::initializer_list<Need> needs;
+};
+
+const FeatureNeeds kNeeds[] = {
+    { HostFeature::SetupFile,
+        { { "Company", "CName1 CEmail1 CPhone1 CPhone2" },
+            { "Owners", "OwnerID OFirstName1 OLastName1" },
+            { "Properties",
+                "PropID POwnerID PropName PropAddress1 PropAddress2 PropCity PropState PropZip" },
+            { "Tenants", "TenantID TPropID" }, { "Units", "UTenantID UAddress" } } },
+    { HostFeature::TenantUpload,
+        { { "Owners", "OwnerID" }, { "Properties", "PropID POwnerID PropCity PropState PropZip" },
+            { "Tenants", "TenantID TPropID TCurrBal TStartDate TFirstName1 TLastName1 TACH" },
+            { "Units", "UTenantID UAddress" } } },
+    { HostFeature::OwnerFile,
+        { { "Owners",
+            "OwnerID OFirstName1 OLastName1 OAddress1 OAddress2 OCity OState OZip OPhone1 "
+            "OPhone2 OEmail1 OACH OPercent2 OFirstName2 OLastName2" } } },
+    { HostFeature::VendorFile,
+        { { "Vendors",
+            "VenID VenName VenAddress1 VenAddress2 VenCity VenState VenZip VenContact VenPhone1 "
+            "VenPhone2 VenEmail1 VACH" } } },
+    { HostFeature::TenantExport,
+        { { "Owners", "OwnerID" }, { "Properties", "PropID POwnerID PropName" },
+            { "Tenants",
+                "TenantID TPropID TFirstName1 TLastName1 TAddress TCity TState TZip TEmail1 "
+                "TEmail2 TACH" },
+            { "Units", "UTenantID UAddress" } } },
+    { HostFeature::TenantEnrolment,
+        { { "Owners", "OwnerID OFirstName1 OLastName1" },
+            { "Properties", "PropID POwnerID PropName" },
+            { "Tenants", "TenantID TPropID TFirstName1 TLastName1 TACH" },
+            { "Units", "UTenantID UAddress UNumber" } } },
+    { HostFeature::OwnerEnrolment,
+        { { "Owners",
+            "OwnerID OFirstName1 OLastName1 OFirstName2 OLastName2 OCity OPhone1 OACH" } } },
+    { HostFeature::VendorEnrolment,
+        { { "Vendors", "VenID VenName VenContact VenCity VenPhone1 VACH" } } },
+    { HostFeature::RentReview,
+        { { "Properties", "PropID POwnerID" }, { "Tenants", "TenantID TFirstName1 TLastName1" },
+            { "Units", "UTenantID UAddress" },
+            { "Transactions", "TransTID TransType TransAmount TransDate TransCheckNumber" } } },
+    { HostFeature::RentPosting,
+        { { "Transactions",
+              "TransAccountID TransPostToID TransAmount TransDate TransCheckNumber TransRemark "
+              "TransType TransStatus TransTax TransOID TransPID TransUID TransTID" },
+            { "Units", "UTenantID UCurrBal UAddress UNumber" }, { "Tenants", "TenantID TCurrBal" },
+            { "Owners", "OwnerID OMgmtFee" } } },
+    { HostFeature::Deposit,
+        { { "CheckDepPrinted",
+              "CkID CkPayee CkAccountID CkAmount CkDate CkInvoice CkRemark CkStatus CkVendorID "
+              "CkPostTo CkNumber CkType CkSplit CkPostToText" },
+            { "SplitPrintedChecks",
+                "CkNumber CkCheckNumber CkAmount CkAccountID CkPostToID CkRemark CkStatus CkType "
+                "CkPostTo" } } },
+    { HostFeature::PaymentList,
+        { { "CheckEntered",
+              "CkID CkPayee CkDate CkAmount CkRemark CkInvoice CkType CkVendorID CkNumber" },
+            { "Owners", "OwnerID OFirstName1 OLastName1 OFirstName2 OLastName2 OACH" },
+            { "Vendors", "VenID VenName VenContact VACH" } } },
+    { HostFeature::CheckPosting,
+        { { "CheckDepPrinted",
+              "CkID CkPayee CkVendorID CkAmount CkDate CkInvoice CkRemark CkStatus CkSplit "
+              "CkType CkAccountID CkNumber CkPostTo" },
+            { "CheckEntered", "CkID CkType" },
+            { "SplitChecks",
+                "CkNumber CkAmount CkAccountID CkPostToID CkRemark CkStatus CkType CkPostTo" },
+            { "SplitPrintedChecks",
+                "CkNumber CkAmount CkAccountID CkPostToID CkRemark CkStatus CkType CkPostTo" },
+            { "Transactions",
+                "TransAmount TransDate TransAccountID TransPostToID TransStatus TransType "
+                "TransTax TransRemark TransCheckNumber TransOID TransPID TransTID TransUID" },
+            { "Owners", "OwnerID OCurrBal" }, { "Properties", "PropID POwnerID PCurrBal" },
+            { "Tenants", "TenantID TPropID TCurrBal" },
+            { "Units", "UTenantID UCurrBal UAddress UNumber" } } },
 };
 
 } // namespace
@@ -88,11 +150,15 @@ std::unique_ptr<HostDb> HostDb::openFolder(const QString &folder)
                        + QFileInfo(access).absoluteFilePath() + u';');
     std::unique_ptr<HostDb> host(new HostDb(name, access, true));
     if (!db.open()) {
+        // Either the driver is missing or the file is not an Access
+        // database; the driver's own words tell which.
         throw RuntimeError(3024,
-                           u"The Dwellix Access database could not be opened: the Microsoft Access "
-                           "ODBC driver is not installed on this computer. Convert the database "
-                           "to dxdatafl.db or install the driver. ("_qs
-                               + db.lastError().text() + u')');
+            u"The Dwellix data file "_qs
+                + QDir::toNativeSeparators(QFileInfo(access).absoluteFilePath())
+                + u" could not be opened: the Microsoft Access ODBC driver is not installed on "
+                  "this computer, or the file is not an Access database. Install the driver or "
+                  "convert the database to dxdatafl.db. ("_qs
+                + db.lastError().text() + u')');
     }
     return host;
 }
@@ -135,19 +201,81 @@ void HostDb::createSchema()
     tx.commit();
 }
 
-void HostDb::verifySchema() const
+const EngineSql &HostDb::sql() const
 {
+    return m_access ? EngineSql::access() : EngineSql::sqlite();
+}
+
+void HostDb::checkHoldsTables() const
+{
+    const QString file = QDir::toNativeSeparators(QFileInfo(m_path).absoluteFilePath());
     QSqlDatabase db = database();
-    for (const RequiredTable &t : kRequired) {
-        const QString table = QString::fromLatin1(t.table);
-        const QSqlRecord record = db.record(table);
-        if (record.isEmpty())
-            throw RuntimeError::itemNotFound(table);
-        for (const QString &field : QString::fromLatin1(t.fields).split(u' ')) {
-            if (record.indexOf(field) < 0)
-                throw RuntimeError::itemNotFound(table + u'.' + field);
+    const QString statement = sql().probe();
+    if (!statement.isEmpty()) {
+        QSqlQuery probe(db);
+        if (!probe.exec(statement) || !probe.next()) {
+            if (isBusy(probe.lastError()))
+                throw RuntimeError::databaseBusy();
+            throw RuntimeError(3343,
+                u"The Dwellix data file "_qs + file + u" is not a database ("_qs
+                    + probe.lastError().databaseText() + u"). Remitra cannot work with it."_qs);
         }
     }
+    if (db.tables(QSql::Tables).isEmpty()) {
+        throw RuntimeError(3343,
+            u"The Dwellix data file "_qs + file
+                + u" is empty: it holds no tables. Remitra cannot work with it."_qs);
+    }
+}
+
+void HostDb::require(HostFeature feature) const
+{
+    const quint32 bit = 1u << static_cast<int>(feature);
+    if (m_complete & bit)
+        return;
+    const QSqlDatabase db = database();
+    for (const FeatureNeeds &f : kNeeds) {
+        if (f.feature != feature)
+            continue;
+        for (const Need &need : f.needs) {
+            // The columns of a statement that reads no row: a table that is
+            // not there fails it, and so does a database held locked, which
+            // is told apart (busy, not missing).
+            const QString table = QString::fromLatin1(need.table);
+            QSqlQuery probe(db);
+            if (!probe.exec(u"SELECT * FROM "_qs + table + u" WHERE 1 = 0"_qs)) {
+                if (isBusy(probe.lastError()))
+                    throw RuntimeError::databaseBusy();
+                throw RuntimeError::itemNotFound(table);
+            }
+            const QSqlRecord record = probe.record();
+            for (const QString &field : QString::fromLatin1(need.fields).split(u' ')) {
+                if (record.indexOf(field) < 0)
+                    throw RuntimeError::itemNotFound(table + u'.' + field);
+            }
+        }
+    }
+    m_complete |= bit;
+}
+
+void HostDb::verifySchema() const
+{
+    for (const FeatureNeeds &f : kNeeds)
+        require(f.feature);
+}
+
+qint64 HostDb::newCounter(QSqlQuery &insert) const
+{
+    const QVariant reported = insert.lastInsertId();
+    if (reported.isValid())
+        return reported.toLongLong();
+    const QString statement = sql().lastCounter();
+    if (statement.isEmpty())
+        throw RuntimeError::database(u"reading the new record's number"_qs, QString());
+    QSqlQuery counter(database());
+    if (!counter.exec(statement) || !counter.next())
+        throw failure(counter.lastError(), "reading the new record's number");
+    return counter.value(0).toLongLong();
 }
 
 QSqlQuery HostDb::prepare(const QString &sql) const
@@ -172,14 +300,23 @@ void HostDb::execText(const QString &sql, const char *operation) const
         throw failure(query.lastError(), operation);
 }
 
+namespace {
+
+// Begins a write transaction: the engine's statement, or the driver's call.
+void beginWrite(HostDb &db)
+{
+    const QString begin = db.sql().beginWrite();
+    if (!begin.isEmpty())
+        db.execText(begin, "starting a transaction");
+    else if (!db.database().transaction())
+        throw failure(db.database().lastError(), "starting a transaction");
+}
+
+} // namespace
+
 HostDb::Transaction::Transaction(HostDb &db) : m_db(db)
 {
-    if (m_db.isAccess()) {
-        if (!m_db.database().transaction())
-            throw failure(m_db.database().lastError(), "starting a transaction");
-    } else {
-        m_db.execText(u"BEGIN IMMEDIATE"_qs, "starting a transaction");
-    }
+    beginWrite(m_db);
     m_open = true;
 }
 
@@ -187,11 +324,12 @@ HostDb::Transaction::~Transaction()
 {
     if (!m_open)
         return;
-    if (m_db.isAccess()) {
+    const QString rollback = m_db.sql().rollback();
+    if (rollback.isEmpty()) {
         m_db.database().rollback();
     } else {
         QSqlQuery query(m_db.database());
-        query.exec(u"ROLLBACK"_qs);
+        query.exec(rollback);
     }
 }
 
@@ -199,23 +337,17 @@ void HostDb::Transaction::commit()
 {
     if (!m_open)
         return;
-    if (m_db.isAccess()) {
-        if (!m_db.database().commit())
-            throw failure(m_db.database().lastError(), "committing");
-    } else {
-        m_db.execText(u"COMMIT"_qs, "committing");
-    }
+    const QString commit = m_db.sql().commit();
+    if (!commit.isEmpty())
+        m_db.execText(commit, "committing");
+    else if (!m_db.database().commit())
+        throw failure(m_db.database().lastError(), "committing");
     m_open = false;
 }
 
 void HostDb::Transaction::commitAndContinue()
 {
     commit();
-    if (m_db.isAccess()) {
-        if (!m_db.database().transaction())
-            throw failure(m_db.database().lastError(), "starting a transaction");
-    } else {
-        m_db.execText(u"BEGIN IMMEDIATE"_qs, "starting a transaction");
-    }
+    beginWrite(m_db);
     m_open = true;
 }

@@ -6,6 +6,27 @@
 
 #include <memory>
 
+class EngineSql;
+
+// The parts of the program, each with the host tables and fields it needs.
+// A part checks its own list where it starts, so a field that the host
+// lacks stops that part only, before it writes or sends anything.
+enum class HostFeature {
+    SetupFile,
+    TenantUpload,
+    OwnerFile,
+    VendorFile,
+    TenantExport,
+    TenantEnrolment,
+    OwnerEnrolment,
+    VendorEnrolment,
+    RentReview,
+    RentPosting,
+    Deposit,
+    PaymentList,
+    CheckPosting,
+};
+
 // The one open host database of a run, shared by every screen and job.
 // SQLite "dxdatafl.db" in the program's folder; where only the host's Access
 // file "dxdatafl.mdb" is there, it is opened through the ODBC Access driver.
@@ -30,13 +51,25 @@ public:
     QSqlDatabase database() const;
     const QString &path() const { return m_path; }
     bool isAccess() const { return m_access; }
+    // The statements that differ between the engines, for this one.
+    const EngineSql &sql() const;
 
-    // Creates every host table and index the program uses (demo site and
-    // test fixtures; the real host database already has them).
+    // Creates the host tables and indexes the program uses, with exactly
+    // the fields it uses (demo site and test fixtures; the real host
+    // database already has them).
     void createSchema();
+    // Start-up: throws RuntimeError 3343 (unrecognized database format),
+    // naming the file, when it is not a database or holds no tables at all.
+    void checkHoldsTables() const;
     // Throws RuntimeError::itemNotFound (3265) naming the first table or
-    // field that the program uses and the database lacks.
+    // field that the feature needs and the database lacks. A feature found
+    // complete is not looked at again.
+    void require(HostFeature feature) const;
+    // The same for every feature.
     void verifySchema() const;
+
+    // The counter (CkID) that the insert just run gave its row.
+    qint64 newCounter(QSqlQuery &insert) const;
 
     // A prepared statement (forward-only); throws on a syntax error.
     QSqlQuery prepare(const QString &sql) const;
@@ -73,4 +106,5 @@ private:
     QString m_connection;
     QString m_path;
     bool m_access;
+    mutable quint32 m_complete = 0; // features found complete, one bit each
 };

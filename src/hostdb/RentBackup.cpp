@@ -1,6 +1,7 @@
 #include "hostdb/RentBackup.h"
 
 #include "core/RuntimeError.h"
+#include "hostdb/EngineSql.h"
 #include "hostdb/HostDb.h"
 
 #include <QDateTime>
@@ -12,9 +13,6 @@ namespace RentBackup {
 
 namespace {
 
-// The embedded engine writes a transactionally consistent copy of the open
-// database, even while another connection reads it.
-const QString kVacuumIntoSql = u"VACUUM INTO :path"_qs;
 const QString kPrefix = u"dxdatafl-"_qs;
 
 void prune(QDir &folder, const QString &suffix)
@@ -34,20 +32,21 @@ void prune(QDir &folder, const QString &suffix)
 // the engine then.
 bool copyUnderReadLock(const HostDb &db, const QString &target)
 {
+    const EngineSql &sql = db.sql();
     QSqlQuery mode(db.database());
-    if (!mode.exec(u"PRAGMA journal_mode"_qs) || !mode.next()
+    if (!mode.exec(sql.journalMode()) || !mode.next()
         || mode.value(0).toString().compare(u"wal"_qs, Qt::CaseInsensitive) == 0)
         return false;
     mode.finish();
     QSqlQuery lock(db.database());
-    if (!lock.exec(u"BEGIN DEFERRED"_qs))
+    if (!lock.exec(sql.beginRead()))
         return false;
     // The first read takes the shared lock (and rolls back a journal left
     // behind by a writer that crashed).
-    const bool locked = lock.exec(u"SELECT count(*) FROM sqlite_master"_qs) && lock.next();
+    const bool locked = lock.exec(sql.probe()) && lock.next();
     lock.finish();
     const bool copied = locked && QFile::copy(db.path(), target);
-    lock.exec(u"COMMIT"_qs);
+    lock.exec(sql.commit());
     if (locked && !copied)
         throw RuntimeError::permissionDenied();
     return locked;
@@ -67,13 +66,13 @@ QString write(const HostDb &db, const QString &programFolder)
     for (int n = 2; QFileInfo::exists(target); ++n)
         target = folder.filePath(kPrefix + stamp + u'-' + QString::number(n) + suffix);
 
-    if (db.isAccess()) {
-        // The Access engine has no online copy; the program is the file's
-        // only writer while it runs.
+    if (db.sql().copyInto().isEmpty()) {
+        // An engine without an online copy: the program is the file's only
+        // writer while it runs.
         if (!QFile::copy(db.path(), target))
             throw RuntimeError::permissionDenied();
     } else if (!copyUnderReadLock(db, target)) {
-        QSqlQuery vacuum = db.prepare(kVacuumIntoSql);
+        QSqlQuery vacuum = db.prepare(db.sql().copyInto());
         vacuum.bindValue(u":path"_qs, target);
         HostDb::exec(vacuum, "writing a backup copy of the host database");
     }

@@ -2,6 +2,7 @@
 
 #include "core/Currency.h"
 #include "hostdb/HostDb.h"
+#include "hostdb/KeyedRows.h"
 
 #include <QString>
 #include <QVariant>
@@ -11,7 +12,8 @@
 // The writes of the rent posting: ledger lines, unit and tenant balances, the
 // owner's management fee setting, and the deposit with its split lines.
 // Statements are prepared once per object; the caller brackets the writes in
-// a HostDb::Transaction.
+// a HostDb::Transaction. Creating one checks the host's fields for the
+// posting, and the first deposit write those for the deposit (error 3265).
 class RentLedger
 {
 public:
@@ -32,8 +34,8 @@ public:
     };
     void addTransaction(const Line &line);
 
-    // Adds delta to UCurrBal of the tenant's (first) unit; false when the
-    // tenant has no unit.
+    // Adds delta to UCurrBal of the tenant's first unit (only that one);
+    // false when the tenant has no unit.
     bool addToUnitBalance(const QVariant &tenantId, Currency delta);
     // Adds delta to TCurrBal of the tenant; false when there is no such tenant.
     bool addToTenantBalance(const QVariant &tenantId, Currency delta);
@@ -66,17 +68,15 @@ public:
     bool setDepositAmount(qint64 depositId, Currency total);
 
 private:
-    std::optional<std::pair<qint64, Currency>> balanceRow(
-        QSqlQuery &select, const QVariant &id, const char *operation);
+    void prepareDeposit();
 
+    const HostDb &m_db;
     QSqlQuery m_insertTransaction;
-    QSqlQuery m_unitBalance;
-    QSqlQuery m_setUnitBalance;
-    QSqlQuery m_tenantBalance;
-    QSqlQuery m_setTenantBalance;
+    KeyedRows m_units;
+    KeyedRows m_tenants;
     QSqlQuery m_ownerFee;
+    bool m_depositReady = false;
     QSqlQuery m_insertDeposit;
     QSqlQuery m_insertSplit;
     QSqlQuery m_setDepositAmount;
-    QSqlQuery m_lastDeposit;
 };

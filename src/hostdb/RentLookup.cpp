@@ -1,26 +1,52 @@
 #include "hostdb/RentLookup.h"
 
+#include "hostdb/EngineSql.h"
+
+#include <QDate>
+
+#include <cmath>
+
 namespace {
 const QString kPropertySql = u"SELECT POwnerID FROM Properties WHERE PropID = :id"_qs;
 const QString kUnitSql = u"SELECT UAddress FROM Units WHERE UTenantID = :id"_qs;
 const QString kTenantSql = u"SELECT TFirstName1, TLastName1 FROM Tenants WHERE TenantID = :id"_qs;
-// Income lines of one tenant (TransTenantIndex), narrowed to the payment.
-// "IS" matches a Null check number with Null.
-const QString kPostedSql = u"SELECT TransDate FROM Transactions"
-                           " WHERE TransTID = :tid AND TransType = 'I' AND TransAmount = :amount"
-                           " AND TransDate = :date AND TransCheckNumber IS :check"_qs;
+// The income lines of one day.
+const QString kIncomeSql = u"SELECT TransTID, TransAmount, TransCheckNumber FROM Transactions"
+                           " WHERE TransType = 'I' AND TransDate = :date"_qs;
+
+const HostDb &checked(const HostDb &db)
+{
+    db.require(HostFeature::RentReview);
+    return db;
+}
+
+// A whole-number id, or nullopt.
+std::optional<qint64> wholeId(const QVariant &id)
+{
+    bool ok = false;
+    const double value = id.toDouble(&ok);
+    if (!ok || !std::isfinite(value) || std::trunc(value) != value || std::fabs(value) > 9.0e15)
+        return std::nullopt;
+    return static_cast<qint64>(value);
+}
+
+bool sameCheckNumber(const QVariant &a, const QVariant &b)
+{
+    if (a.isNull() || b.isNull())
+        return a.isNull() && b.isNull();
+    return a.toDouble() == b.toDouble();
+}
 } // namespace
 
 RentLookup::ReadScope::ReadScope(const HostDb &db)
     : m_db(db)
 {
-    if (db.isAccess()) {
+    const QString begin = db.sql().beginRead();
+    if (begin.isEmpty()) {
         m_open = db.database().transaction();
     } else {
-        // A deferred transaction: the shared lock comes with the first read,
-        // and no writer of the host is kept out.
-        QSqlQuery begin(db.database());
-        m_open = begin.exec(u"BEGIN DEFERRED"_qs);
+        QSqlQuery query(db.database());
+        m_open = query.exec(begin);
     }
 }
 
@@ -28,22 +54,21 @@ RentLookup::ReadScope::~ReadScope()
 {
     if (!m_open)
         return;
-    if (m_db.isAccess()) {
+    const QString commit = m_db.sql().commit();
+    if (commit.isEmpty()) {
         m_db.database().commit();
     } else {
         QSqlQuery end(m_db.database());
-        end.exec(u"COMMIT"_qs);
+        end.exec(commit);
     }
 }
 
 RentLookup::RentLookup(const HostDb &db)
-    : m_property(db.prepare(kPropertySql))
+    : m_property(checked(db).prepare(kPropertySql))
     , m_unit(db.prepare(kUnitSql))
     , m_tenant(db.prepare(kTenantSql))
-    , m_hasPosted(!db.isAccess())
+    , m_income(db.prepare(kIncomeSql))
 {
-    if (m_hasPosted)
-        m_posted = db.prepare(kPostedSql);
 }
 
 std::optional<QVariant> RentLookup::ownerOfProperty(const QVariant &propId)
@@ -79,19 +104,34 @@ std::optional<RentLookup::TenantName> RentLookup::tenantName(const QVariant &ten
     return name;
 }
 
+const QMultiHash<qint64, RentLookup::Income> &RentLookup::incomeOn(const QString &isoDate)
+{
+    auto it = m_incomeByDate.find(isoDate);
+    if (it != m_incomeByDate.end())
+        return it.value();
+    QMultiHash<qint64, Income> lines;
+    m_income.bindValue(u":date"_qs, QDate::fromString(isoDate, Qt::ISODate));
+    HostDb::exec(m_income, "looking for earlier postings");
+    while (m_income.next()) {
+        const std::optional<qint64> tenant = wholeId(m_income.value(0));
+        const std::optional<Currency> amount = Currency::fromVariant(m_income.value(1));
+        if (tenant && amount)
+            lines.insert(*tenant, Income { *amount, m_income.value(2) });
+    }
+    m_income.finish();
+    return m_incomeByDate.insert(isoDate, lines).value();
+}
+
 std::optional<RentLookup::Posted> RentLookup::postedPayment(
     const QVariant &tenantId, Currency amount, const QString &isoDate, const QVariant &checkNumber)
 {
-    if (!m_hasPosted)
+    const std::optional<qint64> tenant = wholeId(tenantId);
+    if (!tenant || isoDate.isEmpty())
         return std::nullopt;
-    m_posted.bindValue(u":tid"_qs, tenantId);
-    m_posted.bindValue(u":amount"_qs, amount.toDatabaseValue());
-    m_posted.bindValue(u":date"_qs, isoDate);
-    m_posted.bindValue(u":check"_qs, checkNumber);
-    HostDb::exec(m_posted, "looking for an earlier posting");
-    std::optional<Posted> posted;
-    if (m_posted.next())
-        posted = Posted { m_posted.value(0).toString() };
-    m_posted.finish();
-    return posted;
+    const QMultiHash<qint64, Income> &lines = incomeOn(isoDate);
+    for (auto it = lines.constFind(*tenant); it != lines.cend() && it.key() == *tenant; ++it) {
+        if (it->amount == amount && sameCheckNumber(it->checkNumber, checkNumber))
+            return Posted { isoDate };
+    }
+    return std::nullopt;
 }

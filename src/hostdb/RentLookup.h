@@ -3,6 +3,7 @@
 #include "core/Currency.h"
 #include "hostdb/HostDb.h"
 
+#include <QHash>
 #include <QString>
 #include <QVariant>
 
@@ -11,7 +12,8 @@
 // The keyed look-ups the review screen makes for each payment: the owner of a
 // property, the address of a tenant's unit, a tenant's name, and whether the
 // ledger already holds a payment. Statements are prepared once per object;
-// ids are bound as given (see RentPayment::key).
+// ids are bound as given (see RentPayment::key). Creating one checks the
+// host's fields for the review (error 3265).
 class RentLookup
 {
 public:
@@ -48,8 +50,9 @@ public:
     std::optional<TenantName> tenantName(const QVariant &tenantId);
 
     // An income line on the tenant's ledger with this amount, date (ISO) and
-    // check number (Null matches Null); nullopt when none. Only on the
-    // embedded database (the Access dialect lacks the "IS" comparison).
+    // check number (Null matches Null); nullopt when none. The ledger has no
+    // index the look-up could use: the income lines of a date are read once,
+    // when a payment of that date is first looked up.
     struct Posted
     {
         QString date;
@@ -58,9 +61,16 @@ public:
         const QString &isoDate, const QVariant &checkNumber);
 
 private:
+    struct Income
+    {
+        Currency amount;
+        QVariant checkNumber;
+    };
+    const QMultiHash<qint64, Income> &incomeOn(const QString &isoDate);
+
     QSqlQuery m_property;
     QSqlQuery m_unit;
     QSqlQuery m_tenant;
-    QSqlQuery m_posted;
-    bool m_hasPosted;
+    QSqlQuery m_income;
+    QHash<QString, QMultiHash<qint64, Income>> m_incomeByDate; // by tenant
 };

@@ -1,15 +1,14 @@
--- The Dwellix host tables and fields that Remitra reads and writes.
+-- The Dwellix host tables as Remitra knows them: exactly the fields and
+-- indexes it reads and writes, and nothing else, so that the demo site and
+-- every test work on no more than a real host database offers. Remitra adds
+-- nothing to these tables; anything it keeps for itself lives elsewhere.
 -- Identifiers are INTEGER, money REAL rounded to 4 places, dates ISO text
 -- (YYYY-MM-DD); text compares without regard to case, as the host does.
+-- The counters CkID of the two check tables are the host's own keys.
 -- Statements are separated by a line holding only ";;".
 
 CREATE TABLE IF NOT EXISTS Company (
-    CompanyID   INTEGER PRIMARY KEY,
     CName1      TEXT COLLATE NOCASE,
-    CAddress1   TEXT COLLATE NOCASE,
-    CCity       TEXT COLLATE NOCASE,
-    CState      TEXT COLLATE NOCASE,
-    CZip        TEXT COLLATE NOCASE,
     CEmail1     TEXT COLLATE NOCASE,
     CPhone1     TEXT COLLATE NOCASE,
     CPhone2     TEXT COLLATE NOCASE
@@ -55,8 +54,6 @@ CREATE TABLE IF NOT EXISTS Properties (
 ;;
 CREATE UNIQUE INDEX IF NOT EXISTS PropIDIndex ON Properties (PropID)
 ;;
-CREATE INDEX IF NOT EXISTS PropOwnerIndex ON Properties (POwnerID)
-;;
 CREATE TABLE IF NOT EXISTS Tenants (
     TenantID    INTEGER NOT NULL,
     TPropID     INTEGER,
@@ -75,10 +72,7 @@ CREATE TABLE IF NOT EXISTS Tenants (
 ;;
 CREATE UNIQUE INDEX IF NOT EXISTS TenantIDIndex ON Tenants (TenantID)
 ;;
-CREATE INDEX IF NOT EXISTS TenantPropIndex ON Tenants (TPropID)
-;;
 CREATE TABLE IF NOT EXISTS Units (
-    UnitID      INTEGER PRIMARY KEY,
     UTenantID   INTEGER,
     UAddress    TEXT COLLATE NOCASE,
     UNumber     TEXT COLLATE NOCASE,
@@ -102,10 +96,7 @@ CREATE TABLE IF NOT EXISTS Vendors (
     VACH        TEXT COLLATE NOCASE
 )
 ;;
-CREATE UNIQUE INDEX IF NOT EXISTS VenIDIndex ON Vendors (VenID)
-;;
 CREATE TABLE IF NOT EXISTS Transactions (
-    TransID          INTEGER PRIMARY KEY AUTOINCREMENT,
     TransAccountID   INTEGER,
     TransPostToID    INTEGER,
     TransAmount      REAL,
@@ -120,8 +111,6 @@ CREATE TABLE IF NOT EXISTS Transactions (
     TransUID         INTEGER,
     TransTID         INTEGER
 )
-;;
-CREATE INDEX IF NOT EXISTS TransTenantIndex ON Transactions (TransTID)
 ;;
 CREATE TABLE IF NOT EXISTS CheckEntered (
     CkID        INTEGER PRIMARY KEY AUTOINCREMENT,
@@ -151,7 +140,6 @@ CREATE TABLE IF NOT EXISTS CheckDepPrinted (
     CkStatus     TEXT COLLATE NOCASE,
     CkVendorID   INTEGER,
     CkPostTo     TEXT COLLATE NOCASE,
-    CkPostToID   INTEGER,
     CkPostToText TEXT COLLATE NOCASE,
     CkNumber     INTEGER,
     CkType       TEXT COLLATE NOCASE,
@@ -159,7 +147,6 @@ CREATE TABLE IF NOT EXISTS CheckDepPrinted (
 )
 ;;
 CREATE TABLE IF NOT EXISTS SplitChecks (
-    SplitID     INTEGER PRIMARY KEY AUTOINCREMENT,
     CkNumber    INTEGER,
     CkAmount    REAL,
     CkAccountID INTEGER,
@@ -170,10 +157,7 @@ CREATE TABLE IF NOT EXISTS SplitChecks (
     CkPostTo    TEXT COLLATE NOCASE
 )
 ;;
-CREATE INDEX IF NOT EXISTS SplitChecksCkNumberIndex ON SplitChecks (CkNumber)
-;;
 CREATE TABLE IF NOT EXISTS SplitPrintedChecks (
-    SplitID       INTEGER PRIMARY KEY AUTOINCREMENT,
     CkNumber      INTEGER,
     CkCheckNumber INTEGER,
     CkAmount      REAL,
@@ -184,5 +168,3 @@ CREATE TABLE IF NOT EXISTS SplitPrintedChecks (
     CkType        TEXT COLLATE NOCASE,
     CkPostTo      TEXT COLLATE NOCASE
 )
-;;
-CREATE INDEX IF NOT EXISTS SplitPrintedCkNumberIndex ON SplitPrintedChecks (CkNumber)

@@ -213,6 +213,8 @@ LoadResult load(ProgramState &state)
         result.total = TransactionTotal(result.rows);
     } catch (const RuntimeError &error) {
         switch (error.number()) {
+        case 3265:
+            throw; // the host lacks a field: not a fault of the file
         case 9:
             prompter.notice(kMalformed, kMalformedTitle);
             result.status = LoadStatus::Malformed;

@@ -5,6 +5,7 @@
 #include "app/Startup.h"
 #include "core/RuntimeError.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSettings>
 #include <QStandardPaths>
@@ -153,8 +154,12 @@ private slots:
             << u"Dwellix data file not found - be sure that the Remitra Program is copied into the "
                "same directory or folder as the main Dwellix Program."_qs
             << u"Remitra"_qs;
-        QTest::newRow("missing field")
-            << u"field"_qs << u"Company Remitra field not found"_qs << u"Remitra"_qs;
+        // A data file that is no database, or an empty one, is named with
+        // what is wrong with it. (A missing field stops only the command
+        // that needs it: tests/hostdb.)
+        QTest::newRow("empty file") << u"empty"_qs << u"The Dwellix data file "_qs << u"Remitra"_qs;
+        QTest::newRow("not a database")
+            << u"garbage"_qs << u"The Dwellix data file "_qs << u"Remitra"_qs;
         // Any other error shows its number and description.
         QTest::newRow("other error")
             << u"other"_qs << u"53"_qs << u"Remitra Error Message"_qs;
@@ -167,10 +172,13 @@ private slots:
         QFETCH(QString, title);
         StartupSite s;
         s.storeCredentials(u"acme"_qs, u"pass"_qs, u"http://x"_qs);
+        const QString file = s.site.path(u"dxdatafl.db"_qs);
         if (how == u"database"_qs)
-            QVERIFY(QFile::remove(s.site.path(u"dxdatafl.db"_qs)));
-        else if (how == u"field"_qs)
-            s.site.db().execText(u"ALTER TABLE Tenants DROP COLUMN TACH"_qs, "test");
+            QVERIFY(QFile::remove(file));
+        else if (how == u"empty"_qs)
+            s.site.writeFile(u"dxdatafl.db"_qs, QByteArray(""));
+        else if (how == u"garbage"_qs)
+            s.site.writeFile(u"dxdatafl.db"_qs, QByteArray(4096, 'x'));
         s.prompter.beginBusy();
         const auto outcome = Startup::run(*s.state, s.login, [&](ProgramState &) {
             if (how == u"other"_qs)
@@ -180,6 +188,11 @@ private slots:
         QCOMPARE(outcome, Startup::Outcome::EndProgram);
         QCOMPARE(s.prompter.titles(), QStringList { title });
         QVERIFY(s.prompter.texts().front().startsWith(textStart));
+        if (how == u"empty"_qs || how == u"garbage"_qs) {
+            const QString text = s.prompter.texts().front();
+            QVERIFY2(text.contains(QDir::toNativeSeparators(file)), qPrintable(text));
+            QVERIFY(text.contains(how == u"empty"_qs ? u"is empty"_qs : u"is not a database"_qs));
+        }
         QCOMPARE(s.prompter.busyDepth(), 0);
         QCOMPARE(s.login.shown, 0);
         QCOMPARE(s.paymentChecks, 0);

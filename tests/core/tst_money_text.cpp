@@ -1,6 +1,7 @@
 #include "core/Currency.h"
 #include "core/VbText.h"
 
+#include <QLocale>
 #include <QTest>
 
 class TestMoneyText : public QObject
@@ -13,10 +14,11 @@ private slots:
         QTest::addColumn<QString>("input");
         QTest::addColumn<QString>("plain"); // null: rejected
         const std::pair<const char16_t *, const char16_t *> rows[] = { { u"125.50", u"125.5" },
-            { u"-35", u"-35" }, { u"0.00", u"0" }, { u"12.3456", u"12.3456" },
-            { u"1.00005", u"1.0001" }, { u"$1,234.50", u"1234.5" }, { u"($12.50)", u"-12.5" },
-            { u"  7 ", u"7" }, { u".5", u"0.5" }, { u"", nullptr }, { u"abc", nullptr },
-            { u"12abc", nullptr }, { u"1.2.3", nullptr }, { u"-", nullptr }, { u".", nullptr } };
+            { u"-35", u"-35" }, { u"0.00", u"0" }, { u"12.3456", u"12.3456" }, { u"1.00005", u"1" },
+            { u"1.00015", u"1.0002" }, { u"-2.00025", u"-2.0002" }, { u"1.000050001", u"1.0001" },
+            { u"$1,234.50", u"1234.5" }, { u"($12.50)", u"-12.5" }, { u"  7 ", u"7" },
+            { u".5", u"0.5" }, { u"", nullptr }, { u"abc", nullptr }, { u"12abc", nullptr },
+            { u"1.2.3", nullptr }, { u"-", nullptr }, { u".", nullptr } };
         for (const auto &[input, plain] : rows)
             QTest::newRow(QString::fromUtf16(input).toUtf8().constData())
                 << QString::fromUtf16(input) << (plain ? QString::fromUtf16(plain) : QString());
@@ -45,9 +47,18 @@ private slots:
 
         const Currency rent = *Currency::parse(u"1000"_qs);
         QCOMPARE(rent.percentOf(u"8"_qs)->toPlainText(), u"80"_qs);
-        // Four places kept, no rounding to cents.
+        // Four places kept, no rounding to cents; a half goes to the even
+        // digit, as in the host's conversion to currency, and the rate is
+        // taken as written (not rounded first).
         QCOMPARE(
             Currency::parse(u"333.33"_qs)->percentOf(u"7.25"_qs)->toPlainText(), u"24.1664"_qs);
+        QCOMPARE(
+            Currency::parse(u"1000.15"_qs)->percentOf(u"7.5"_qs)->toPlainText(), u"75.0112"_qs);
+        QCOMPARE(
+            Currency::parse(u"1000.17"_qs)->percentOf(u"7.5"_qs)->toPlainText(), u"75.0128"_qs);
+        QCOMPARE(Currency::parse(u"100"_qs)->percentOf(u"0.00015"_qs)->toPlainText(), u"0.0002"_qs);
+        QCOMPARE(
+            Currency::parse(u"-1000.15"_qs)->percentOf(u" 7.5"_qs)->toPlainText(), u"-75.0112"_qs);
         QCOMPARE((-rent).abs(), rent);
         QCOMPARE((rent - *Currency::parse(u"1000.0001"_qs)).toPlainText(), u"-0.0001"_qs);
         QVERIFY(!rent.percentOf(u"x"_qs).has_value());
@@ -55,6 +66,7 @@ private slots:
         QCOMPARE(Currency::fromVariant(QVariant(0.1 + 0.2))->toPlainText(), u"0.3"_qs);
         QCOMPARE(Currency::fromVariant(QVariant(-125.5))->toPlainText(), u"-125.5"_qs);
         QCOMPARE(Currency::fromVariant(QVariant(42))->toPlainText(), u"42"_qs);
+        QCOMPARE(Currency::fromVariant(QVariant(2.00025))->toPlainText(), u"2.0002"_qs);
         QVERIFY(!Currency::fromVariant(QVariant()).has_value());
         Currency total;
         for (int i = 0; i < 10000; ++i)
@@ -82,8 +94,21 @@ private slots:
         QCOMPARE(VbText::Left(u"Late Fee Payment"_qs, 8), u"Late Fee"_qs);
         QCOMPARE(VbText::Mid(u"O%12"_qs, 3) + VbText::Mid(u"ab"_qs, 5), u"12"_qs);
 
+        // Dates show the system's short form with a four-digit year, which
+        // reads back; a two-digit year is read in the 1930-2029 window.
         const QDate d(2026, 3, 7);
+        QCOMPARE(VbText::shortDate(d), u"7 Mar 2026"_qs); // the C locale of the tests
+        QCOMPARE(VbText::withFourDigitYear(u"M/d/yy"_qs), u"M/d/yyyy"_qs);
+        QCOMPARE(VbText::withFourDigitYear(u"dd.MM.yy 'yy'"_qs), u"dd.MM.yyyy 'yy'"_qs);
+        QCOMPARE(VbText::withFourDigitYear(u"d MMM yyyy"_qs), u"d MMM yyyy"_qs);
+        QCOMPARE(QLocale(u"en_US"_qs)
+                     .toString(d,
+                         VbText::withFourDigitYear(
+                             QLocale(u"en_US"_qs).dateFormat(QLocale::ShortFormat))),
+            u"3/7/2026"_qs);
         QCOMPARE(VbText::parseDate(VbText::shortDate(d)), d);
+        QCOMPARE(VbText::parseDate(u"3/7/26"_qs), d);
+        QCOMPARE(VbText::parseDate(u"3/7/31"_qs), QDate(1931, 3, 7));
         QCOMPARE(VbText::parseDate(u"3/7/2026"_qs), d);
         QCOMPARE(VbText::parseDate(u"2026-03-07"_qs), d);
         QVERIFY(!VbText::parseDate(u"soon"_qs).isValid());

@@ -82,7 +82,7 @@ private slots:
         QCOMPARE(table(site,
                      u"SELECT TransAccountID, TransPostToID, TransAmount, TransDate, "
                      "TransCheckNumber, TransRemark, TransType, TransStatus, TransTax, TransOID, "
-                     "TransPID, TransUID, TransTID FROM Transactions ORDER BY TransID"_qs),
+                     "TransPID, TransUID, TransTID FROM Transactions ORDER BY rowid"_qs),
             (QStringList { u"4000 100 1000 2026-11-02 123 Rent received I B N 1 10 100 100"_qs,
                 u"6100 100 -80 2026-11-02 Null Management Fee E U N 1 10 100 100"_qs,
                 u"4100 101 30 2026-11-03 Null Late fee I T N 1 10 101 101"_qs,
@@ -130,7 +130,7 @@ private slots:
             c));
         QTEST(table(site,
                   u"SELECT TransRemark FROM Transactions UNION ALL "
-                  "SELECT CkRemark FROM SplitPrintedChecks WHERE SplitID = 2"_qs),
+                  "SELECT CkRemark FROM SplitPrintedChecks WHERE rowid = 2"_qs),
             "remarks");
         // A blank deposit number gives deposit number 0.
         QCOMPARE(site.scalar(u"SELECT CkNumber FROM CheckDepPrinted"_qs).toInt(), 0);
@@ -266,7 +266,7 @@ private slots:
             table(site,
                 u"SELECT s.CkCheckNumber, s.CkAmount, s.CkAccountID, s.CkPostToID, s.CkStatus, "
                 "s.CkType, s.CkPostTo FROM SplitPrintedChecks s JOIN CheckDepPrinted d "
-                "ON s.CkNumber = d.CkID ORDER BY SplitID"_qs),
+                "ON s.CkNumber = d.CkID ORDER BY s.rowid"_qs),
             (QStringList { u"123456789 1250.5 4000 100 P D B"_qs, u"Null 35 4000 101 P D T"_qs,
                 u"1001 0.0101 4000 555 P D B"_qs }));
 

@@ -114,14 +114,10 @@ Counts fillPortfolio(HostDb &db, int tenants)
 
     HostDb::Transaction tx(db);
 
-    QSqlQuery company = db.prepare(
-        u"INSERT INTO Company (CName1, CAddress1, CCity, CState, CZip, CEmail1, CPhone1, CPhone2) "
-        "VALUES (:name, :address, :city, :state, :zip, :email, :phone1, :phone2)"_qs);
+    // The company record: the contact fields Remitra sends.
+    QSqlQuery company = db.prepare(u"INSERT INTO Company (CName1, CEmail1, CPhone1, CPhone2) "
+                                   "VALUES (:name, :email, :phone1, :phone2)"_qs);
     company.bindValue(u":name"_qs, u"Sunrise Property Management"_qs);
-    company.bindValue(u":address"_qs, u"1200 Harbor Blvd, Suite 300"_qs);
-    company.bindValue(u":city"_qs, u"Ventura"_qs);
-    company.bindValue(u":state"_qs, u"CA"_qs);
-    company.bindValue(u":zip"_qs, u"93001"_qs);
     company.bindValue(u":email"_qs, u"office@sunrise-pm.example"_qs);
     company.bindValue(u":phone1"_qs, u"805-555-0100"_qs);
     company.bindValue(u":phone2"_qs, u"805-555-0101"_qs);

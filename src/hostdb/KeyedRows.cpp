@@ -1,0 +1,138 @@
+#include "hostdb/KeyedRows.h"
+
+#include "core/RuntimeError.h"
+#include "hostdb/EngineSql.h"
+#include "hostdb/HostDb.h"
+
+KeyedRows::KeyedRows(
+    const HostDb &db, const EngineSql &engine, QString table, QString key, QStringList fields)
+    : m_db(db)
+    , m_engine(engine)
+    , m_table(std::move(table))
+    , m_key(std::move(key))
+    , m_fields(std::move(fields))
+    , m_rows(db.prepare(engine.rowsSql(m_table, m_key, m_fields)))
+{
+}
+
+KeyedRows::KeyedRows(const HostDb &db, QString table, QString key, QStringList fields)
+    : KeyedRows(db, db.sql(), std::move(table), std::move(key), std::move(fields))
+{
+}
+
+void KeyedRows::readAll()
+{
+    QSqlQuery all = m_db.prepare(m_engine.allRowsSql(m_table, QStringList { m_key } + m_fields));
+    HostDb::exec(all, "reading a table");
+    const int handles = m_engine.handleColumns();
+    m_all.clear();
+    while (all.next()) {
+        const QVariant key = all.value(handles);
+        m_all[key.toLongLong()].append(rowAt(all, key, handles + 1));
+    }
+    m_readAll = true;
+}
+
+QList<KeyedRows::Row> KeyedRows::rows(const QVariant &key)
+{
+    if (m_readAll)
+        return m_all.value(key.toLongLong());
+    return read(key, -1);
+}
+
+std::optional<KeyedRows::Row> KeyedRows::first(const QVariant &key)
+{
+    QList<Row> found = m_readAll ? m_all.value(key.toLongLong()) : read(key, 1);
+    if (found.isEmpty())
+        return std::nullopt;
+    return found.takeFirst();
+}
+
+KeyedRows::Row KeyedRows::rowAt(const QSqlQuery &query, const QVariant &key, int firstField) const
+{
+    Row row;
+    row.key = key;
+    if (m_engine.handleColumns() > 0)
+        row.handle = query.value(0);
+    for (qsizetype i = 0; i < m_fields.size(); ++i)
+        row.values.append(query.value(firstField + int(i)));
+    return row;
+}
+
+QList<KeyedRows::Row> KeyedRows::read(const QVariant &key, int limit)
+{
+    m_rows.bindValue(u":key"_qs, key);
+    HostDb::exec(m_rows, "finding a record");
+    QList<Row> found;
+    while ((limit < 0 || found.size() < limit) && m_rows.next())
+        found.append(rowAt(m_rows, key, m_engine.handleColumns()));
+    m_rows.finish();
+    return found;
+}
+
+// What the statement just run changed, in the rows read before.
+void KeyedRows::remember(const Row &changed, int index, const QVariant &value)
+{
+    auto it = m_all.find(changed.key.toLongLong());
+    if (it == m_all.end())
+        return;
+    for (Row &row : it.value()) {
+        const bool same = changed.handle.isValid() ? row.handle == changed.handle
+                                                   : row.values == changed.values;
+        if (same)
+            row.values[index] = value;
+    }
+}
+
+int KeyedRows::set(const Row &row, int index, const QVariant &value)
+{
+    const bool byHandle = row.handle.isValid();
+    QList<bool> nulls;
+    QString pattern = QString::number(index) + u':';
+    if (!byHandle) {
+        for (const QVariant &v : row.values) {
+            nulls.append(v.isNull());
+            pattern += v.isNull() ? u'0' : u'1';
+        }
+    }
+    auto it = m_setters.find(pattern);
+    if (it == m_setters.end()) {
+        it = m_setters.insert(pattern,
+            m_db.prepare(m_engine.setRowSql(m_table, m_key, m_fields, m_fields.at(index), nulls)));
+    }
+    QSqlQuery &q = it.value();
+    q.bindValue(u":value"_qs, value);
+    if (byHandle) {
+        q.bindValue(u":row"_qs, row.handle);
+    } else {
+        q.bindValue(u":key"_qs, row.key);
+        for (qsizetype i = 0; i < row.values.size(); ++i) {
+            if (!row.values[i].isNull())
+                q.bindValue(u":v"_qs + QString::number(i), row.values[i]);
+        }
+    }
+    HostDb::exec(q, "changing a record");
+    const int changed = q.numRowsAffected();
+    if (m_readAll && changed > 0)
+        remember(row, index, value);
+    return changed;
+}
+
+bool KeyedRows::addToFirst(const QVariant &key, int index, Currency delta)
+{
+    const std::optional<Row> row = first(key);
+    if (!row)
+        return false;
+    const Currency balance
+        = Currency::fromVariant(row->values.at(index)).value_or(Currency()) + delta;
+    const int changed = set(*row, index, balance.toDatabaseValue());
+    if (changed != 1) {
+        throw RuntimeError(3197,
+            u"The "_qs + m_table + u" record "_qs + key.toString()
+                + (changed == 0
+                        ? u" was changed by someone else while Remitra was posting to it."_qs
+                        : u" cannot be told apart from another record with the same values."_qs)
+                + u" Nothing was posted; try again."_qs);
+    }
+    return true;
+}
