@@ -111,6 +111,10 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
     if (!checkReadable(state, rows, choices))
         return false;
     HostDb &db = state.db();
+    // A field the posting needs and the host lacks stops it before anything.
+    db.require(HostFeature::RentPosting);
+    if (choices.createDeposit)
+        db.require(HostFeature::Deposit);
     BusyCursor busy(state.prompter());
     try {
         RentBackup::write(db, state.folder());
