@@ -4,6 +4,7 @@
 #include "core/Prompter.h"
 #include "core/RuntimeError.h"
 #include "core/TransferFile.h"
+#include "processor/CallStatus.h"
 #include "processor/ProcessorClient.h"
 #include "processor/ReportResult.h"
 
@@ -14,14 +15,16 @@ namespace ProcessorCall {
 namespace {
 
 template <typename Send>
-Outcome call(ProgramState &state, const QString &url, Send &&send)
+Outcome call(ProgramState &state, const QString &url, const QString &activity, Send &&send)
 {
     std::unique_ptr<ProcessorClient> client = state.newClient();
     BusyCursor busy(state.prompter());
+    CallStatus status(state.prompter(), activity);
     client->setUrl(url);
     client->setUserName(state.ProcessorUser);
     client->setPassword(state.ProcessorPassword);
     const bool flag = send(*client);
+    status.release();
     state.ResultText = flag ? u"True"_qs : u"False"_qs;
     busy.release();
     const qint32 code = client->ResultCode();
@@ -36,14 +39,15 @@ Outcome call(ProgramState &state, const QString &url, Send &&send)
 
 Outcome transmit(ProgramState &state, const QString &setupText, const QString &tenantText)
 {
-    return call(state, state.ProcessorUrl,
+    return call(state, state.ProcessorUrl, CallStatus::transmitText(setupText, tenantText),
                 [&](ProcessorClient &c) { return c.Transmit(setupText, tenantText); });
 }
 
 Outcome transmitPayees(ProgramState &state, const QString &payeeText, const QString &paymentText)
 {
     const QString url = payeeUrl(state.ProcessorUrl);
-    return call(state, url, [&](ProcessorClient &c) {
+    return call(state, url, CallStatus::payeesText(payeeText, paymentText),
+                [&](ProcessorClient &c) {
         return c.TransmitPayees(payeeText, paymentText, QStringLiteral(""));
     });
 }
