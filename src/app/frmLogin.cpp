@@ -2,6 +2,7 @@
 
 #include "app/ProgramState.h"
 #include "app/QtCentre.h"
+#include "app/QtGridFit.h"
 #include "app/TopLevel.h"
 #include "core/VbText.h"
 
@@ -77,6 +78,7 @@ frmLogin::frmLogin(ProgramState &state, QWidget *parent)
     layout->addSpacing(8);
     layout->addLayout(buttons);
     setMinimumWidth(520);
+    QtGridFit::keepControlsWhole(*this);
 
     setTabOrder(txtUserName, txtPassword);
     setTabOrder(txtPassword, txtURL);

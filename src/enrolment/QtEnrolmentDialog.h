@@ -38,6 +38,7 @@ private:
     void Form_Unload();
 
     QHBoxLayout *m_buttons;
+    QPushButton *m_cmdExit;
     bool m_unloaded = false;
     bool m_centred = false;
 };
