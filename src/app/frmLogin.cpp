@@ -77,6 +77,8 @@ frmLogin::frmLogin(ProgramState &state, QWidget *parent)
     layout->addLayout(fields);
     layout->addSpacing(8);
     layout->addLayout(buttons);
+    // A taller window (maximised) keeps the controls together at the top.
+    layout->addStretch(1);
     setMinimumWidth(520);
     QtGridFit::keepControlsWhole(*this);
 

@@ -30,6 +30,8 @@ CallStatus::CallStatus(Prompter &prompter, const QString &activity)
 {
     m_elapsed.start();
     m_tick.setInterval(1000);
+    // Never early: the first tick says 1 s, not 0 s.
+    m_tick.setTimerType(Qt::PreciseTimer);
     QObject::connect(&m_tick, &QTimer::timeout, &m_tick,
         [this] { m_prompter->showStatus(m_activity, waitingText(m_elapsed.elapsed() / 1000)); });
     m_tick.start();
