@@ -2,7 +2,9 @@
 
 #include "core/Prompter.h"
 
+#include <QCoreApplication>
 #include <QLocale>
+#include <QThread>
 
 namespace {
 
@@ -34,7 +36,10 @@ CallStatus::CallStatus(Prompter &prompter, const QString &activity)
     m_tick.setTimerType(Qt::PreciseTimer);
     QObject::connect(&m_tick, &QTimer::timeout, &m_tick,
         [this] { m_prompter->showStatus(m_activity, waitingText(m_elapsed.elapsed() / 1000)); });
-    m_tick.start();
+    // Ticks only where an event loop can run them: the program's own thread.
+    const QCoreApplication *app = QCoreApplication::instance();
+    if (app && QThread::currentThread() == app->thread())
+        m_tick.start();
     m_prompter->showStatus(m_activity, QString());
 }
 
