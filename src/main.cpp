@@ -1,4 +1,5 @@
 #include "app/ProgramState.h"
+#include "app/QtIdentity.h"
 #include "app/Startup.h"
 #include "app/frmRemitraMain.h"
 #include "core/QtPrompter.h"
@@ -21,8 +22,9 @@ struct Options
     int processorTimeout = 0;
 };
 
-// Reads the command line; exits with usage on an error.
-Options parseCommandLine(const QApplication &app)
+// Reads the command line; exits with usage on an error, and after printing
+// the usage or the version.
+Options parseCommandLine(const QCoreApplication &app)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
@@ -47,8 +49,11 @@ Options parseCommandLine(const QApplication &app)
     parser.process(app);
 
     Options options;
-    options.folder = parser.isSet(folderOption) ? parser.value(folderOption)
-                                                : QCoreApplication::applicationDirPath();
+    // Absolute, as it becomes the current directory and files are named
+    // from it afterwards.
+    options.folder = QFileInfo(parser.isSet(folderOption) ? parser.value(folderOption)
+                                                          : QCoreApplication::applicationDirPath())
+                         .absoluteFilePath();
     if (!QFileInfo(options.folder).isDir()) {
         std::fprintf(stderr, "remitra: the folder %s does not exist\n",
             qPrintable(QDir::toNativeSeparators(options.folder)));
@@ -68,13 +73,30 @@ Options parseCommandLine(const QApplication &app)
     return options;
 }
 
+// --help and --version print and end; they need no display.
+bool printsOnly(int argc, char *argv[])
+{
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray arg(argv[i]);
+        if (arg == "--help" || arg == "-h" || arg == "--help-all" || arg == "--version"
+            || arg == "-v")
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    if (printsOnly(argc, argv)) {
+        QCoreApplication app(argc, argv);
+        QtIdentity::applyNames(app);
+        parseCommandLine(app);
+        return 0;
+    }
     QApplication app(argc, argv);
-    QApplication::setApplicationName(u"Remitra"_qs);
-    QApplication::setApplicationVersion(Startup::versionText());
+    QtIdentity::apply(app);
 
     const Options options = parseCommandLine(app);
     // Everything the program reads and writes lies in its folder.

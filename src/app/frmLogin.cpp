@@ -2,6 +2,7 @@
 
 #include "app/ProgramState.h"
 #include "app/QtCentre.h"
+#include "app/QtGridFit.h"
 #include "app/TopLevel.h"
 #include "core/VbText.h"
 
@@ -76,7 +77,10 @@ frmLogin::frmLogin(ProgramState &state, QWidget *parent)
     layout->addLayout(fields);
     layout->addSpacing(8);
     layout->addLayout(buttons);
+    // A taller window (maximised) keeps the controls together at the top.
+    layout->addStretch(1);
     setMinimumWidth(520);
+    QtGridFit::keepControlsWhole(*this);
 
     setTabOrder(txtUserName, txtPassword);
     setTabOrder(txtPassword, txtURL);

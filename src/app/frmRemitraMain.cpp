@@ -3,6 +3,7 @@
 #include "app/Credentials.h"
 #include "app/ProgramState.h"
 #include "app/QtCentre.h"
+#include "app/QtGridFit.h"
 #include "app/Startup.h"
 #include "app/TopLevel.h"
 #include "app/frmLogin.h"
@@ -180,6 +181,7 @@ frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
     layout->addLayout(frames, 1);
     layout->addLayout(bottom);
     setMinimumWidth(860);
+    QtGridFit::keepControlsWhole(*this);
 
     // Keyboard order follows the layout: the frames left to right, top to
     // bottom, then the bottom row.

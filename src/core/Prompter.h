@@ -24,6 +24,15 @@ public:
     // Puts the pointer back to the default at once, whatever the nesting
     // (the product does this before showing a processor error).
     virtual void resetBusy() = 0;
+    // During a long wait, what is being done, shown in the window beside the
+    // wait cursor: `activity` names the work ("Sending the portfolio: 100,000
+    // tenants…"), `progress` how far it has got ("Waiting for the processor…
+    // 12 s"). Two empty texts take it away. Shows nothing by default.
+    virtual void showStatus(const QString &activity, const QString &progress)
+    {
+        Q_UNUSED(activity);
+        Q_UNUSED(progress);
+    }
 };
 
 // Shows the wait cursor for its lifetime; restored on every path out,

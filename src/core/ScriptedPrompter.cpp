@@ -30,3 +30,8 @@ QStringList ScriptedPrompter::titles() const
         out << s.title;
     return out;
 }
+
+void ScriptedPrompter::showStatus(const QString &activity, const QString &progress)
+{
+    m_statuses << (progress.isEmpty() ? activity : activity + u" | "_qs + progress);
+}

@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QQueue>
+#include <QStringList>
 
 // A Prompter for tests and headless runs: records every message in order and
 // answers questions from a queue (an empty queue answers No and records the
@@ -24,6 +25,9 @@ public:
     void beginBusy() override { ++m_busyDepth; ++m_busyCount; }
     void endBusy() override { if (m_busyDepth > 0) --m_busyDepth; }
     void resetBusy() override { m_busyDepth = 0; }
+    // Every status in order, as "activity" or "activity | progress"; an
+    // empty text is the status taken away.
+    void showStatus(const QString &activity, const QString &progress) override;
 
     void queueAnswer(Answer a) { m_answers.enqueue(a); }
     void queueAnswers(std::initializer_list<Answer> answers)
@@ -40,9 +44,11 @@ public:
     int pendingAnswers() const { return int(m_answers.size()); }
     int busyDepth() const { return m_busyDepth; }
     int busyCount() const { return m_busyCount; }
+    const QStringList &statuses() const { return m_statuses; }
 
 private:
     QList<Shown> m_shown;
+    QStringList m_statuses;
     QQueue<Answer> m_answers;
     int m_unanswered = 0;
     int m_busyDepth = 0;

@@ -1,6 +1,8 @@
 #include "disburse/frmMakePayments.h"
 
 #include "app/ProgramState.h"
+#include "app/QtCentre.h"
+#include "app/QtGridFit.h"
 #include "app/TopLevel.h"
 #include "core/Prompter.h"
 #include "disburse/DistributionRun.h"
@@ -55,7 +57,13 @@ frmMakePayments::frmMakePayments(ProgramState &state, QWidget *parent)
     gridMakePayments->verticalHeader()->setVisible(false);
     gridMakePayments->horizontalHeader()->setSectionResizeMode(
         PaymentListModel::Remark, QHeaderView::Stretch);
-    gridMakePayments->setColumnWidth(PaymentListModel::Payee, 200);
+    gridMakePayments->setWordWrap(false);
+    gridMakePayments->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
+    gridMakePayments->setMinimumHeight(QtGridFit::heightForRows(*gridMakePayments, 4));
+    QtGridFit::showClippedText(*gridMakePayments);
+    // The other columns as wide as their texts, each time the list is read.
+    connect(m_model, &QAbstractItemModel::modelReset, gridMakePayments,
+        [this] { QtGridFit::fitColumns(*gridMakePayments, 500); });
     connect(gridMakePayments->selectionModel(), &QItemSelectionModel::selectionChanged, this,
         &frmMakePayments::gridMakePayments_SelChange);
 
@@ -105,10 +113,13 @@ frmMakePayments::frmMakePayments(ProgramState &state, QWidget *parent)
     layout->addWidget(gridMakePayments, 1);
     layout->addLayout(controls);
     layout->addLayout(buttons);
+    QtGridFit::keepControlsWhole(*this);
     resize(820, 520);
+    centreOnScreen(*this);
 
     setTabOrder(gridMakePayments, optSortBy);
-    setTabOrder(optSortBy, cmdSelectAll);
+    setTabOrder(optSortBy, txtTotalSelected);
+    setTabOrder(txtTotalSelected, cmdSelectAll);
     setTabOrder(cmdSelectAll, cmdDeSelectAll);
     setTabOrder(cmdDeSelectAll, cmdMakePaymentsNow);
     setTabOrder(cmdMakePaymentsNow, cmdShowLast);

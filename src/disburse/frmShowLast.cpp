@@ -1,11 +1,14 @@
 #include "disburse/frmShowLast.h"
 
+#include "app/QtCentre.h"
+#include "app/QtGridFit.h"
 #include "app/TopLevel.h"
 #include "disburse/LastBatch.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QPushButton>
+#include <QShortcut>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -24,12 +27,18 @@ frmShowLast::frmShowLast(ProgramState &state, QWidget *parent)
     gridShowLast->setEditTriggers(QAbstractItemView::NoEditTriggers);
     gridShowLast->setSelectionBehavior(QAbstractItemView::SelectRows);
     gridShowLast->horizontalHeader()->setSectionResizeMode(2, QHeaderView::Stretch);
-    for (int c = 4; c < 7; ++c)
-        gridShowLast->setColumnWidth(c, 24);
+    gridShowLast->verticalHeader()->setVisible(false);
+    gridShowLast->setWordWrap(false);
+    gridShowLast->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
+    gridShowLast->setMinimumHeight(QtGridFit::heightForRows(*gridShowLast, 4));
+    QtGridFit::showClippedText(*gridShowLast);
 
     cmdExit = new QPushButton(u"&Exit"_qs, this);
     cmdExit->setObjectName(u"cmdExit"_qs);
     connect(cmdExit, &QPushButton::clicked, this, &frmShowLast::cmdExit_Click);
+    // Esc leaves the viewer as Exit does.
+    auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    connect(escape, &QShortcut::activated, this, &frmShowLast::cmdExit_Click);
 
     auto *buttons = new QHBoxLayout;
     buttons->addStretch();
@@ -37,9 +46,16 @@ frmShowLast::frmShowLast(ProgramState &state, QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(gridShowLast);
     layout->addLayout(buttons);
+    QtGridFit::keepControlsWhole(*this);
     resize(640, 400);
+    centreOnScreen(*this);
 
     TopLevel::run(m_state, [this] { Form_Load(); });
+    // Check, payee and amount as wide as their texts; the three unused
+    // columns narrow.
+    QtGridFit::fitColumns(*gridShowLast, 500);
+    for (int c = 4; c < 7; ++c)
+        gridShowLast->setColumnWidth(c, 24);
 }
 
 void frmShowLast::Form_Load()

@@ -1,6 +1,7 @@
 #include "enrolment/EnrolmentListWidget.h"
 
 #include "app/ProgramState.h"
+#include "app/QtGridFit.h"
 #include "app/TopLevel.h"
 #include "core/Prompter.h"
 #include "enrolment/EnrolmentFlagDelegate.h"
@@ -30,6 +31,8 @@ QListWidget *optionList(const QString &name, const QStringList &entries, QWidget
     list->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list->setFixedHeight(
         list->sizeHintForRow(0) * int(entries.size()) + 2 * list->frameWidth() + 4);
+    // Every entry whole, whatever the window's width.
+    list->setMinimumWidth(list->sizeHintForColumn(0) + 2 * list->frameWidth() + 8);
     return list;
 }
 
@@ -86,6 +89,8 @@ EnrolmentListWidget::EnrolmentListWidget(
     m_gridACH->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
     m_delegate = new EnrolmentFlagDelegate(this);
     m_gridACH->setItemDelegateForColumn(m_model->flagColumn(), m_delegate);
+    m_gridACH->setMinimumHeight(QtGridFit::heightForRows(*m_gridACH, 4));
+    QtGridFit::showClippedText(*m_gridACH);
     m_delegate->onTyped
         = [this](int row, const QString &typed) { gridACH_BeforeColUpdate(row, typed); };
 
@@ -150,15 +155,12 @@ void EnrolmentListWidget::arrangeColumns()
         const bool key = name == u"OID"_qs || name == u"PID"_qs
             || (m_roster != Roster::Tenants && name == u"TID"_qs);
         m_gridACH->setColumnHidden(c, key);
-        if (m_columnsSized)
-            continue; // the user's widths are kept from then on
-        // Widths from the captions, never from the rows (which are read
-        // only as they come into view).
-        const int caption = m_gridACH->horizontalHeader()->fontMetrics().horizontalAdvance(
-            m_model->headerData(c, Qt::Horizontal).toString());
-        m_gridACH->setColumnWidth(
-            c, c == m_model->flagColumn() ? caption + 24 : qMax(110, caption + 32));
     }
+    if (m_columnsSized)
+        return; // the user's widths are kept from then on
+    // Widths from the captions and the first block of rows, the one read to
+    // show the list anyway; longer texts show whole in their tooltip.
+    QtGridFit::fitColumns(*m_gridACH, EnrolmentModel::BlockRows, 260);
     m_columnsSized = true;
 }
 

@@ -2,6 +2,7 @@
 
 #include "app/ProgramState.h"
 #include "app/QtCentre.h"
+#include "app/QtGridFit.h"
 #include "app/TopLevel.h"
 #include "core/Prompter.h"
 #include "core/RuntimeError.h"
@@ -20,16 +21,20 @@ QtEnrolmentDialog::QtEnrolmentDialog(ProgramState &state, EnrolmentListWidget::R
     setModal(true);
     m_list = new EnrolmentListWidget(state, roster, texts, this);
 
-    auto *cmdExit = new QPushButton(u"E&xit"_qs, this);
-    cmdExit->setObjectName(u"cmdExit"_qs);
-    cmdExit->setAutoDefault(false);
+    m_cmdExit = new QPushButton(u"E&xit"_qs, this);
+    m_cmdExit->setObjectName(u"cmdExit"_qs);
+    m_cmdExit->setAutoDefault(false);
+    // Leaving sends the changed flags, however the screen is closed.
+    m_cmdExit->setToolTip(u"Closes the screen. If a Remitra flag was changed, the %1 are sent "
+                          "to the processor as it closes, also when it is closed with Esc or "
+                          "from its title bar."_qs.arg(texts.gridName.toLower()));
     m_buttons = new QHBoxLayout;
     m_buttons->addStretch(1);
-    m_buttons->addWidget(cmdExit);
+    m_buttons->addWidget(m_cmdExit);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_list, 1);
     layout->addLayout(m_buttons);
-    connect(cmdExit, &QPushButton::clicked, this, &QtEnrolmentDialog::cmdExit_Click);
+    connect(m_cmdExit, &QPushButton::clicked, this, &QtEnrolmentDialog::cmdExit_Click);
 
     m_list->load();
 }
@@ -40,6 +45,8 @@ QPushButton *QtEnrolmentDialog::addButton(const QString &caption, const QString 
     button->setObjectName(name);
     button->setAutoDefault(false);
     m_buttons->insertWidget(m_buttons->count() - 2, button);
+    // Keyboard order as the row reads: the added buttons, then Exit.
+    setTabOrder(button, m_cmdExit);
     return button;
 }
 
@@ -48,6 +55,9 @@ void QtEnrolmentDialog::showEvent(QShowEvent *event)
     QDialog::showEvent(event);
     if (!m_centred) {
         m_centred = true;
+        // Here rather than in the constructor: the screens add their buttons
+        // after it.
+        QtGridFit::keepControlsWhole(*this);
         centreOnScreen(*this);
     }
 }

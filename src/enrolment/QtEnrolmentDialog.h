@@ -39,6 +39,7 @@ private:
 
     EnrolmentListWidget::Roster m_roster;
     QHBoxLayout *m_buttons;
+    QPushButton *m_cmdExit;
     bool m_unloaded = false;
     bool m_centred = false;
 };

@@ -4,6 +4,7 @@
 #include "core/Prompter.h"
 #include "core/RuntimeError.h"
 #include "core/TransferFile.h"
+#include "processor/CallStatus.h"
 #include "processor/ProcessorClient.h"
 #include "processor/ReportResult.h"
 
@@ -20,16 +21,19 @@ const QString kRestartText
       "sent."_qs;
 
 template <typename Send>
-Outcome call(ProgramState &state, const QString &url, const Keep &keep, Send &&send)
+Outcome call(ProgramState &state, const QString &url, const QString &activity, const Keep &keep,
+    Send &&send)
 {
     if (!fileNamesBuilt(state))
         throw RuntimeError::badFileName();
     std::unique_ptr<ProcessorClient> client = state.newClient();
     BusyCursor busy(state.prompter());
+    CallStatus status(state.prompter(), activity);
     client->setUrl(url);
     client->setUserName(state.ProcessorUser);
     client->setPassword(state.ProcessorPassword);
     const bool flag = send(*client);
+    status.release();
     state.ResultText = flag ? u"True"_qs : u"False"_qs;
     const qint32 code = client->ResultCode();
     if (code < std::numeric_limits<qint16>::min() || code > std::numeric_limits<qint16>::max()) {
@@ -53,7 +57,7 @@ Outcome call(ProgramState &state, const QString &url, const Keep &keep, Send &&s
 Outcome transmit(
     ProgramState &state, const QString &setupText, const QString &tenantText, const Keep &keep)
 {
-    return call(state, state.ProcessorUrl, keep,
+    return call(state, state.ProcessorUrl, CallStatus::transmitText(setupText, tenantText), keep,
         [&](ProcessorClient &c) { return c.Transmit(setupText, tenantText); });
 }
 
@@ -61,7 +65,8 @@ Outcome transmitPayees(
     ProgramState &state, const QString &payeeText, const QString &paymentText, const Keep &keep)
 {
     const QString url = payeeUrl(state.ProcessorUrl);
-    return call(state, url, keep, [&](ProcessorClient &c) {
+    return call(state, url, CallStatus::payeesText(payeeText, paymentText), keep,
+        [&](ProcessorClient &c) {
         return c.TransmitPayees(payeeText, paymentText, QStringLiteral(""));
     });
 }

@@ -1,6 +1,8 @@
 #include "rent/frmDownload.h"
 
 #include "app/ProgramState.h"
+#include "app/QtCentre.h"
+#include "app/QtGridFit.h"
 #include "app/TopLevel.h"
 #include "core/Prompter.h"
 #include "core/VbText.h"
@@ -97,6 +99,8 @@ void frmDownload::buildUi()
     gridACHDownload->setWordWrap(false);
     gridACHDownload->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
     gridACHDownload->installEventFilter(this);
+    gridACHDownload->setMinimumHeight(QtGridFit::heightForRows(*gridACHDownload, 4));
+    QtGridFit::showClippedText(*gridACHDownload);
 
     labRemitraPayments = new QLabel(kCountLabel, this);
     labRemitraPayments->setObjectName(u"labRemitraPayments"_qs);
@@ -207,7 +211,9 @@ void frmDownload::buildUi()
     for (std::size_t i = 1; i < std::size(order); ++i)
         setTabOrder(order[i - 1], order[i]);
 
+    QtGridFit::keepControlsWhole(*this);
     resize(1100, 720);
+    centreOnScreen(*this);
 }
 
 int frmDownload::rowCount() const
@@ -247,7 +253,7 @@ void frmDownload::Form_Load()
         return;
     m_fileSha = loaded.fileSha256;
     m_model->setRows(std::move(loaded.rows));
-    gridACHDownload->resizeColumnsToContents();
+    QtGridFit::fitColumns(*gridACHDownload, 500);
     showCount(kCountLabel + u' ' + QString::number(rowCount()));
     m_total = loaded.total;
     if (m_total)

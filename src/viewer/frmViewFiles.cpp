@@ -1,6 +1,7 @@
 #include "viewer/frmViewFiles.h"
 
 #include "app/ProgramState.h"
+#include "app/QtGridFit.h"
 #include "app/TopLevel.h"
 #include "core/Prompter.h"
 #include "core/RuntimeError.h"
@@ -16,6 +17,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QShortcut>
 #include <QVBoxLayout>
 
 QPointer<frmViewFiles> frmViewFiles::s_instance;
@@ -77,6 +79,9 @@ frmViewFiles::frmViewFiles(ProgramState &state, QWidget *parent)
     connect(m_choices, &QButtonGroup::idClicked, this, &frmViewFiles::optFiles_Click);
     connect(cmdDelete, &QPushButton::clicked, this, &frmViewFiles::cmdDelete_Click);
     connect(cmdExit, &QPushButton::clicked, this, &frmViewFiles::cmdExit_Click);
+    // Esc leaves the viewer as Exit does.
+    auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    connect(escape, &QShortcut::activated, this, &frmViewFiles::cmdExit_Click);
 
     Form_Load();
     // The choices are made after the other controls; keep the tab order
@@ -87,6 +92,9 @@ frmViewFiles::frmViewFiles(ProgramState &state, QWidget *parent)
         setTabOrder(previous, next);
         previous = next;
     }
+    lstFileContents->setMinimumHeight(
+        lstFileContents->fontMetrics().lineSpacing() * 4 + 2 * lstFileContents->frameWidth());
+    QtGridFit::keepControlsWhole(*this);
     resize(760, 560);
 }
 

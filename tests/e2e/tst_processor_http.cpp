@@ -223,6 +223,20 @@ private slots:
         QTest::mouseClick(&button, Qt::LeftButton);
         QCOMPARE(clicks, 1);   // and input works again afterwards
     }
+
+    void aLongCallShowsHowLongItHasWaited()
+    {
+        TestSite site;
+        sandbox->useFor(*site.state);
+        sandbox->forceDelay(1600);
+        ProcessorCall::transmit(*site.state, QString(), QString());
+        const QStringList statuses = site.prompter.statuses();
+        QVERIFY(statuses.size() >= 3);
+        QCOMPARE(statuses.first(), u"Asking the processor for rent payments…"_qs);
+        QCOMPARE(statuses[1],
+            u"Asking the processor for rent payments… | Waiting for the processor… 1 s"_qs);
+        QCOMPARE(statuses.last(), QString());
+    }
 };
 
 QTEST_MAIN(TestProcessorHttp)

@@ -177,6 +177,48 @@ private slots:
         QFETCH(bool, allowed);
         QCOMPARE(HttpProcessorClient::isAllowedUrl(url), allowed);
     }
+
+    // The window says what a call sends, counted from the texts, and the
+    // status is gone before the result is reported.
+    void eachCallSaysWhatItSends_data()
+    {
+        QTest::addColumn<bool>("payees");
+        QTest::addColumn<QString>("first");
+        QTest::addColumn<QString>("second");
+        QTest::addColumn<QString>("status");
+        QString many;
+        for (int i = 0; i < 1234; ++i)
+            many += u"DXRM|T%1|x\r\n"_qs.arg(i);
+        QTest::newRow("portfolio") << false << u"S1\r\nS2\r\n"_qs << many
+                                   << u"Sending the portfolio: 1,234 tenants…"_qs;
+        QTest::newRow("tenants alone, no last line end")
+            << false << QString() << u"DXRM|T1|x"_qs
+            << u"Sending the tenants' enrolment: 1 tenant…"_qs;
+        QTest::newRow("rent request") << false << QString() << QString()
+                                      << u"Asking the processor for rent payments…"_qs;
+        QTest::newRow("owners") << true << u"O1|Owner|a\r\nO%1|Owner|b\r\n"_qs << QString()
+                                << u"Sending the owners' enrolment: 2 owners…"_qs;
+        QTest::newRow("vendors") << true << u"V5|Vendor|a\r\n"_qs << QString()
+                                 << u"Sending the vendors' enrolment: 1 vendor…"_qs;
+        QTest::newRow("payments") << true << QString() << u"B1|O1|r|5\r\nB2|V3|r|6\r\n"_qs
+                                  << u"Sending the owner and vendor payments: 2 checks…"_qs;
+    }
+    void eachCallSaysWhatItSends()
+    {
+        QFETCH(bool, payees);
+        QFETCH(QString, first);
+        QFETCH(QString, second);
+        QFETCH(QString, status);
+        TestSite site;
+        auto script = std::make_shared<ScriptedProcessorClient::Script>();
+        site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        if (payees)
+            ProcessorCall::transmitPayees(*site.state, first, second);
+        else
+            ProcessorCall::transmit(*site.state, first, second);
+        QCOMPARE(site.prompter.statuses(), (QStringList { status, QString() }));
+        QCOMPARE(site.prompter.shown().size(), 1); // the report, after the status went
+    }
 };
 
 QTEST_MAIN(TestProcessorCall)

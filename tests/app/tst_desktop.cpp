@@ -1,0 +1,371 @@
+// How the screens behave as desktop windows: whole controls at every size,
+// keyboard order, Esc, placement, grids that show their texts, message boxes
+// over their own window and the status of a long wait. Every screen is opened
+// on a demo portfolio.
+
+#include "RentSupport.h"
+#include "TestSupport.h"
+
+#include "DemoSite.h"
+
+#include "app/frmLogin.h"
+#include "app/frmRemitraMain.h"
+#include "core/QtPrompter.h"
+#include "disburse/DistributionFile.h"
+#include "disburse/frmMakePayments.h"
+#include "disburse/frmShowLast.h"
+#include "enrolment/frmOwnerUpdate.h"
+#include "enrolment/frmTenantUpdate.h"
+#include "enrolment/frmVendorUpdate.h"
+#include "rent/frmDownload.h"
+#include "viewer/frmViewFiles.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLayout>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScreen>
+#include <QTableView>
+#include <QTest>
+#include <QTimer>
+#include <QToolTip>
+
+namespace {
+
+// A site with the demo portfolio, twelve rent payments waiting and a last
+// distribution of three lines.
+struct DesktopSite
+{
+    DesktopSite()
+    {
+        DemoSite::fillPortfolio(site.db(), 60);
+        QStringList lines;
+        for (const QVariantMap &row :
+            site.rows(u"SELECT TPropID, TenantID FROM Tenants ORDER BY TenantID LIMIT 12"_qs))
+            lines << RentSupport::line(
+                row[u"TPropID"_qs].toInt(), row[u"TenantID"_qs].toInt(), u"1234.56"_qs);
+        RentSupport::writePaymentFile(site, lines);
+        site.writeFile(DistributionFile::LastUploadName,
+            "B1|O1|Owner distribution|1163\r\nB2|V502|Service call|233.75\r\nB3|V3|x|1\r\n");
+    }
+
+    std::unique_ptr<QWidget> open(const QString &screen)
+    {
+        ProgramState &state = *site.state;
+        if (screen == u"frmRemitraMain"_qs)
+            return std::make_unique<frmRemitraMain>(state);
+        if (screen == u"frmLogin"_qs)
+            return std::make_unique<frmLogin>(state);
+        if (screen == u"frmDownload"_qs)
+            return std::make_unique<frmDownload>(state);
+        if (screen == u"frmTenantUpdate"_qs)
+            return std::make_unique<frmTenantUpdate>(state, nullptr);
+        if (screen == u"frmOwnerUpdate"_qs)
+            return std::make_unique<frmOwnerUpdate>(state, nullptr);
+        if (screen == u"frmVendorUpdate"_qs)
+            return std::make_unique<frmVendorUpdate>(state, nullptr);
+        if (screen == u"frmMakePayments"_qs)
+            return std::make_unique<frmMakePayments>(state);
+        if (screen == u"frmShowLast"_qs)
+            return std::make_unique<frmShowLast>(state);
+        return std::make_unique<frmViewFiles>(state);
+    }
+
+    TestSite site;
+};
+
+QRect inWindow(const QWidget &w)
+{
+    return QRect(w.mapTo(w.window(), QPoint()), w.size());
+}
+
+bool related(const QWidget *a, const QWidget *b)
+{
+    return a->isAncestorOf(b) || b->isAncestorOf(a);
+}
+
+// What is wrong with the window's controls at its present size: controls
+// that overlap, texts that do not fit, controls below their least size.
+QStringList cutOrOverlapping(QWidget &window)
+{
+    QList<QWidget *> controls;
+    for (QWidget *w : window.findChildren<QWidget *>()) {
+        if (w->isWindow() || !w->isVisibleTo(&window))
+            continue;
+        const bool control = qobject_cast<QPushButton *>(w) || qobject_cast<QCheckBox *>(w)
+            || qobject_cast<QRadioButton *>(w) || qobject_cast<QLabel *>(w)
+            || qobject_cast<QLineEdit *>(w) || qobject_cast<QComboBox *>(w)
+            || qobject_cast<QGroupBox *>(w)
+            || (qobject_cast<QAbstractItemView *>(w) && !qobject_cast<QHeaderView *>(w));
+        if (control)
+            controls << w;
+    }
+    QStringList problems;
+    auto name = [](const QWidget *w) {
+        return w->objectName().isEmpty() ? QString::fromLatin1(w->metaObject()->className())
+                + u" \""_qs + w->property("text").toString() + u'"'
+                                         : w->objectName();
+    };
+    for (QWidget *w : std::as_const(controls)) {
+        QSize least = w->minimumSizeHint().expandedTo(w->minimumSize());
+        if (qobject_cast<QAbstractButton *>(w))
+            least.setWidth(w->sizeHint().width()); // the caption whole
+        if (auto *label = qobject_cast<QLabel *>(w)) {
+            if (label->text().isEmpty())
+                continue;
+            least = label->wordWrap() ? QSize(0, label->heightForWidth(label->width()))
+                                      : label->sizeHint();
+        }
+        if (qobject_cast<QAbstractItemView *>(w))
+            least = w->minimumSize();
+        if (w->width() < least.width() || w->height() < least.height())
+            problems << u"%1 is %2x%3, needs %4x%5"_qs.arg(name(w))
+                            .arg(w->width())
+                            .arg(w->height())
+                            .arg(least.width())
+                            .arg(least.height());
+    }
+    for (int i = 0; i < controls.size(); ++i) {
+        for (int j = i + 1; j < controls.size(); ++j) {
+            if (!related(controls[i], controls[j])
+                && inWindow(*controls[i]).intersects(inWindow(*controls[j])))
+                problems << name(controls[i]) + u" overlaps "_qs + name(controls[j]);
+        }
+    }
+    return problems;
+}
+
+// The named controls in the order Tab visits them, from `first` on.
+QStringList tabOrder(QWidget &window, const QString &first)
+{
+    QStringList order;
+    for (QWidget *w = window.nextInFocusChain(); w != &window; w = w->nextInFocusChain()) {
+        if (w->window() == &window && (w->focusPolicy() & Qt::TabFocus) && w->isVisibleTo(&window))
+            order << (w->objectName().isEmpty() ? QString::fromLatin1(w->metaObject()->className())
+                                                : w->objectName());
+    }
+    const qsizetype start = order.indexOf(first);
+    return start < 0 ? order : order.mid(start) + order.mid(0, start);
+}
+
+void showActive(QWidget &window)
+{
+    window.show();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+}
+
+// Runs `act` on the message box once it is shown.
+void onNextBox(const std::function<void(QMessageBox &)> &act)
+{
+    QTimer::singleShot(0, [act] {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        if (!box) {
+            onNextBox(act);
+            return;
+        }
+        act(*box);
+    });
+}
+
+} // namespace
+
+class TestDesktop : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void controlsStayWholeAtOpeningAndLeastSize_data()
+    {
+        QTest::addColumn<QString>("screen");
+        for (const char *screen :
+            { "frmRemitraMain", "frmLogin", "frmDownload", "frmTenantUpdate", "frmOwnerUpdate",
+                "frmVendorUpdate", "frmMakePayments", "frmShowLast", "frmViewFiles" })
+            QTest::newRow(screen) << QString::fromLatin1(screen);
+    }
+    void controlsStayWholeAtOpeningAndLeastSize()
+    {
+        QFETCH(QString, screen);
+        DesktopSite s;
+        std::unique_ptr<QWidget> window = s.open(screen);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        window->layout()->activate();
+        QCOMPARE(cutOrOverlapping(*window), QStringList());
+        window->resize(1, 1);
+        window->layout()->activate();
+        QCOMPARE(window->size(), window->minimumSize());
+        QCOMPARE(cutOrOverlapping(*window), QStringList());
+    }
+
+    void tabFollowsTheLayout_data()
+    {
+        QTest::addColumn<QString>("screen");
+        QTest::addColumn<QStringList>("order");
+        QTest::newRow("main menu")
+            << u"frmRemitraMain"_qs
+            << QStringList { u"cmdUploadAll"_qs, u"cmdDownloadPayment"_qs, u"cmdTenantUpdate"_qs,
+                   u"cmdOwnerUpdate"_qs, u"cmdVendorUpdate"_qs, u"cmdMakePayments"_qs,
+                   u"cmdLogin"_qs, u"cmdViewFiles"_qs, u"cmdExit"_qs };
+        QTest::newRow("login") << u"frmLogin"_qs
+                               << QStringList { u"txtUserName"_qs, u"txtPassword"_qs, u"txtURL"_qs,
+                                      u"cmdSave"_qs, u"cmdCancel"_qs };
+        QTest::newRow("review") << u"frmDownload"_qs
+                                << QStringList { u"gridACHDownload"_qs, u"chkPostMgmtFees"_qs,
+                                       u"chkCreateDeposit"_qs, u"txtCreateDeposit"_qs,
+                                       u"optRemark0"_qs, u"optRemark1"_qs, u"optRemark2"_qs,
+                                       u"txtRemark"_qs, u"cmdUpdate"_qs, u"cmdDeleteAll"_qs,
+                                       u"cmdPrintScreen"_qs, u"cmdExit"_qs };
+        const QStringList list = { u"optDisplay"_qs, u"optSortBy"_qs, u"txtSearch"_qs,
+            u"gridACH"_qs, u"chkSelectAll"_qs };
+        QTest::newRow("tenants") << u"frmTenantUpdate"_qs
+                                 << list + QStringList { u"cmdExport"_qs, u"cmdExit"_qs };
+        QTest::newRow("vendors") << u"frmVendorUpdate"_qs << list + QStringList { u"cmdExit"_qs };
+        QTest::newRow("payments") << u"frmMakePayments"_qs
+                                  << QStringList { u"gridMakePayments"_qs, u"optSortBy"_qs,
+                                         u"txtTotalSelected"_qs, u"cmdSelectAll"_qs,
+                                         u"cmdDeSelectAll"_qs, u"cmdMakePaymentsNow"_qs,
+                                         u"cmdShowLast"_qs, u"cmdExit"_qs };
+        QTest::newRow("last batch")
+            << u"frmShowLast"_qs << QStringList { u"gridShowLast"_qs, u"cmdExit"_qs };
+        QStringList files;
+        for (int i = 0; i < 9; ++i)
+            files << u"optFiles_%1"_qs.arg(i);
+        QTest::newRow("files") << u"frmViewFiles"_qs
+                               << files
+                + QStringList { u"lstFileContents"_qs, u"cmdDelete"_qs, u"cmdExit"_qs };
+    }
+    void tabFollowsTheLayout()
+    {
+        QFETCH(QString, screen);
+        QFETCH(QStringList, order);
+        DesktopSite s;
+        std::unique_ptr<QWidget> window = s.open(screen);
+        window->show();
+        QCOMPARE(tabOrder(*window, order.first()), order);
+    }
+
+    void escapeLeavesTheViewers_data()
+    {
+        QTest::addColumn<QString>("screen");
+        QTest::newRow("last batch") << u"frmShowLast"_qs;
+        QTest::newRow("files") << u"frmViewFiles"_qs;
+    }
+    void escapeLeavesTheViewers()
+    {
+        QFETCH(QString, screen);
+        DesktopSite s;
+        std::unique_ptr<QWidget> window = s.open(screen);
+        showActive(*window);
+        QTest::keyClick(window.get(), Qt::Key_Escape);
+        QVERIFY(!window->isVisible());
+        QCOMPARE(s.site.prompter.shown().size(), 0);
+    }
+
+    void screensOpenInTheMiddle_data()
+    {
+        QTest::addColumn<QString>("screen");
+        for (const char *screen :
+            { "frmLogin", "frmDownload", "frmTenantUpdate", "frmMakePayments", "frmShowLast" })
+            QTest::newRow(screen) << QString::fromLatin1(screen);
+    }
+    void screensOpenInTheMiddle()
+    {
+        QFETCH(QString, screen);
+        DesktopSite s;
+        std::unique_ptr<QWidget> window = s.open(screen);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        const QPoint middle = window->screen()->availableGeometry().center();
+        const QPoint centre = window->frameGeometry().center();
+        // Within the frame's few pixels, which are not known before the
+        // first window is shown.
+        QVERIFY2((centre - middle).manhattanLength() <= 6,
+            qPrintable(u"centre %1,%2"_qs.arg(centre.x()).arg(centre.y())));
+    }
+
+    void gridsShowTheirTexts()
+    {
+        DesktopSite s;
+        // The Remitra flag is the last column of the tenant list.
+        auto tenants = s.open(u"frmTenantUpdate"_qs);
+        tenants->show();
+        auto *gridACH = tenants->findChild<QTableView *>(u"gridACH"_qs);
+        const int flag = gridACH->model()->columnCount() - 1;
+        QVERIFY(gridACH->columnViewportPosition(flag) + gridACH->columnWidth(flag)
+            <= gridACH->viewport()->width());
+
+        auto payments = s.open(u"frmMakePayments"_qs);
+        payments->show();
+        auto *grid = payments->findChild<QTableView *>(u"gridMakePayments"_qs);
+        QAbstractItemModel *model = grid->model();
+        QVERIFY(model->rowCount() > 5);
+        for (int r = 0; r < model->rowCount(); ++r) {
+            for (int c = 0; c < model->columnCount(); ++c) {
+                const QModelIndex cell = model->index(r, c);
+                if (!grid->isColumnHidden(c))
+                    QVERIFY2(grid->sizeHintForIndex(cell).width() <= grid->visualRect(cell).width(),
+                        qPrintable(cell.data().toString()));
+            }
+        }
+        // A payee cut by a narrowed column shows whole in its tooltip, before
+        // the owner or vendor it was matched to.
+        grid->setColumnWidth(0, 30);
+        const QModelIndex payee = model->index(0, 0);
+        const QPoint at = grid->visualRect(payee).center();
+        QHelpEvent help(QEvent::ToolTip, at, grid->viewport()->mapToGlobal(at));
+        QApplication::sendEvent(grid->viewport(), &help);
+        QCOMPARE(QToolTip::text(),
+            payee.data().toString() + u'\n' + payee.data(Qt::ToolTipRole).toString());
+    }
+
+    void aMessageBoxBelongsToTheWindowThatRaisedIt()
+    {
+        QWidget menu;
+        menu.setWindowTitle(u"menu"_qs);
+        QWidget payments(&menu, Qt::Window);
+        payments.setWindowTitle(u"payments"_qs);
+        menu.show();
+        showActive(payments);
+        QtPrompter prompter(&menu);
+        QWidget *owner = nullptr;
+        onNextBox([&](QMessageBox &box) {
+            owner = box.parentWidget();
+            box.button(QMessageBox::Ok)->click();
+        });
+        prompter.notice(u"There are no payments selected"_qs, u"Make Payments"_qs);
+        QCOMPARE(owner, &payments);
+        QTRY_COMPARE(QApplication::activeWindow(), &payments);
+    }
+
+    void theStatusShowsInTheWaitingWindow()
+    {
+        QWidget window;
+        window.resize(600, 400);
+        showActive(window);
+        QtPrompter prompter;
+        prompter.showStatus(u"Sending the portfolio: 60 tenants…"_qs, QString());
+        QWidget *panel = prompter.statusPanel();
+        QVERIFY(panel && panel->isVisible());
+        QCOMPARE(panel->parentWidget(), &window);
+        QVERIFY(window.rect().contains(panel->geometry()));
+        prompter.showStatus(
+            u"Sending the portfolio: 60 tenants…"_qs, u"Waiting for the processor… 12 s"_qs);
+        QCOMPARE(prompter.statusPanel(), panel);
+        QCOMPARE(panel->findChild<QLabel *>(u"statusProgress"_qs)->text(),
+            u"Waiting for the processor… 12 s"_qs);
+        prompter.showStatus(QString(), QString());
+        QVERIFY(!prompter.statusPanel());
+    }
+};
+
+QTEST_MAIN(TestDesktop)
+#include "tst_desktop.moc"
