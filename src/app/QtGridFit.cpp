@@ -21,12 +21,15 @@ public:
     explicit ClippedTextTips(QAbstractItemView &view)
         : QObject(&view)
         , m_view(view)
+        , m_viewport(view.viewport())
     {
     }
 
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (watched != m_view.viewport() || event->type() != QEvent::ToolTip)
+        // The viewport still sends events while the view is being destroyed,
+        // when the view may no longer be asked anything: test the event first.
+        if (event->type() != QEvent::ToolTip || watched != m_viewport)
             return false;
         const auto *help = static_cast<QHelpEvent *>(event);
         const QModelIndex index = m_view.indexAt(help->pos());
@@ -46,6 +49,7 @@ public:
 
 private:
     QAbstractItemView &m_view;
+    const QObject *m_viewport;
 };
 
 } // namespace

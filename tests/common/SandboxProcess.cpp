@@ -11,6 +11,11 @@
 
 #include <curl/curl.h>
 
+#ifdef Q_OS_LINUX
+#include <csignal>
+#include <sys/prctl.h>
+#endif
+
 #include <memory>
 
 #ifndef QUENTA_SANDBOX_PATH
@@ -38,6 +43,11 @@ SandboxProcess::SandboxProcess(
         return;
     }
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+#ifdef Q_OS_LINUX
+    // A test that aborts must not leave the sandbox holding the test's output
+    // open: the runner would wait for it until its time-out.
+    m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
+#endif
     m_process.start(program,
         QStringList { u"--port"_qs, u"0"_qs, u"--user"_qs, user, u"--password"_qs, password }
             + extraArguments);
