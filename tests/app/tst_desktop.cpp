@@ -214,7 +214,7 @@ private slots:
             << u"frmRemitraMain"_qs
             << QStringList { u"cmdUploadAll"_qs, u"cmdDownloadPayment"_qs, u"cmdTenantUpdate"_qs,
                    u"cmdOwnerUpdate"_qs, u"cmdVendorUpdate"_qs, u"cmdMakePayments"_qs,
-                   u"cmdLogin"_qs, u"cmdViewFiles"_qs, u"cmdExit"_qs };
+                   u"cmdLogin"_qs, u"cmdViewFiles"_qs, u"cmdHistory"_qs, u"cmdExit"_qs };
         QTest::newRow("login") << u"frmLogin"_qs
                                << QStringList { u"txtUserName"_qs, u"txtPassword"_qs, u"txtURL"_qs,
                                       u"cmdSave"_qs, u"cmdCancel"_qs };
