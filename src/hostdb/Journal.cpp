@@ -249,6 +249,7 @@ qint64 Journal::commitPosting(HostDb::Transaction &host, const Entry &entry, con
         if (records)
             records();
         host.commit();
+        m_store.checkpoint("host committed");
         return id;
     }
     // Two connections: the entry first, marked pending (with the result it
