@@ -23,7 +23,7 @@ QList<Journal::Line> lines(const QList<PaymentRow> &checks, const ResponseMatche
         } else {
             const ResponseMatcher::Verdict verdict = answer->verdict(check.payeeId(), check.CkID);
             line.outcome
-                = verdict.accepted ? u"posted"_qs : u"rejected: "_qs + VbText::Trim(verdict.reason);
+                = verdict.accepted ? u"posted"_qs : u"rejected: "_qs + verdict.reason.trimmed();
         }
         found.append(line);
     }
