@@ -120,6 +120,8 @@ void frmHistory::buildUi()
     for (QDateEdit *edit : { dtpFrom, dtpTo }) {
         edit->setCalendarPopup(true);
         edit->setEnabled(false);
+        // Tall enough for its text box's least height in every style.
+        edit->setMinimumHeight(edit->sizeHint().height() + 2);
     }
     auto *labFrom = buddyLabel(u"&From:"_qs, dtpFrom, this);
     labFrom->setObjectName(u"labFrom"_qs);
@@ -291,7 +293,11 @@ void frmHistory::showRun(int row)
 {
     if (row < 0 || row >= m_runs.size()) {
         m_current.reset();
-        labRun->setText(m_runs.isEmpty() ? u"No runs are recorded yet."_qs : QString());
+        const Journal::Filter f = filter();
+        const bool filtered = f.kind || f.from.isValid();
+        labRun->setText(!m_runs.isEmpty() ? QString()
+                : filtered                ? u"No run of this kind or in these dates."_qs
+                                          : u"No runs are recorded yet."_qs);
         for (HistoryTableModel *model : { m_lineModel, m_rowModel, m_messageModel, m_fileModel })
             model->setTable({});
         labShown->clear();
