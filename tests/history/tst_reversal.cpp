@@ -3,6 +3,7 @@
 #include "history/RunText.h"
 #include "hostdb/Journal.h"
 #include "hostdb/RentPostingRecord.h"
+#include "hostdb/WrittenRows.h"
 #include "rent/DuplicateGuard.h"
 #include "rent/PaymentFile.h"
 #include "rent/ReversePosting.h"
@@ -238,6 +239,33 @@ private slots:
         QVERIFY(RentPostingRecord(s.site.state->store())
                     .lines(PaymentFile::fileSha256(*s.site.state))
                     .isEmpty());
+    }
+
+    // Without row handles (the Access host) a written row is found by its
+    // values: rows alike in every field are counted and removed together.
+    // The statements are plain SQL, run here on SQLite.
+    void rowsFoundByTheirValues()
+    {
+        Site s(false);
+        QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), everything()));
+        QList<Journal::Row> rows = s.journal().rows(s.lastRun());
+        Journal::Row line = rows.first();
+        Journal::Row unit = rows.at(1);
+        QCOMPARE(unit.table, u"Units"_qs);
+        line.handle = unit.handle = QVariant();
+
+        HostDb::Transaction tx(s.site.db());
+        WrittenRows host(s.site.db());
+        QCOMPARE(host.added(line).state, WrittenRows::State::Same);
+        QCOMPARE(host.balance(unit)->toPlainText(), u"912.5"_qs);
+        s.site.db().execText(
+            u"INSERT INTO Transactions SELECT * FROM Transactions WHERE rowid = 1"_qs, "test");
+        QCOMPARE(host.added(line).state, WrittenRows::State::Alike);
+        QCOMPARE(host.added(line, 2).state, WrittenRows::State::Same);
+        host.remove(line, 2);
+        QCOMPARE(host.added(line).state, WrittenRows::State::Gone);
+        s.site.db().execText(u"UPDATE Units SET UNumber = '2B' WHERE UTenantID = 100"_qs, "test");
+        QVERIFY(!host.balance(unit));
     }
 
     // A payment the journal shows as posted, in another file: marked on the
