@@ -56,12 +56,15 @@ QString heading(const Journal::Run &run)
 {
     QString text = Journal::kindCaption(run.kind) + u" of "_qs + when(run.at) + u" (run "_qs
         + QString::number(run.id) + u"): "_qs + Journal::resultText(run);
-    if (run.count)
-        text += u"; "_qs + QLocale::system().toString(*run.count)
-            + (Journal::isExchange(run.kind) && run.kind != Journal::Kind::RentDownload
-                        && run.kind != Journal::Kind::Distribution
-                    ? u" line(s)"_qs
-                    : u" item(s)"_qs);
+    if (run.count) {
+        QString unit = u" line(s)"_qs;
+        if (run.kind == Journal::Kind::RentDownload || run.kind == Journal::Kind::RentPosting
+            || run.kind == Journal::Kind::Reversal)
+            unit = u" payment(s)"_qs;
+        else if (run.kind == Journal::Kind::Distribution || run.kind == Journal::Kind::CheckPosting)
+            unit = u" check(s)"_qs;
+        text += u"; "_qs + QLocale::system().toString(*run.count) + unit;
+    }
     if (run.total)
         text += u", "_qs + run.total->toDollarsParen();
     if (run.reverses)

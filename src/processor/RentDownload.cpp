@@ -109,7 +109,8 @@ void DownloadPaymentFile(ProgramState &state)
     // The response is used whatever the result: a failed call that still
     // brought a body writes it, and one without gives the "none found" notice.
     std::optional<RuntimeError> archiveError;
-    ExchangeJournal exchange(state, Journal::Kind::RentDownload);
+    // Nothing received until the answer says otherwise.
+    ExchangeJournal exchange(state, Journal::Kind::RentDownload, { {}, {}, 0, Currency() });
     const ProcessorCall::Outcome outcome = ProcessorCall::transmit(
         state, QString(), QString(), exchange.keep([&](const ProcessorCall::Outcome &answer) {
             if (answer.response.isEmpty())
