@@ -40,12 +40,11 @@ QString when(const QString &iso)
 TextTable runList(const QList<Journal::Run> &runs)
 {
     TextTable table;
-    table.columns = { u"Date"_qs, u"Kind"_qs, u"Count"_qs, u"Total"_qs, u"Result"_qs, u"Run"_qs };
+    table.columns = { u"Run"_qs, u"Date"_qs, u"Kind"_qs, u"Count"_qs, u"Total"_qs, u"Result"_qs };
     for (const Journal::Run &run : runs) {
-        table.rows.append({ when(run.at), Journal::kindCaption(run.kind),
+        table.rows.append({ QString::number(run.id), when(run.at), Journal::kindCaption(run.kind),
             run.count ? QLocale::system().toString(*run.count) : QString(),
-            run.total ? run.total->toDollarsParen() : QString(), Journal::resultText(run),
-            QString::number(run.id) });
+            run.total ? run.total->toDollarsParen() : QString(), Journal::resultText(run) });
         const bool reversed = run.result.state == Journal::Reversed;
         table.notes.append(reversed ? u"This posting was reversed."_qs : QString());
     }

@@ -10,7 +10,8 @@ namespace RunText {
 // "3/1/2026 9:15 AM" from a stored time.
 QString when(const QString &iso);
 
-// The run list: date, kind, count, total, result (newest first, as given).
+// The run list: run number, date, kind, count, total, result (newest first,
+// as given).
 TextTable runList(const QList<Journal::Run> &runs);
 
 // One line about the run: its kind, when, result, count and total.

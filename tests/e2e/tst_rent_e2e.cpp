@@ -101,9 +101,9 @@ private slots:
                                      .toString();
         frmHistory history(*site.state);
         auto *runs = history.findChild<QTableView *>(u"gridRuns"_qs);
-        QCOMPARE(runs->model()->index(0, 1).data().toString(), u"Rent posting"_qs);
-        QCOMPARE(runs->model()->index(1, 1).data().toString(), u"Rent download"_qs);
-        QCOMPARE(runs->model()->index(1, 2).data().toString(), u"6"_qs);
+        QCOMPARE(runs->model()->index(0, 2).data().toString(), u"Rent posting"_qs);
+        QCOMPARE(runs->model()->index(1, 2).data().toString(), u"Rent download"_qs);
+        QCOMPARE(runs->model()->index(1, 3).data().toString(), u"6"_qs);
         site.prompter.clear();
         site.prompter.queueAnswer(Prompter::Answer::Yes);
         QTest::mouseClick(history.findChild<QPushButton *>(u"cmdReverse"_qs), Qt::LeftButton);
