@@ -490,34 +490,58 @@ QList<Journal::Message> Journal::messages(qint64 runId)
     return found;
 }
 
-QList<Journal::PostedPayment> Journal::postedBetween(const QString &from, const QString &to)
+QList<Journal::PostedPayment> Journal::postedBetween(
+    const QString &from, const QString &to, const QString &fileSha256)
 {
+    // The key as paymentKey() writes it.
     QSqlQuery q = m_store.prepare(
-        u"SELECT l.run_id, r.at, r.file_sha256, l.line, l.tenant_id, l.amount, l.date, "
-        "l.check_number, l.trans_type FROM "_qs
+        u"SELECT l.tenant_id || '|' || l.amount || '|' || l.date || '|' || "
+        "coalesce(l.check_number, '') || '|' || coalesce(l.trans_type, ''), l.run_id, l.line, "
+        "r.file_sha256 = :sha FROM "_qs
         + m_store.table("journal_lines") + u" l JOIN "_qs + m_store.table("journal_runs")
         + u" r ON r.run_id = l.run_id WHERE l.date BETWEEN :from AND :to "
           "AND l.outcome IN ('posted', 'part posted') AND r.kind = 'rent posting' "
           "AND l.run_id NOT IN (SELECT run_id FROM "_qs
         + m_store.table("journal_results") + u" WHERE state IN ('reversed', 'rolled back'))"_qs);
+    q.bindValue(u":sha"_qs, fileSha256);
     q.bindValue(u":from"_qs, from);
     q.bindValue(u":to"_qs, to);
     HostDb::exec(q, "reading the journal");
     QList<PostedPayment> found;
     while (q.next()) {
-        PostedPayment p;
-        p.runId = q.value(0).toLongLong();
-        p.runAt = q.value(1).toString();
-        p.fileSha256 = q.value(2).toString();
-        p.line.line = q.value(3).toInt();
-        p.line.tenantId = q.value(4);
-        p.line.amount = q.value(5).toString();
-        p.line.date = q.value(6).toString();
-        p.line.checkNumber = q.value(7).toString();
-        p.line.transType = q.value(8).toString();
-        found.append(p);
+        found.append({ q.value(0).toString(), q.value(1).toLongLong(), q.value(2).toInt(),
+            q.value(3).toInt() != 0 });
     }
     return found;
+}
+
+QString Journal::paymentKey(qint64 tenantId, const QString &amount, const QString &isoDate,
+    const QString &checkNumber, const QString &transType)
+{
+    // Appended in place: a file of 100,000 payments makes as many keys.
+    QString key;
+    key.reserve(24 + amount.size() + isoDate.size() + checkNumber.size() + transType.size());
+    key += QString::number(tenantId);
+    key += u'|';
+    key += amount;
+    key += u'|';
+    key += isoDate;
+    key += u'|';
+    key += checkNumber;
+    key += u'|';
+    key += transType;
+    return key;
+}
+
+QHash<qint64, QString> Journal::postingTimes()
+{
+    QSqlQuery q = m_store.prepare(u"SELECT run_id, at FROM "_qs + m_store.table("journal_runs")
+        + u" WHERE kind = 'rent posting'"_qs);
+    HostDb::exec(q, "reading the journal");
+    QHash<qint64, QString> times;
+    while (q.next())
+        times.insert(q.value(0).toLongLong(), q.value(1).toString());
+    return times;
 }
 
 QString Journal::resultText(const Run &run)

@@ -5,6 +5,7 @@
 #include "hostdb/HostWriteLog.h"
 
 #include <QDate>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QVariant>
@@ -188,16 +189,26 @@ public:
     QList<Run> postingsOf(const QString &fileSha256);
 
     // Payments that rent posting runs still in the ledgers (not reversed or
-    // rolled back) posted with a date between from and to (ISO), with the
-    // run and the file they came from. One indexed query.
+    // rolled back) posted with a date between from and to (ISO): each by
+    // its key (paymentKey()), run, line, and whether it came from the file
+    // with the SHA-256 given. One indexed query; the key is put together by
+    // the store, so a large file costs one short text per payment.
     struct PostedPayment
     {
+        QString key;
         qint64 runId = 0;
-        QString runAt;
-        QString fileSha256;
-        Line line;
+        int line = 0;
+        bool sameFile = false;
     };
-    QList<PostedPayment> postedBetween(const QString &from, const QString &to);
+    QList<PostedPayment> postedBetween(
+        const QString &from, const QString &to, const QString &fileSha256);
+    // What makes two payments the same, as postedBetween() gives it: tenant
+    // id, amount as posted, ISO date, check number ("" for none) and
+    // transaction type, joined by "|".
+    static QString paymentKey(qint64 tenantId, const QString &amount, const QString &isoDate,
+        const QString &checkNumber, const QString &transType);
+    // When each rent posting run was made.
+    QHash<qint64, QString> postingTimes();
 
     static QString resultText(const Run &run);
 

@@ -10,18 +10,11 @@ namespace DuplicateGuard {
 
 namespace {
 
-// The fields that make two payments the same, in the forms the journal
-// keeps them.
-QString keyOf(const QVariant &tenant, const QString &amount, const QString &date,
-    const QString &check, const QString &type)
-{
-    return tenant.toString() + u'|' + amount + u'|' + date + u'|' + check + u'|' + type;
-}
-
+// The row's key as the journal gives it (Journal::paymentKey).
 QString keyOf(const RentPayment &row, const QString &iso)
 {
-    return keyOf(RentPayment::longValue(row.tenantId()), row.amount->abs().toPlainText(), iso,
-        row.checkValue().toString(), row.transType.trimmed());
+    return Journal::paymentKey(RentPayment::longValue(row.tenantId()),
+        row.amount->abs().toPlainText(), iso, row.checkValue().toString(), row.transType.trimmed());
 }
 
 } // namespace
@@ -29,16 +22,21 @@ QString keyOf(const RentPayment &row, const QString &iso)
 QHash<int, Earlier> find(ProgramState &state, const RentPayments &rows, const QString &fileSha256)
 {
     QHash<int, Earlier> found;
-    QString first, last;
+    // A file holds few distinct dates: each is read once.
+    QHash<QString, QString> isoOf;
     QList<QString> isoDates(qsizetype(rows.size()));
+    QString first, last;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const RentPayment &row = rows[i];
         if (!row.amount)
             continue;
-        const QString iso = row.isoDate();
-        isoDates[qsizetype(i)] = iso;
+        auto known = isoOf.constFind(row.date);
+        if (known == isoOf.cend())
+            known = isoOf.insert(row.date, row.isoDate());
+        const QString &iso = known.value();
         if (iso.isEmpty())
             continue;
+        isoDates[qsizetype(i)] = iso;
         if (first.isEmpty() || iso < first)
             first = iso;
         if (last.isEmpty() || iso > last)
@@ -47,30 +45,32 @@ QHash<int, Earlier> find(ProgramState &state, const RentPayments &rows, const QS
     if (first.isEmpty())
         return found;
 
-    struct Posted
-    {
-        Earlier earlier;
-        QString fileSha256;
-    };
-    QMultiHash<QString, Posted> posted;
-    for (const Journal::PostedPayment &p : Journal(state.store()).postedBetween(first, last)) {
-        posted.insert(keyOf(p.line.tenantId, p.line.amount, p.line.date, p.line.checkNumber,
-                          p.line.transType),
-            { { p.runId, p.runAt, p.line.line }, p.fileSha256 });
-    }
+    Journal journal(state.store());
+    const QList<Journal::PostedPayment> posted = journal.postedBetween(first, last, fileSha256);
     if (posted.isEmpty())
         return found;
+    // Each key's first posting, and the next posting of the same key.
+    QHash<QString, qsizetype> firstOf;
+    firstOf.reserve(posted.size());
+    QList<qsizetype> next(posted.size(), -1);
+    for (qsizetype p = posted.size() - 1; p >= 0; --p) {
+        // Stored one up, so that 0 means none.
+        qsizetype &head = firstOf[posted[p].key];
+        next[p] = head - 1;
+        head = p + 1;
+    }
+    const QHash<qint64, QString> times = journal.postingTimes();
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const QString &iso = isoDates[qsizetype(i)];
         if (iso.isEmpty())
             continue;
-        const auto [from, to] = posted.equal_range(keyOf(rows[i], iso));
-        for (auto it = from; it != to; ++it) {
+        const qsizetype head = firstOf.value(keyOf(rows[i], iso));
+        for (qsizetype p = head - 1; p >= 0; p = next[p]) {
             // The same line of the same file is the posting record's to take
             // up (a run that stopped part-way is resumed, not repeated).
-            if (it->fileSha256 == fileSha256 && it->earlier.line == rows[i].line)
+            if (posted[p].sameFile && posted[p].line == rows[i].line)
                 continue;
-            found.insert(int(i), it->earlier);
+            found.insert(int(i), { posted[p].runId, times.value(posted[p].runId), posted[p].line });
             break;
         }
     }
