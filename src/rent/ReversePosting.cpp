@@ -282,7 +282,8 @@ bool run(ProgramState &state, qint64 runId)
         return false;
 
     db.require(HostFeature::RentPosting);
-    db.require(HostFeature::Deposit);
+    if (summary.deposit)
+        db.require(HostFeature::Deposit);
     BusyCursor busy(prompter);
     try {
         RentBackup::write(db, state.folder());
