@@ -11,12 +11,12 @@ ProgramState::ProgramState(Prompter &prompter, QString folder)
 
 ProgramState::~ProgramState() = default;
 
-void ProgramState::setHostDb(std::unique_ptr<HostDb> db)
+void ProgramState::setHostDb(std::unique_ptr<HostDb> db, RemitraStore::Connection store)
 {
     m_store.reset();
     m_hostDb = std::move(db);
     if (m_hostDb)
-        m_store = std::make_unique<RemitraStore>(*m_hostDb);
+        m_store = std::make_unique<RemitraStore>(*m_hostDb, store);
 }
 
 RemitraStore &ProgramState::store() const

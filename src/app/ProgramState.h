@@ -36,7 +36,8 @@ public:
     bool hasDb() const { return m_hostDb != nullptr; }
     // Takes the host database and opens Remitra's own store beside it (see
     // RemitraStore), before any transaction can be open on it.
-    void setHostDb(std::unique_ptr<HostDb> db);
+    void setHostDb(std::unique_ptr<HostDb> db,
+        RemitraStore::Connection store = RemitraStore::Connection::Attached);
     // Remitra's own store; throws like db() before start-up opened it.
     RemitraStore &store() const;
 

@@ -7,6 +7,7 @@
 #include "core/RuntimeError.h"
 #include "core/VbText.h"
 #include "hostdb/HostDb.h"
+#include "hostdb/JournalRecovery.h"
 #include "processor/RentDownload.h"
 #include "uploads/EnrolmentUpload.h"
 
@@ -64,6 +65,18 @@ void sendOwedUploads(ProgramState &state)
     }
 }
 
+// Postings that a program ended between their two commits (Access host)
+// are settled before anything reads what was posted. A host held locked
+// leaves them for the next start; the posting itself settles them too.
+void settleJournal(ProgramState &state)
+{
+    try {
+        JournalRecovery::settle(state.db(), state.store());
+    } catch (const RuntimeError &error) {
+        qWarning("the journal could not be settled yet: %s", qPrintable(error.description()));
+    }
+}
+
 } // namespace
 
 Startup::Outcome Startup::run(ProgramState &state, LoginScreen &login)
@@ -88,6 +101,7 @@ Startup::Outcome Startup::run(
         db->checkHoldsTables();
         state.DatabasePath = db->path();
         state.setHostDb(std::move(db));
+        settleJournal(state);
 
         if (!readCredentials(state, login))
             return Outcome::ShowMainMenu;

@@ -12,6 +12,7 @@
 #include "enrolment/frmOwnerUpdate.h"
 #include "enrolment/frmTenantUpdate.h"
 #include "enrolment/frmVendorUpdate.h"
+#include "history/frmHistory.h"
 #include "processor/ProcessorCall.h"
 #include "processor/RentDownload.h"
 #include "rent/frmDownload.h"
@@ -154,6 +155,10 @@ frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
 
     cmdLogin = button(u"cmdLogin"_qs, u"Reset Log in"_qs, this);
     cmdViewFiles = button(u"cmdViewFiles"_qs, u"View Files"_qs, this);
+    // Outside the four frames, beside the other viewer.
+    cmdHistory = button(u"cmdHistory"_qs, u"&History"_qs, this);
+    cmdHistory->setToolTip(u"Every exchange with Quenta Payment Services and every posting, "
+                           "with its files; a rent posting can be reversed from there."_qs);
     cmdExit = button(u"cmdExit"_qs, u"&Exit"_qs, this);
 
     auto *frames = new QGridLayout;
@@ -169,6 +174,7 @@ frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
     auto *bottom = new QHBoxLayout;
     bottom->addWidget(cmdLogin);
     bottom->addWidget(cmdViewFiles);
+    bottom->addWidget(cmdHistory);
     bottom->addStretch();
     bottom->addWidget(labVersion);
     bottom->addSpacing(12);
@@ -192,7 +198,8 @@ frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
     setTabOrder(cmdVendorUpdate, cmdMakePayments);
     setTabOrder(cmdMakePayments, cmdLogin);
     setTabOrder(cmdLogin, cmdViewFiles);
-    setTabOrder(cmdViewFiles, cmdExit);
+    setTabOrder(cmdViewFiles, cmdHistory);
+    setTabOrder(cmdHistory, cmdExit);
 
     connect(cmdUploadAll, &QPushButton::clicked, this, &frmRemitraMain::cmdUploadAll_Click);
     connect(
@@ -202,6 +209,7 @@ frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
     connect(cmdVendorUpdate, &QPushButton::clicked, this, &frmRemitraMain::cmdVendorUpdate_Click);
     connect(cmdMakePayments, &QPushButton::clicked, this, &frmRemitraMain::cmdMakePayments_Click);
     connect(cmdViewFiles, &QPushButton::clicked, this, &frmRemitraMain::cmdViewFiles_Click);
+    connect(cmdHistory, &QPushButton::clicked, this, &frmRemitraMain::cmdHistory_Click);
     connect(cmdLogin, &QPushButton::clicked, this, &frmRemitraMain::cmdLogin_Click);
     connect(cmdExit, &QPushButton::clicked, this, &frmRemitraMain::cmdExit_Click);
 }
@@ -313,6 +321,11 @@ void frmRemitraMain::cmdViewFiles_Click()
     TopLevel::run(m_state, [&] { openViewFiles(); });
 }
 
+void frmRemitraMain::cmdHistory_Click()
+{
+    TopLevel::run(m_state, [&] { openHistory(); });
+}
+
 void frmRemitraMain::cmdLogin_Click()
 {
     TopLevel::run(m_state, [&] { Credentials::resetLogIn(m_state, *this); });
@@ -371,4 +384,9 @@ void frmRemitraMain::openMakePayments()
 void frmRemitraMain::openViewFiles()
 {
     frmViewFiles::open(m_state, this);
+}
+
+void frmRemitraMain::openHistory()
+{
+    frmHistory::open(m_state, this);
 }

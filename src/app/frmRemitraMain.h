@@ -37,6 +37,7 @@ private slots:
     void cmdVendorUpdate_Click();
     void cmdMakePayments_Click();
     void cmdViewFiles_Click();
+    void cmdHistory_Click();
     void cmdLogin_Click();
     void cmdExit_Click();
 
@@ -60,6 +61,7 @@ private:
     void openVendorUpdate();
     void openMakePayments();
     void openViewFiles();
+    void openHistory();
 
     ProgramState &m_state;
     QLabel *labIntro;
@@ -80,5 +82,6 @@ private:
     QPushButton *cmdMakePayments;
     QPushButton *cmdLogin;
     QPushButton *cmdViewFiles;
+    QPushButton *cmdHistory;
     QPushButton *cmdExit;
 };

@@ -1,17 +1,21 @@
 #include "disburse/DistributionRun.h"
 
+#include "app/MessageCapture.h"
 #include "app/ProgramState.h"
+#include "core/FileArchive.h"
 #include "core/Prompter.h"
 #include "core/RuntimeError.h"
 #include "core/TransferFile.h"
 #include "core/VbText.h"
 #include "disburse/DistributionFile.h"
+#include "disburse/DistributionJournal.h"
 #include "disburse/PaidCheckPosting.h"
 #include "disburse/ResponseMatcher.h"
 #include "disburse/UnfinishedRun.h"
 #include "hostdb/DisburseLookup.h"
 #include "hostdb/DistributionRecord.h"
 #include "hostdb/RentBackup.h"
+#include "processor/ExchangeJournal.h"
 #include "processor/ProcessorCall.h"
 
 #include <QDateTime>
@@ -181,8 +185,11 @@ bool DistributionRun::MakePaymentsNow(
     const QString responsePath = m_state.pathOf(DistributionFile::ResponseName);
     bool answered = false;
     QString responseText;
+    ExchangeJournal exchange(m_state, Journal::Kind::Distribution,
+        { { m_state.DisbursementUploadName }, DistributionJournal::lines(rows), rows.size(),
+            DistributionJournal::total(rows) });
     ProcessorCall::transmitPayees(m_state, QStringLiteral(""), paymentText,
-        [&](const ProcessorCall::Outcome &outcome) {
+        exchange.keep([&](const ProcessorCall::Outcome &outcome) {
             if (!outcome.flag) {
                 // No answer: the payments may still have arrived, unless the
                 // request certainly never left.
@@ -203,14 +210,17 @@ bool DistributionRun::MakePaymentsNow(
             responseText = ReadWholeFile(responsePath);
             record.setAnswered(runId, responseText);
             answered = true;
-        });
+            exchange.receives(
+                DistributionFile::ResponseName, FileArchive::keep(m_state.folder(), responsePath));
+        }));
     if (m_state.ResultCode != 200)
         return false;
     if (!answered) {
-        prompter.notice(u"Quenta Payment Services sent no answer for these payments, so none of "
-                        "them was posted. The checks remain in your 'Entered Check File'. Look "
-                        "up the payments at the Quenta Payment website before sending them "
-                        "again."_qs,
+        m_state.prompter().notice(
+            u"Quenta Payment Services sent no answer for these payments, so none of "
+            "them was posted. The checks remain in your 'Entered Check File'. Look "
+            "up the payments at the Quenta Payment website before sending them "
+            "again."_qs,
             kNoticeTitle);
         return false;
     }
@@ -223,6 +233,8 @@ bool DistributionRun::finish(ProgramState &state, qint64 runId, const QList<Paym
     const ResponseMatcher &response, bool &stopRejections,
     const std::function<void()> &emptySelection)
 {
+    // The messages of the posting belong to its journal entry.
+    MessageCapture capture(state);
     Prompter &prompter = state.prompter();
     QList<PaidCheckPosting::Message> messages;
     {
@@ -242,18 +254,31 @@ bool DistributionRun::finish(ProgramState &state, qint64 runId, const QList<Paym
         }
         DistributionRecord record(state.store());
         HostDb::Transaction tx(db);
-        PaidCheckPosting posting(db);
-        posting.PostCheck(rows, response);
+        HostWriteLog written;
+        PaidCheckPosting posting(db, &written);
+        const int posted = posting.PostCheck(rows, response);
         posting.DeleteEnteredSplits();
         posting.DeleteEnteredChecks(rows);
-        // Attached, the record commits with the posting; on its own
-        // connection it follows the commit (a run found answered whose
-        // checks are gone is then closed quietly by UnfinishedRun).
-        if (state.store().attached())
-            record.setPosted(runId);
-        tx.commit();
-        if (!state.store().attached())
-            record.setPosted(runId);
+        // Attached, the record and the journal commit with the posting; on
+        // its own connection the record follows the commit (a run found
+        // answered whose checks are gone is then closed quietly by
+        // UnfinishedRun, and the journal entry by JournalRecovery).
+        Journal::Entry entry;
+        entry.kind = Journal::Kind::CheckPosting;
+        entry.title = u"Checks accepted by Quenta Payment Services"_qs;
+        entry.lines = DistributionJournal::lines(rows, &response);
+        entry.rows = &written;
+        QList<PaymentRow> accepted;
+        for (const PaymentRow &row : rows) {
+            if (response.verdict(row.payeeId(), row.CkID).accepted)
+                accepted.append(row);
+        }
+        const qint64 journalRun
+            = Journal(state.store())
+                  .commitPosting(tx, entry,
+                      { Journal::Posted, {}, {}, posted, DistributionJournal::total(accepted), {} },
+                      [&] { record.setPosted(runId); });
+        capture.attach(journalRun);
         messages = posting.messages();
 
         const QString sent = state.pathOf(state.DisbursementUploadName);

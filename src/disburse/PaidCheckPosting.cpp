@@ -26,16 +26,21 @@ QString dateText(const QVariant &value)
 
 } // namespace
 
-PaidCheckPosting::PaidCheckPosting(HostDb &db)
+PaidCheckPosting::PaidCheckPosting(HostDb &db, HostWriteLog *log)
     : m_db(db)
+    , m_log(log)
     , m_targets(db)
 {
+    m_db.setLog(log);
 }
 
 int PaidCheckPosting::PostCheck(const QList<PaymentRow> &rows, const ResponseMatcher &response)
 {
     int posted = 0;
+    int position = 0;
     for (const PaymentRow &check : rows) {
+        if (m_log)
+            m_log->setLine(++position);
         const ResponseMatcher::Verdict verdict = response.verdict(check.payeeId(), check.CkID);
         if (!verdict.accepted) {
             m_messages.append(
@@ -82,6 +87,8 @@ void PaidCheckPosting::PostTransaction(const Work &work, const PaymentRow &check
 
 void PaidCheckPosting::DeleteEnteredSplits()
 {
+    if (m_log)
+        m_log->setLine(0);
     m_db.deleteEnteredSplits();
 }
 

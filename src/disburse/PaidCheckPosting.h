@@ -22,7 +22,9 @@ class ResponseMatcher;
 class PaidCheckPosting
 {
 public:
-    explicit PaidCheckPosting(HostDb &db);
+    // The rows written go to log when one is given (for the journal), each
+    // under the position of its check among the rows (1 for the first).
+    explicit PaidCheckPosting(HostDb &db, HostWriteLog *log = nullptr);
 
     struct Message
     {
@@ -67,6 +69,7 @@ public:
 
 private:
     CheckPosting m_db;
+    HostWriteLog *m_log;
     PostingTargets m_targets;
     QList<Message> m_messages;
 };

@@ -8,9 +8,31 @@ void PaymentListModel::setRows(QList<PaymentRow> rows)
     m_rows = std::move(rows);
     m_index.clear();
     m_index.reserve(m_rows.size());
-    for (int r = 0; r < m_rows.size(); ++r)
+    m_byCheck.clear();
+    for (int r = 0; r < m_rows.size(); ++r) {
         m_index.insert(m_rows[r].key(), r);
+        m_byCheck[m_rows[r].CkID].append(r);
+    }
     endResetModel();
+}
+
+QString PaymentListModel::payeeText(const PaymentRow &row)
+{
+    return row.isOwner() ? u"Owner %1: %2 %3"_qs.arg(row.payeeId()).arg(row.NameB, row.NameA)
+                         : u"Vendor %1: %2"_qs.arg(row.payeeId()).arg(row.NameA);
+}
+
+QStringList PaymentListModel::alsoListedFor(int row) const
+{
+    QStringList others;
+    const QList<int> rows = m_byCheck.value(m_rows[row].CkID);
+    if (rows.size() < 2)
+        return others;
+    for (int r : rows) {
+        if (r != row)
+            others << payeeText(m_rows[r]).simplified();
+    }
+    return others;
 }
 
 int PaymentListModel::rowCount(const QModelIndex &parent) const
@@ -35,9 +57,15 @@ QVariant PaymentListModel::data(const QModelIndex &index, int role) const
     }
     if (role == Qt::ToolTipRole) {
         // Tells apart the rows of a check payable to two payees of one name.
-        return row.isOwner() ? u"Owner %1: %2 %3"_qs.arg(row.payeeId()).arg(row.NameB, row.NameA)
-                             : u"Vendor %1: %2"_qs.arg(row.payeeId()).arg(row.NameA);
+        QString tip = payeeText(row);
+        const QStringList others = alsoListedFor(index.row());
+        if (!others.isEmpty())
+            tip += u"\nAlso listed for "_qs + others.join(u"; "_qs)
+                + u": pay this check once only."_qs;
+        return tip;
     }
+    if (role == TwiceRole)
+        return !alsoListedFor(index.row()).isEmpty();
     if (role != Qt::DisplayRole && role != Qt::AccessibleTextRole)
         return {};
     switch (index.column()) {

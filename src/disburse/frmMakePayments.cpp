@@ -6,6 +6,7 @@
 #include "app/TopLevel.h"
 #include "core/Prompter.h"
 #include "disburse/DistributionRun.h"
+#include "disburse/PaymentListDelegate.h"
 #include "disburse/PaymentListModel.h"
 #include "disburse/UnfinishedRun.h"
 #include "disburse/frmShowLast.h"
@@ -50,6 +51,7 @@ frmMakePayments::frmMakePayments(ProgramState &state, QWidget *parent)
     gridMakePayments->setObjectName(u"gridMakePayments"_qs);
     gridMakePayments->setAccessibleName(u"Entered checks to pay"_qs);
     gridMakePayments->setModel(m_model);
+    gridMakePayments->setItemDelegate(new PaymentListDelegate(gridMakePayments));
     gridMakePayments->setSelectionBehavior(QAbstractItemView::SelectRows);
     gridMakePayments->setSelectionMode(QAbstractItemView::ExtendedSelection);
     gridMakePayments->setEditTriggers(QAbstractItemView::NoEditTriggers);

@@ -54,6 +54,19 @@ Currency money(const QVariant &v)
     return Currency::fromVariant(v).value_or(Currency());
 }
 
+QVariant handleOf(const HostDb &db, const QSqlQuery &insert)
+{
+    return db.sql().handleColumns() > 0 ? insert.lastInsertId() : QVariant();
+}
+
+QVariantMap splitFields(const CheckPosting::Split &split)
+{
+    QVariantMap fields { { u"CkNumber"_qs, split.row.key } };
+    for (qsizetype i = 0; i < kSplitFields.size(); ++i)
+        fields.insert(kSplitFields.at(i), split.row.values.value(i));
+    return fields;
+}
+
 const HostDb &checked(const HostDb &db)
 {
     db.require(HostFeature::CheckPosting);
@@ -87,7 +100,19 @@ qint64 CheckPosting::addPrintedCheck(const PaymentRow &check)
     m_addPrinted.bindValue(u":invoice"_qs, nullable(check.CkInvoice));
     m_addPrinted.bindValue(u":remark"_qs, nullable(check.CkRemark));
     HostDb::exec(m_addPrinted, "adding a printed check");
-    return m_host.newCounter(m_addPrinted);
+    const qint64 id = m_host.newCounter(m_addPrinted);
+    if (m_log) {
+        m_log->added(u"CheckDepPrinted"_qs, handleOf(m_host, m_addPrinted),
+            { { u"CkID"_qs, id }, { u"CkPayee"_qs, nullable(check.CkPayee) },
+                { u"CkVendorID"_qs, check.CkVendorID },
+                { u"CkAmount"_qs, check.CkAmount.toPlainText() }, { u"CkDate"_qs, check.CkDate },
+                { u"CkInvoice"_qs, nullable(check.CkInvoice) },
+                { u"CkRemark"_qs, nullable(check.CkRemark) }, { u"CkStatus"_qs, u"P"_qs },
+                { u"CkSplit"_qs, u"Y"_qs }, { u"CkType"_qs, u"C"_qs },
+                { u"CkAccountID"_qs, QVariant() }, { u"CkNumber"_qs, QVariant() },
+                { u"CkPostTo"_qs, u""_qs } });
+    }
+    return id;
 }
 
 void CheckPosting::markEnteredPaid(qint64 ckId)
@@ -131,6 +156,14 @@ void CheckPosting::addPrintedSplit(qint64 printedCkId, const Split &split)
     m_addSplit.bindValue(u":type"_qs, split.type);
     m_addSplit.bindValue(u":postTo"_qs, split.postTo);
     HostDb::exec(m_addSplit, "adding a printed split line");
+    if (m_log) {
+        m_log->added(u"SplitPrintedChecks"_qs, handleOf(m_host, m_addSplit),
+            { { u"CkNumber"_qs, printedCkId },
+                { u"CkAmount"_qs, (-money(split.amount).abs()).toPlainText() },
+                { u"CkAccountID"_qs, split.accountId }, { u"CkPostToID"_qs, split.postToId },
+                { u"CkRemark"_qs, split.remark }, { u"CkStatus"_qs, split.status },
+                { u"CkType"_qs, split.type }, { u"CkPostTo"_qs, split.postTo } });
+    }
 }
 
 void CheckPosting::markSplitPaid(const Split &split)
@@ -139,22 +172,32 @@ void CheckPosting::markSplitPaid(const Split &split)
     // together; each is still copied and posted once, as the walk meets it,
     // and all of them end marked, as they would one by one.
     m_splits.set(split.row, kSplitType, u"X"_qs);
+    if (m_log)
+        m_marked.append(split);
 }
 
 bool CheckPosting::addToBalance(const QString &code, qint64 id, Currency amount)
 {
-    if (code == u"O"_qs)
-        return m_owners.addToFirst(id, 0, amount);
-    if (code == u"P"_qs)
-        return m_properties.addToFirst(id, 0, amount);
-    if (code == u"T"_qs)
-        return m_tenants.addToFirst(id, 0, amount);
-    if (code == u"U"_qs)
-        return m_units.addToFirst(id, 0, amount);
-    if (code == u"B"_qs) {
-        if (!m_tenants.addToFirst(id, 0, amount))
+    const auto add = [&](KeyedRows &rows) {
+        KeyedRows::Change change;
+        if (!rows.addToFirst(id, 0, amount, &change))
             return false;
-        m_units.addToFirst(id, 0, amount);
+        if (m_log)
+            m_log->balance(rows, change, 0);
+        return true;
+    };
+    if (code == u"O"_qs)
+        return add(m_owners);
+    if (code == u"P"_qs)
+        return add(m_properties);
+    if (code == u"T"_qs)
+        return add(m_tenants);
+    if (code == u"U"_qs)
+        return add(m_units);
+    if (code == u"B"_qs) {
+        if (!add(m_tenants))
+            return false;
+        add(m_units);
         return true;
     }
     return false;
@@ -173,15 +216,37 @@ void CheckPosting::addTransaction(const LedgerEntry &t)
     m_addTransaction.bindValue(u":tid"_qs, t.targets[2]);
     m_addTransaction.bindValue(u":uid"_qs, t.targets[3]);
     HostDb::exec(m_addTransaction, "adding a ledger transaction");
+    if (m_log) {
+        m_log->added(u"Transactions"_qs, handleOf(m_host, m_addTransaction),
+            { { u"TransAmount"_qs, (-t.amount.abs()).toPlainText() }, { u"TransDate"_qs, t.date },
+                { u"TransAccountID"_qs, t.accountId }, { u"TransPostToID"_qs, t.postToId },
+                { u"TransStatus"_qs, t.code }, { u"TransType"_qs, u"C"_qs },
+                { u"TransTax"_qs, u"N"_qs }, { u"TransRemark"_qs, t.remark },
+                { u"TransCheckNumber"_qs, QVariant() }, { u"TransOID"_qs, t.targets[0] },
+                { u"TransPID"_qs, t.targets[1] }, { u"TransTID"_qs, t.targets[2] },
+                { u"TransUID"_qs, t.targets[3] } });
+    }
 }
 
 void CheckPosting::deleteEnteredSplits()
 {
     HostDb::exec(m_deleteSplits, "removing the paid split lines");
+    if (!m_log)
+        return;
+    for (const Split &split : std::as_const(m_marked)) {
+        QVariantMap fields = splitFields(split);
+        fields.insert(u"CkType"_qs, u"X"_qs);
+        m_log->removed(u"SplitChecks"_qs, split.row.handle, fields);
+    }
+    m_marked.clear();
 }
 
 void CheckPosting::deleteEnteredIfPaid(qint64 ckId)
 {
     m_deleteEntered.bindValue(u":id"_qs, ckId);
     HostDb::exec(m_deleteEntered, "removing a paid entered check");
+    if (m_log && m_deleteEntered.numRowsAffected() > 0)
+        m_log->removed(u"CheckEntered"_qs,
+            m_host.sql().handleColumns() > 0 ? QVariant(ckId) : QVariant(),
+            { { u"CkID"_qs, ckId } });
 }

@@ -3,6 +3,7 @@
 #include "core/Currency.h"
 #include "disburse/PaymentRow.h"
 #include "hostdb/HostDb.h"
+#include "hostdb/HostWriteLog.h"
 #include "hostdb/KeyedRows.h"
 
 #include <QList>
@@ -20,6 +21,10 @@ class CheckPosting
 {
 public:
     explicit CheckPosting(const HostDb &db);
+
+    // Every row written, changed or removed from now on goes to the log
+    // (for the journal).
+    void setLog(HostWriteLog *log) { m_log = log; }
 
     // A split line of an entered check. Split lines have no key of their
     // own in the host: a line is known by its row (see KeyedRows).
@@ -82,4 +87,6 @@ private:
     bool m_splitsRead = false;
     KeyedRows m_owners, m_properties, m_tenants, m_units;
     QSqlQuery m_deleteSplits, m_deleteEntered;
+    HostWriteLog *m_log = nullptr;
+    QList<Split> m_marked; // split lines marked "X" (removed at the end)
 };

@@ -89,6 +89,10 @@ public:
         }
         return sql;
     }
+
+    // No handles: WrittenRows finds a written row by its values.
+    QString rowByHandleSql(const QString &, const QStringList &) const override { return {}; }
+    QString deleteByHandleSql(const QString &) const override { return {}; }
 };
 
 } // namespace

@@ -84,4 +84,10 @@ public:
     // was Null, as nullFields says, is matched with IS NULL).
     virtual QString setRowSql(const QString &table, const QString &key, const QStringList &fields,
         const QString &field, const QList<bool> &nullFields) const = 0;
+
+    // A row the program wrote, found again by its handle (:row): its
+    // fields, and its removal. Empty where the engine has no handles; there
+    // a row is found by its values in plain SQL (see WrittenRows).
+    virtual QString rowByHandleSql(const QString &table, const QStringList &fields) const = 0;
+    virtual QString deleteByHandleSql(const QString &table) const = 0;
 };

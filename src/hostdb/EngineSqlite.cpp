@@ -95,6 +95,17 @@ public:
     {
         return u"UPDATE "_qs + table + u" SET "_qs + field + u" = :value WHERE rowid = :row"_qs;
     }
+
+    QString rowByHandleSql(const QString &table, const QStringList &fields) const override
+    {
+        return u"SELECT "_qs + fields.join(u", "_qs) + u" FROM "_qs + table
+            + u" WHERE rowid = :row"_qs;
+    }
+
+    QString deleteByHandleSql(const QString &table) const override
+    {
+        return u"DELETE FROM "_qs + table + u" WHERE rowid = :row"_qs;
+    }
 };
 
 } // namespace

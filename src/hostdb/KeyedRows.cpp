@@ -118,13 +118,13 @@ int KeyedRows::set(const Row &row, int index, const QVariant &value)
     return changed;
 }
 
-bool KeyedRows::addToFirst(const QVariant &key, int index, Currency delta)
+bool KeyedRows::addToFirst(const QVariant &key, int index, Currency delta, Change *change)
 {
     const std::optional<Row> row = first(key);
     if (!row)
         return false;
-    const Currency balance
-        = Currency::fromVariant(row->values.at(index)).value_or(Currency()) + delta;
+    const Currency before = Currency::fromVariant(row->values.at(index)).value_or(Currency());
+    const Currency balance = before + delta;
     const int changed = set(*row, index, balance.toDatabaseValue());
     if (changed != 1) {
         throw RuntimeError(3197,
@@ -134,5 +134,7 @@ bool KeyedRows::addToFirst(const QVariant &key, int index, Currency delta)
                         : u" cannot be told apart from another record with the same values."_qs)
                 + u" Nothing was posted; try again."_qs);
     }
+    if (change)
+        *change = { *row, before, balance };
     return true;
 }

@@ -52,12 +52,26 @@ public:
     // rows changed (0 when the row no longer holds the values read).
     int set(const Row &row, int index, const QVariant &value);
 
+    // What addToFirst changed: the row as it was read, the balance before
+    // and after.
+    struct Change
+    {
+        Row row;
+        Currency before;
+        Currency after;
+    };
+
     // Adds delta to the currency field number `index` of the first row with
     // the key. False when there is none (nothing changed). A row that no
     // longer holds the values read, or that shares them with another row
     // (engines without handles), raises RuntimeError 3197 so that the
     // caller's transaction is rolled back rather than a balance left wrong.
-    bool addToFirst(const QVariant &key, int index, Currency delta);
+    // The change goes to *change when asked for.
+    bool addToFirst(const QVariant &key, int index, Currency delta, Change *change = nullptr);
+
+    const QString &table() const { return m_table; }
+    const QString &keyField() const { return m_key; }
+    const QStringList &fields() const { return m_fields; }
 
 private:
     QList<Row> read(const QVariant &key, int limit);

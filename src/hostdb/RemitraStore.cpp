@@ -41,7 +41,48 @@ const char *const kTables[] = {
     // database and the roster has not been sent since.
     "CREATE TABLE IF NOT EXISTS %1pending_uploads (roster TEXT PRIMARY KEY, "
     "since TEXT NOT NULL)",
+    // The journal (see Journal): every exchange with the processor and every
+    // posting run, kept as written. A run's outcome is a result added later
+    // (the latest one counts), never a change to the run.
+    "CREATE TABLE IF NOT EXISTS %1journal_runs (run_id INTEGER PRIMARY KEY, at TEXT NOT NULL, "
+    "kind TEXT NOT NULL, title TEXT, file_sha256 TEXT, reverses INTEGER, count INTEGER, "
+    "total TEXT)",
+    "CREATE INDEX IF NOT EXISTS %1journal_runs_sha ON journal_runs (file_sha256)",
+    "CREATE INDEX IF NOT EXISTS %1journal_runs_reverses ON journal_runs (reverses)",
+    "CREATE TABLE IF NOT EXISTS %1journal_results (result_id INTEGER PRIMARY KEY, "
+    "run_id INTEGER NOT NULL, at TEXT NOT NULL, state TEXT NOT NULL, code INTEGER, flag TEXT, "
+    "count INTEGER, total TEXT, note TEXT)",
+    "CREATE INDEX IF NOT EXISTS %1journal_results_run ON journal_results (run_id)",
+    // Files sent, received or posted, with the copy kept in archive/.
+    "CREATE TABLE IF NOT EXISTS %1journal_files (run_id INTEGER NOT NULL, role TEXT NOT NULL, "
+    "name TEXT NOT NULL, size INTEGER, sha256 TEXT, archive TEXT)",
+    "CREATE INDEX IF NOT EXISTS %1journal_files_run ON journal_files (run_id)",
+    "CREATE INDEX IF NOT EXISTS %1journal_files_sha ON journal_files (sha256)",
+    // The lines of a run: payments posted (or left out), checks sent or
+    // posted. Posted payments are found by date for the duplicate check.
+    "CREATE TABLE IF NOT EXISTS %1journal_lines (run_id INTEGER NOT NULL, "
+    "position INTEGER NOT NULL, line INTEGER, tenant_id INTEGER, amount TEXT, date TEXT, "
+    "check_number TEXT, trans_type TEXT, text TEXT, outcome TEXT, missing TEXT, "
+    "deposited INTEGER, PRIMARY KEY (run_id, position))",
+    "CREATE INDEX IF NOT EXISTS %1journal_lines_date ON journal_lines (date)",
+    // The host rows a posting run wrote: their handle (rowid) where the
+    // engine has one, every field as written, balances before and after.
+    "CREATE TABLE IF NOT EXISTS %1journal_rows (run_id INTEGER NOT NULL, "
+    "position INTEGER NOT NULL, line INTEGER, tbl TEXT NOT NULL, handle INTEGER, "
+    "change TEXT NOT NULL, fields TEXT, field TEXT, before TEXT, after TEXT, "
+    "PRIMARY KEY (run_id, position))",
+    // What the user was told and asked during a run, with the answer.
+    "CREATE TABLE IF NOT EXISTS %1journal_messages (message_id INTEGER PRIMARY KEY, "
+    "run_id INTEGER NOT NULL, at TEXT NOT NULL, title TEXT, text TEXT, answer TEXT)",
+    "CREATE INDEX IF NOT EXISTS %1journal_messages_run ON journal_messages (run_id)",
 };
+
+// The journal is append-only: the store itself refuses to change or remove
+// what it holds.
+const char *const kJournalTables[] = { "journal_runs", "journal_results", "journal_files",
+    "journal_lines", "journal_rows", "journal_messages" };
+constexpr auto kKeepTrigger = "CREATE TRIGGER IF NOT EXISTS %1%2_kept_%3 BEFORE %4 ON %2 "
+                              "BEGIN SELECT RAISE(ABORT, 'the journal keeps what it holds'); END";
 
 bool isAttached(const HostDb &host)
 {
@@ -57,11 +98,11 @@ bool isAttached(const HostDb &host)
 
 } // namespace
 
-RemitraStore::RemitraStore(HostDb &host)
+RemitraStore::RemitraStore(HostDb &host, Connection connection)
     : m_host(host)
     , m_path(QFileInfo(host.path()).absolutePath() + u'/' + QLatin1String(FileName))
 {
-    if (!host.isAccess()) {
+    if (!host.isAccess() && connection == Connection::Attached) {
         if (!isAttached(host)) {
             QSqlQuery attach = host.prepare(u"ATTACH DATABASE :path AS remitra"_qs);
             attach.bindValue(u":path"_qs, m_path);
@@ -154,4 +195,18 @@ void RemitraStore::createTables()
     const QString prefix = m_attached ? QLatin1String(kSchema) + u'.' : QString();
     for (const char *sql : kTables)
         execText(QString::fromLatin1(sql).arg(prefix), "creating Remitra's own tables");
+    for (const char *table : kJournalTables) {
+        for (const char *change : { "UPDATE", "DELETE" }) {
+            execText(QString::fromLatin1(kKeepTrigger)
+                         .arg(prefix, QLatin1String(table), QString::fromLatin1(change).toLower(),
+                             QLatin1String(change)),
+                "creating Remitra's own tables");
+        }
+    }
+}
+
+void RemitraStore::checkpoint(const char *where) const
+{
+    if (m_checkpoint)
+        m_checkpoint(where);
 }

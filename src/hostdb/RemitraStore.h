@@ -3,6 +3,8 @@
 #include <QSqlQuery>
 #include <QString>
 
+#include <functional>
+
 class HostDb;
 
 // What Remitra keeps for itself, never in Dwellix's tables: "remitra.db" in
@@ -21,9 +23,14 @@ class RemitraStore
 public:
     static constexpr auto FileName = "remitra.db";
 
+    // Attached: on the host's connection where the host is SQLite.
+    // OwnConnection: always a connection of its own, as with the Access
+    // host (the tests use it to run the Access order of writes on SQLite).
+    enum class Connection { Attached, OwnConnection };
+
     // Opens the store beside the host database, attaching it when the host
     // is SQLite. Throws RuntimeError when it cannot be opened or created.
-    explicit RemitraStore(HostDb &host);
+    explicit RemitraStore(HostDb &host, Connection connection = Connection::Attached);
     ~RemitraStore();
 
     RemitraStore(const RemitraStore &) = delete;
@@ -63,6 +70,13 @@ public:
     // milliseconds), so that texts sort in time order.
     static QString now();
 
+    // Called at the named points of a commit that spans the host and the
+    // store on two connections ("journal pending", "host committed"); the
+    // crash tests end the program there. Nothing is called by default.
+    using Checkpoint = std::function<void(const char *where)>;
+    void setCheckpoint(Checkpoint checkpoint) { m_checkpoint = std::move(checkpoint); }
+    void checkpoint(const char *where) const;
+
 private:
     void createTables();
 
@@ -70,4 +84,5 @@ private:
     QString m_path;
     QString m_connection; // empty when attached
     bool m_attached = false;
+    Checkpoint m_checkpoint;
 };

@@ -1,6 +1,7 @@
 #include "hostdb/RentLedger.h"
 
 #include "core/VbText.h"
+#include "hostdb/EngineSql.h"
 
 #include <QDate>
 
@@ -78,16 +79,41 @@ void RentLedger::addTransaction(const Line &line)
     q.bindValue(u":uid"_qs, line.unitId);
     q.bindValue(u":tid"_qs, line.tenantId);
     HostDb::exec(q, "adding a ledger transaction");
+    if (m_log) {
+        m_log->added(u"Transactions"_qs, insertedHandle(q),
+            { { u"TransAccountID"_qs, line.accountId }, { u"TransPostToID"_qs, line.postToId },
+                { u"TransAmount"_qs, line.amount.toPlainText() }, { u"TransDate"_qs, line.date },
+                { u"TransCheckNumber"_qs, line.checkNumber }, { u"TransRemark"_qs, line.remark },
+                { u"TransType"_qs, line.type }, { u"TransStatus"_qs, line.status },
+                { u"TransTax"_qs, line.tax }, { u"TransOID"_qs, line.ownerId },
+                { u"TransPID"_qs, line.propertyId }, { u"TransUID"_qs, line.unitId },
+                { u"TransTID"_qs, line.tenantId } });
+    }
+}
+
+QVariant RentLedger::insertedHandle(const QSqlQuery &insert) const
+{
+    return m_db.sql().handleColumns() > 0 ? insert.lastInsertId() : QVariant();
 }
 
 bool RentLedger::addToUnitBalance(const QVariant &tenantId, Currency delta)
 {
-    return m_units.addToFirst(tenantId, 0, delta);
+    KeyedRows::Change change;
+    if (!m_units.addToFirst(tenantId, 0, delta, &change))
+        return false;
+    if (m_log)
+        m_log->balance(m_units, change, 0);
+    return true;
 }
 
 bool RentLedger::addToTenantBalance(const QVariant &tenantId, Currency delta)
 {
-    return m_tenants.addToFirst(tenantId, 0, delta);
+    KeyedRows::Change change;
+    if (!m_tenants.addToFirst(tenantId, 0, delta, &change))
+        return false;
+    if (m_log)
+        m_log->balance(m_tenants, change, 0);
+    return true;
 }
 
 std::optional<QString> RentLedger::ownerMgmtFee(const QVariant &ownerId)
@@ -108,6 +134,15 @@ qint64 RentLedger::addDeposit(const Deposit &deposit)
     m_insertDeposit.bindValue(u":number"_qs, deposit.number);
     HostDb::exec(m_insertDeposit, "adding a deposit");
     const qint64 id = m_db.newCounter(m_insertDeposit);
+    if (m_log) {
+        m_log->added(u"CheckDepPrinted"_qs, insertedHandle(m_insertDeposit),
+            { { u"CkID"_qs, id }, { u"CkPayee"_qs, u"DEPOSIT"_qs }, { u"CkAccountID"_qs, 0 },
+                { u"CkAmount"_qs, 0 }, { u"CkDate"_qs, deposit.date }, { u"CkInvoice"_qs, u""_qs },
+                { u"CkRemark"_qs, u"REMITRA DEPOSIT"_qs }, { u"CkStatus"_qs, u"P"_qs },
+                { u"CkVendorID"_qs, -1 }, { u"CkPostTo"_qs, QVariant() },
+                { u"CkNumber"_qs, deposit.number }, { u"CkType"_qs, u"D"_qs },
+                { u"CkSplit"_qs, u"Y"_qs }, { u"CkPostToText"_qs, u"Y"_qs } });
+    }
     m_insertDeposit.finish();
     return id;
 }
@@ -124,6 +159,14 @@ void RentLedger::addSplit(const Split &split)
     q.bindValue(u":remark"_qs, split.remark);
     q.bindValue(u":code"_qs, split.postTo);
     HostDb::exec(q, "adding a deposit split");
+    if (m_log) {
+        m_log->added(u"SplitPrintedChecks"_qs, insertedHandle(q),
+            { { u"CkNumber"_qs, split.depositId }, { u"CkCheckNumber"_qs, split.checkNumber },
+                { u"CkAmount"_qs, split.amount.toPlainText() },
+                { u"CkAccountID"_qs, split.accountId }, { u"CkPostToID"_qs, split.postToId },
+                { u"CkRemark"_qs, split.remark }, { u"CkStatus"_qs, u"P"_qs },
+                { u"CkType"_qs, u"D"_qs }, { u"CkPostTo"_qs, split.postTo } });
+    }
 }
 
 bool RentLedger::setDepositAmount(qint64 depositId, Currency total)
@@ -132,5 +175,10 @@ bool RentLedger::setDepositAmount(qint64 depositId, Currency total)
     m_setDepositAmount.bindValue(u":amount"_qs, total.toDatabaseValue());
     m_setDepositAmount.bindValue(u":id"_qs, depositId);
     HostDb::exec(m_setDepositAmount, "storing the deposit amount");
-    return m_setDepositAmount.numRowsAffected() > 0;
+    const bool found = m_setDepositAmount.numRowsAffected() > 0;
+    if (found && m_log) {
+        m_log->amendAdded(
+            u"CheckDepPrinted"_qs, u"CkID"_qs, depositId, u"CkAmount"_qs, total.toPlainText());
+    }
+    return found;
 }

@@ -2,6 +2,7 @@
 
 #include "core/Currency.h"
 #include "hostdb/HostDb.h"
+#include "hostdb/HostWriteLog.h"
 #include "hostdb/KeyedRows.h"
 
 #include <QString>
@@ -18,6 +19,15 @@ class RentLedger
 {
 public:
     explicit RentLedger(const HostDb &db);
+
+    // Every row written from now on goes to the log (for the journal),
+    // under the payment file line last given to atLine().
+    void setLog(HostWriteLog *log) { m_log = log; }
+    void atLine(int line)
+    {
+        if (m_log)
+            m_log->setLine(line);
+    }
 
     struct Line
     {
@@ -69,12 +79,15 @@ public:
 
 private:
     void prepareDeposit();
+    // The handle of the row the insert just added; null without handles.
+    QVariant insertedHandle(const QSqlQuery &insert) const;
 
     const HostDb &m_db;
     QSqlQuery m_insertTransaction;
     KeyedRows m_units;
     KeyedRows m_tenants;
     QSqlQuery m_ownerFee;
+    HostWriteLog *m_log = nullptr;
     bool m_depositReady = false;
     QSqlQuery m_insertDeposit;
     QSqlQuery m_insertSplit;

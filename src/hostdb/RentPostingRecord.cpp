@@ -7,7 +7,7 @@
 
 namespace {
 
-QString missingText(RentPostingRecord::Missing missing)
+QString missingName(RentPostingRecord::Missing missing)
 {
     switch (missing) {
     case RentPostingRecord::Missing::UnitAndTenantBalance:
@@ -22,7 +22,7 @@ QString missingText(RentPostingRecord::Missing missing)
     return {};
 }
 
-RentPostingRecord::Missing missingOf(const QString &text)
+RentPostingRecord::Missing missingFrom(const QString &text)
 {
     if (text == u"unit"_qs)
         return RentPostingRecord::Missing::UnitAndTenantBalance;
@@ -36,7 +36,8 @@ RentPostingRecord::Missing missingOf(const QString &text)
 } // namespace
 
 RentPostingRecord::RentPostingRecord(const RemitraStore &store)
-    : m_lines(store.prepare(u"SELECT line, posted_at, missing, deposited_at FROM "_qs
+    : m_store(store)
+    , m_lines(store.prepare(u"SELECT line, posted_at, missing, deposited_at FROM "_qs
           + store.table("rent_lines") + u" WHERE file_sha256 = :sha"_qs))
     , m_complete(store.prepare(u"SELECT complete_at FROM "_qs + store.table("rent_files")
           + u" WHERE file_sha256 = :sha"_qs))
@@ -61,7 +62,7 @@ QHash<int, RentPostingRecord::Line> RentPostingRecord::lines(const QString &file
     while (m_lines.next()) {
         Line line;
         line.postedAt = m_lines.value(1).toString();
-        line.missing = missingOf(m_lines.value(2).toString());
+        line.missing = missingFrom(m_lines.value(2).toString());
         line.depositedAt = m_lines.value(3).toString();
         found.insert(m_lines.value(0).toInt(), line);
     }
@@ -83,7 +84,7 @@ void RentPostingRecord::recordPosted(const QString &fileSha256, int line, Missin
     m_posted.bindValue(u":sha"_qs, fileSha256);
     m_posted.bindValue(u":line"_qs, line);
     m_posted.bindValue(u":at"_qs, RemitraStore::now());
-    const QString text = missingText(missing);
+    const QString text = missingName(missing);
     m_posted.bindValue(u":missing"_qs, text.isEmpty() ? QVariant() : QVariant(text));
     HostDb::exec(m_posted, "recording a posted payment");
 }
@@ -107,4 +108,42 @@ QString RentPostingRecord::sha256(const QByteArray &bytes)
 {
     return QString::fromLatin1(
         QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
+}
+
+QString RentPostingRecord::missingText(Missing missing)
+{
+    return missingName(missing);
+}
+
+RentPostingRecord::Missing RentPostingRecord::missingOf(const QString &text)
+{
+    return missingFrom(text);
+}
+
+void RentPostingRecord::forget(
+    const QString &fileSha256, const QList<int> &postedLines, const QList<int> &depositedLines)
+{
+    const QString lines = m_store.table("rent_lines");
+    QSqlQuery posted = m_store.prepare(u"UPDATE "_qs + lines
+        + u" SET posted_at = NULL, missing = NULL WHERE file_sha256 = :sha AND line = :line"_qs);
+    for (int line : postedLines) {
+        posted.bindValue(u":sha"_qs, fileSha256);
+        posted.bindValue(u":line"_qs, line);
+        HostDb::exec(posted, "recording a reversed payment");
+    }
+    QSqlQuery deposited = m_store.prepare(u"UPDATE "_qs + lines
+        + u" SET deposited_at = NULL WHERE file_sha256 = :sha AND line = :line"_qs);
+    for (int line : depositedLines) {
+        deposited.bindValue(u":sha"_qs, fileSha256);
+        deposited.bindValue(u":line"_qs, line);
+        HostDb::exec(deposited, "recording a reversed deposit");
+    }
+    QSqlQuery empty = m_store.prepare(u"DELETE FROM "_qs + lines
+        + u" WHERE file_sha256 = :sha AND posted_at IS NULL AND deposited_at IS NULL"_qs);
+    empty.bindValue(u":sha"_qs, fileSha256);
+    HostDb::exec(empty, "recording a reversed posting");
+    QSqlQuery file = m_store.prepare(
+        u"DELETE FROM "_qs + m_store.table("rent_files") + u" WHERE file_sha256 = :sha"_qs);
+    file.bindValue(u":sha"_qs, fileSha256);
+    HostDb::exec(file, "recording a reversed posting");
 }

@@ -41,9 +41,17 @@ public:
     void recordPosted(const QString &fileSha256, int line, Missing missing);
     void recordDeposited(const QString &fileSha256, int line);
     void recordComplete(const QString &fileSha256);
+    // A reversed posting: its lines are no longer in the ledgers (nor in a
+    // deposit), and the file is not complete any more.
+    void forget(
+        const QString &fileSha256, const QList<int> &postedLines, const QList<int> &depositedLines);
+
+    static QString missingText(Missing missing);
+    static Missing missingOf(const QString &text);
 
     static QString sha256(const QByteArray &bytes);
 
 private:
+    const RemitraStore &m_store;
     QSqlQuery m_lines, m_complete, m_posted, m_deposited, m_setComplete;
 };

@@ -5,6 +5,7 @@
 #include "core/Prompter.h"
 #include "core/RuntimeError.h"
 #include "core/TransferFile.h"
+#include "processor/ExchangeJournal.h"
 #include "processor/ProcessorCall.h"
 #include "rent/PaymentFile.h"
 
@@ -42,8 +43,9 @@ bool paymentFileWaits(ProgramState &state)
 // Keeps a copy of a downloaded payment file in the archive folder of the
 // program's folder under a name of its own, so that payments the processor
 // has handed over survive a later delete of the payment file or a crash
-// while posting. An existing archive file is never replaced.
-void archiveDownload(const ProgramState &state, const QString &content)
+// while posting. An existing archive file is never replaced. Returns its
+// name relative to the program's folder.
+QString archiveDownload(const ProgramState &state, const QString &content)
 {
     const QString folder = state.pathOf(u"archive"_qs);
     if (!QDir().mkpath(folder))
@@ -53,6 +55,22 @@ void archiveDownload(const ProgramState &state, const QString &content)
     for (int n = 2; QFileInfo::exists(TransferFile::path(folder, name)); ++n)
         name = u"DX_Quenta_PaymentFile_"_qs + stamp + u'-' + QString::number(n) + u".txt"_qs;
     TransferFile::writeAtomic(TransferFile::path(folder, name), content);
+    return u"archive/"_qs + name;
+}
+
+// The payments of a downloaded text and their total (absolute amounts, as
+// they are posted), for the journal.
+std::pair<qint64, Currency> paymentsIn(const QString &content)
+{
+    qint64 count = 0;
+    Currency total;
+    for (const QString &line : content.split(u'\n')) {
+        if (!line.startsWith(u'P'))
+            continue;
+        ++count;
+        total += Currency::parse(line.section(u',', 3, 3)).value_or(Currency()).abs();
+    }
+    return { count, total };
 }
 
 } // namespace
@@ -91,21 +109,26 @@ void DownloadPaymentFile(ProgramState &state)
     // The response is used whatever the result: a failed call that still
     // brought a body writes it, and one without gives the "none found" notice.
     std::optional<RuntimeError> archiveError;
+    // Nothing received until the answer says otherwise.
+    ExchangeJournal exchange(state, Journal::Kind::RentDownload, { {}, {}, 0, Currency() });
     const ProcessorCall::Outcome outcome = ProcessorCall::transmit(
-        state, QString(), QString(), [&](const ProcessorCall::Outcome &answer) {
+        state, QString(), QString(), exchange.keep([&](const ProcessorCall::Outcome &answer) {
             if (answer.response.isEmpty())
                 return;
             const QString content = answer.response + u"\r\n"_qs;
             // The archive copy comes first. If it cannot be written, the
             // payment file is still written before the error is raised, so
             // the payments are waiting for review either way.
+            QString archive;
             try {
-                archiveDownload(state, content);
+                archive = archiveDownload(state, content);
             } catch (const RuntimeError &error) {
                 archiveError = error;
             }
             TransferFile::writeAtomic(state.pathOf(state.PaymentDownloadName), content);
-        });
+            const auto [count, total] = paymentsIn(content);
+            exchange.receives(state.PaymentDownloadName, archive, count, total);
+        }));
     if (archiveError)
         throw *archiveError;
     if (outcome.response.isEmpty())

@@ -22,6 +22,7 @@ void Deposit::CreateDeposit()
     RentLedger::Deposit deposit;
     deposit.date = QDate::currentDate().toString(Qt::ISODate);
     deposit.number = RentPayment::longValue(VbText::Val(m_choices.depositNumber));
+    m_ledger.atLine(0);
     m_depositId = m_ledger.addDeposit(deposit);
 
     CreateSplits();
@@ -36,6 +37,7 @@ void Deposit::CreateSplits()
     const AccountSetting late = PostPayments::lateFee(m_state);
     const QString defaultRemark = PostPayments::rentDefaultRemark(m_state);
     for (const RentPayment &row : m_rows) {
+        m_ledger.atLine(row.line);
         const Currency amount = row.amount.value_or(Currency()).abs();
         RentLedger::Split split;
         split.depositId = m_depositId;

@@ -7,6 +7,7 @@
 #include "hostdb/RentLookup.h"
 #include "hostdb/RentPostingRecord.h"
 #include "processor/ProcessorCall.h"
+#include "rent/DuplicateGuard.h"
 
 #include <QFile>
 
@@ -207,6 +208,7 @@ LoadResult load(ProgramState &state)
             markPosted(lookup, rows);
         }
         markRecorded(state, result.fileSha256, rows);
+        DuplicateGuard::mark(state, result.fileSha256, rows);
         // The rows are on screen before their total is taken: an amount that
         // cannot be read fails the total, not the rows.
         result.rows = std::move(rows);

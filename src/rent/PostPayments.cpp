@@ -109,6 +109,7 @@ bool PostPayments::run()
 
 bool PostPayments::postRow(const RentPayment &row)
 {
+    m_ledger.atLine(row.line);
     const Missing resume = m_resume.value(row.line, Missing::Nothing);
     const bool fresh = !m_resume.contains(row.line);
     const bool late = row.isLateFee();

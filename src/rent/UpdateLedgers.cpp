@@ -1,17 +1,24 @@
 #include "rent/UpdateLedgers.h"
 
+#include "app/MessageCapture.h"
 #include "app/ProgramState.h"
+#include "core/FileArchive.h"
 #include "core/Prompter.h"
 #include "core/RuntimeError.h"
+#include "core/TransferFile.h"
 #include "hostdb/HostDb.h"
+#include "hostdb/Journal.h"
+#include "hostdb/JournalRecovery.h"
 #include "hostdb/RentBackup.h"
 #include "hostdb/RentLedger.h"
 #include "hostdb/RentLookup.h"
 #include "hostdb/RentPostingRecord.h"
-#include "core/TransferFile.h"
 #include "rent/Deposit.h"
+#include "rent/DuplicateGuard.h"
 #include "rent/PaymentFile.h"
 #include "rent/PostPayments.h"
+
+#include <QSet>
 
 #include <optional>
 
@@ -84,9 +91,45 @@ bool checkReadable(ProgramState &state, const RentPayments &rows, const PostingC
     return false;
 }
 
+namespace {
+
+// The payment file as the journal names it: with its copy in archive/ (the
+// one the download made, or a new one when there is none).
+Journal::File postedFile(ProgramState &state, const QString &fileSha256)
+{
+    Journal::File file { u"posted"_qs, state.PaymentDownloadName, 0, fileSha256, {} };
+    const QString path = state.pathOf(state.PaymentDownloadName);
+    file.archive = Journal(state.store()).archiveOf(fileSha256, state.folder());
+    if (TransferFile::exists(path)) {
+        const FileArchive::Facts facts = FileArchive::factsOf(path);
+        file.size = facts.size;
+        if (file.archive.isEmpty() && facts.sha256 == fileSha256)
+            file.archive = FileArchive::keep(state.folder(), path);
+    }
+    return file;
+}
+
+Journal::Line journalLine(const RentPayment &row, const QString &outcome)
+{
+    Journal::Line line;
+    line.line = row.line;
+    line.tenantId = RentPayment::longValue(row.tenantId());
+    line.amount = row.amount.value_or(Currency()).abs().toPlainText();
+    line.date = row.isoDate();
+    line.checkNumber = row.checkValue().toString();
+    line.transType = row.transType.trimmed();
+    line.text = row.tenantName + u", "_qs + row.address;
+    line.outcome = outcome;
+    return line;
+}
+
+} // namespace
+
 bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &choices,
     QString fileSha256)
 {
+    // Every message of the run belongs to its journal entry.
+    MessageCapture capture(state);
     if (TransferFile::exists(state.pathOf(state.PaymentDownloadName))) {
         const QString onDisk = PaymentFile::fileSha256(state);
         if (fileSha256.isEmpty())
@@ -99,6 +142,9 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
         throw RuntimeError::fileNotFound();
     }
 
+    // A posting that a program ended between its two commits (store of its
+    // own) is settled first, so its payments count as posted.
+    JournalRecovery::settle(state.db(), state.store());
     RentPostingRecord record(state.store());
     const QString completedAt = record.completedAt(fileSha256);
     if (!completedAt.isEmpty()) {
@@ -108,7 +154,11 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
         state.prompter().notice(kAlreadyPosted, u"Dwellix Remitra"_qs);
         return true;
     }
-    if (!checkReadable(state, rows, choices))
+    // Payments an earlier posting holds already are left out on the user's
+    // word; nothing is asked when there are none.
+    const DuplicateGuard::Choice duplicates = DuplicateGuard::confirm(state, rows, fileSha256);
+    const RentPayments &kept = duplicates.toPost;
+    if (!checkReadable(state, kept, choices))
         return false;
     HostDb &db = state.db();
     // A field the posting needs and the host lacks stops it before anything.
@@ -125,12 +175,13 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
             kTitle);
         return false;
     }
+    const Journal::File file = postedFile(state, fileSha256);
 
     // What earlier runs on this file already wrote.
     const QHash<int, RentPostingRecord::Line> done = record.lines(fileSha256);
     RentPayments toPost;
     RentPayments toDeposit;
-    for (const RentPayment &row : rows) {
+    for (const RentPayment &row : kept) {
         const RentPostingRecord::Line previous = done.value(row.line);
         if (previous.postedAt.isEmpty() || previous.missing != RentPostingRecord::Missing::Nothing)
             toPost.push_back(row);
@@ -139,12 +190,15 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
     }
 
     RentLedger ledger(db);
+    HostWriteLog written;
+    ledger.setLog(&written);
     PostPayments posting(state, ledger, toPost, choices);
     for (const RentPayment &row : toPost) {
         const RentPostingRecord::Line previous = done.value(row.line);
         if (!previous.postedAt.isEmpty())
             posting.resumeAt(row.line, previous.missing);
     }
+    qint64 runId = 0;
     {
         HostDb::Transaction transaction(db);
         posting.run();
@@ -155,33 +209,67 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
             Deposit bankDeposit(state, ledger, toDeposit, choices);
             bankDeposit.CreateDeposit();
         }
-        const auto writeRecord = [&] {
-            // Attached, the host transaction holds these writes as well.
-            std::optional<RemitraStore::Transaction> own;
-            if (!state.store().attached())
-                own.emplace(state.store());
-            for (const PostPayments::Written &written : posting.written())
-                record.recordPosted(fileSha256, written.line, written.missing);
-            if (deposit) {
-                for (const RentPayment &row : toDeposit)
-                    record.recordDeposited(fileSha256, row.line);
+
+        // The journal entry: each payment this run touched, what it wrote
+        // and the file it came from.
+        QHash<int, PostPayments::Missing> posted;
+        for (const PostPayments::Written &w : posting.written())
+            posted.insert(w.line, w.missing);
+        QSet<int> toPostLines;
+        for (const RentPayment &row : toPost)
+            toPostLines.insert(row.line);
+        QSet<int> deposited;
+        if (deposit) {
+            for (const RentPayment &row : toDeposit)
+                deposited.insert(row.line);
+        }
+        Journal::Entry entry;
+        entry.kind = Journal::Kind::RentPosting;
+        entry.title = state.PaymentDownloadName;
+        entry.fileSha256 = fileSha256;
+        entry.files = { file };
+        entry.rows = &written;
+        qint64 count = 0;
+        Currency total;
+        for (const RentPayment &row : rows) {
+            Journal::Line line;
+            if (const auto it = duplicates.earlier.constFind(row.line);
+                it != duplicates.earlier.cend()) {
+                line = journalLine(row, u"left out"_qs);
+                line.text += u" (the same as line "_qs + QString::number(it->line) + u" of run "_qs
+                    + QString::number(it->runId) + u')';
+            } else if (const auto it = posted.constFind(row.line); it != posted.cend()) {
+                const bool whole = it.value() == PostPayments::Missing::Nothing;
+                line = journalLine(row, whole ? u"posted"_qs : u"part posted"_qs);
+                line.missing = RentPostingRecord::missingText(it.value());
+                ++count;
+                total += row.amount.value_or(Currency()).abs();
+            } else if (deposited.contains(row.line)) {
+                line = journalLine(row, u"deposited"_qs);
+            } else if (toPostLines.contains(row.line)) {
+                line = journalLine(row, u"not posted"_qs);
+            } else {
+                continue; // posted by an earlier run, nothing done now
             }
+            line.deposited = deposited.contains(row.line);
+            entry.lines.append(line);
+        }
+        entry.count = count;
+        entry.total = total;
+        const Journal::Result result { posting.failed() ? Journal::Stopped : Journal::Posted, {},
+            {}, count, total, posting.stopMessage() };
+        // The record of which payments were posted commits with the ledgers
+        // and the journal (see Journal::commitPosting for the Access host).
+        runId = Journal(state.store()).commitPosting(transaction, entry, result, [&] {
+            for (const PostPayments::Written &w : posting.written())
+                record.recordPosted(fileSha256, w.line, w.missing);
+            for (int line : std::as_const(deposited))
+                record.recordDeposited(fileSha256, line);
             if (!posting.failed())
                 record.recordComplete(fileSha256);
-            if (own)
-                own->commit();
-        };
-        // Attached, the record commits with the ledgers. On a connection of
-        // its own (Access host) it follows the host's commit: a stop between
-        // the two leaves the ledgers posted without their record.
-        if (state.store().attached()) {
-            writeRecord();
-            transaction.commit();
-        } else {
-            transaction.commit();
-            writeRecord();
-        }
+        });
     }
+    capture.attach(runId);
 
     busy.release();
     if (posting.failed()) {

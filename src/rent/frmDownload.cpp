@@ -9,6 +9,7 @@
 #include "hostdb/RentLookup.h"
 #include "rent/DownloadPrintLayout.h"
 #include "rent/DownloadPrinter.h"
+#include "rent/DuplicateGuard.h"
 #include "rent/PaymentFile.h"
 #include "rent/PaymentTableModel.h"
 #include "rent/RentPaymentDelegate.h"
@@ -296,6 +297,7 @@ void frmDownload::cmdUpdate_Click()
             PaymentFile::markPosted(lookup, m_model->rows());
         }
         PaymentFile::markRecorded(m_state, m_fileSha, m_model->rows());
+        DuplicateGuard::mark(m_state, m_fileSha, m_model->rows());
         m_model->refresh();
     });
 }

@@ -5,6 +5,7 @@
 #include "core/TransferFile.h"
 #include "core/VbText.h"
 #include "hostdb/PortfolioQueries.h"
+#include "processor/ExchangeJournal.h"
 #include "processor/ProcessorCall.h"
 #include "uploads/FieldRules.h"
 
@@ -78,5 +79,8 @@ void UploadOwnerFile(ProgramState &state)
             u"Owner Remitra"_qs);
         return;
     }
-    ProcessorCall::transmitPayees(state, ReadWholeFile(path), QStringLiteral(""));
+    const QString payees = ReadWholeFile(path);
+    ExchangeJournal exchange(
+        state, Journal::Kind::OwnerUpload, { { state.OwnerUploadName }, {}, {}, {} });
+    ProcessorCall::transmitPayees(state, payees, QStringLiteral(""), exchange.keep());
 }

@@ -5,6 +5,7 @@
 #include "core/TransferFile.h"
 #include "core/VbText.h"
 #include "hostdb/PortfolioQueries.h"
+#include "processor/ExchangeJournal.h"
 #include "processor/ProcessorCall.h"
 #include "uploads/FieldRules.h"
 #include "uploads/UploadTexts.h"
@@ -118,5 +119,8 @@ void SendTenantUpload(ProgramState &state)
             u"Tenant Remitra"_qs);
         return;
     }
-    ProcessorCall::transmit(state, QStringLiteral(""), ReadWholeFile(path));
+    const QString tenants = ReadWholeFile(path);
+    ExchangeJournal exchange(
+        state, Journal::Kind::TenantUpload, { { state.TenantUploadName }, {}, {}, {} });
+    ProcessorCall::transmit(state, QStringLiteral(""), tenants, exchange.keep());
 }

@@ -3,6 +3,7 @@
 #include "app/ProgramState.h"
 #include "core/Prompter.h"
 #include "hostdb/PendingUploadRecord.h"
+#include "processor/ExchangeJournal.h"
 #include "processor/ProcessorCall.h"
 #include "uploads/SetupFile.h"
 #include "uploads/TenantUpload.h"
@@ -18,7 +19,9 @@ bool UploadAll(ProgramState &state)
     BuildTenantUpload(state);
     const QString setup = ReadWholeFile(state.pathOf(state.SetupUploadName));
     const QString tenants = ReadWholeFile(state.pathOf(state.TenantUploadName));
-    ProcessorCall::transmit(state, setup, tenants);
+    ExchangeJournal exchange(state, Journal::Kind::UploadAll,
+        { { state.SetupUploadName, state.TenantUploadName }, {}, {}, {} });
+    ProcessorCall::transmit(state, setup, tenants, exchange.keep());
     // Every tenant's flag went with it: no tenant change is owed any more.
     if (state.ResultText == u"True"_qs && state.ResultCode == 200)
         PendingUploadRecord::clear(state.store(), PendingUploadRecord::Roster::Tenants);

@@ -4,6 +4,7 @@
 #include "core/Prompter.h"
 #include "core/TransferFile.h"
 #include "hostdb/PortfolioQueries.h"
+#include "processor/ExchangeJournal.h"
 #include "processor/ProcessorCall.h"
 #include "uploads/FieldRules.h"
 
@@ -46,5 +47,8 @@ void UploadVendorFile(ProgramState &state)
             u"Vendor Remitra"_qs);
         return;
     }
-    ProcessorCall::transmitPayees(state, ReadWholeFile(path), QStringLiteral(""));
+    const QString payees = ReadWholeFile(path);
+    ExchangeJournal exchange(
+        state, Journal::Kind::VendorUpload, { { state.VendorUploadName }, {}, {}, {} });
+    ProcessorCall::transmitPayees(state, payees, QStringLiteral(""), exchange.keep());
 }

@@ -10,6 +10,7 @@
 #include "disburse/UnfinishedRun.h"
 
 #include <QButtonGroup>
+#include <QDir>
 #include <QFontDatabase>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -55,6 +56,11 @@ frmViewFiles::frmViewFiles(ProgramState &state, QWidget *parent)
     new QVBoxLayout(optFiles);
     m_choices = new QButtonGroup(this);
 
+    labShown = new QLabel(this);
+    labShown->setObjectName(u"labShown"_qs);
+    labShown->setWordWrap(true);
+    labShown->hide();
+
     lstFileContents = new QListWidget(this);
     lstFileContents->setObjectName(u"lstFileContents"_qs);
     lstFileContents->setAccessibleName(u"File contents"_qs);
@@ -73,6 +79,7 @@ frmViewFiles::frmViewFiles(ProgramState &state, QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(labHeading);
     layout->addWidget(optFiles);
+    layout->addWidget(labShown);
     layout->addWidget(lstFileContents, 1);
     layout->addLayout(buttons);
 
@@ -108,6 +115,38 @@ frmViewFiles *frmViewFiles::open(ProgramState &state, QWidget *parent)
     s_instance->raise();
     s_instance->activateWindow();
     return s_instance;
+}
+
+frmViewFiles *frmViewFiles::openFile(
+    ProgramState &state, const QString &relativePath, QWidget *parent)
+{
+    frmViewFiles *viewer = open(state, parent);
+    viewer->showGivenFile(relativePath);
+    return viewer;
+}
+
+void frmViewFiles::showGivenFile(const QString &relativePath)
+{
+    TopLevel::run(m_state, [&] {
+        // No choice of the list is the file shown now.
+        m_choices->setExclusive(false);
+        if (QAbstractButton *checked = m_choices->checkedButton())
+            checked->setChecked(false);
+        m_choices->setExclusive(true);
+        lstFileContents->clear();
+        m_currentName = relativePath;
+        labShown->setText(u"Shown: "_qs + QDir::toNativeSeparators(relativePath));
+        labShown->show();
+        // A file shown from History is never deleted here: it may be the
+        // archived copy that payments can be put back from.
+        m_fileExists = false;
+        cmdDelete->setEnabled(false);
+        if (!TransferFile::exists(m_state.pathOf(m_currentName))) {
+            m_state.prompter().notice(kMissing, kNoticeTitle);
+            return;
+        }
+        showFile();
+    });
 }
 
 QStringList frmViewFiles::fileNames() const
@@ -158,6 +197,8 @@ void frmViewFiles::optFiles_Click(int index)
 {
     TopLevel::run(m_state, [&] {
         lstFileContents->clear();
+        labShown->hide();
+        cmdDelete->setEnabled(true);
         if (index >= 0 && index < 9) {
             m_currentName = fileNames().at(index);
             checkFile();

@@ -23,6 +23,12 @@ public:
     // Shows the one viewer, creating it (deleted when closed) if needed, and
     // brings it to the front.
     static frmViewFiles *open(ProgramState &state, QWidget *parent = nullptr);
+    // The same, showing one given file (a path relative to the program's
+    // folder, such as an archived copy) instead of a choice of the list.
+    // Such a file is for viewing only: it cannot be deleted from here.
+    static frmViewFiles *openFile(
+        ProgramState &state, const QString &relativePath, QWidget *parent = nullptr);
+    void showGivenFile(const QString &relativePath);
 
     // The file names of the nine choices, in order, as they are opened.
     QStringList fileNames() const;
@@ -47,6 +53,7 @@ private:
     QLabel *labHeading;
     QGroupBox *optFiles;
     QButtonGroup *m_choices;
+    QLabel *labShown;
     QListWidget *lstFileContents;
     QPushButton *cmdDelete;
     QPushButton *cmdExit;

@@ -17,6 +17,7 @@
 #include "enrolment/frmOwnerUpdate.h"
 #include "enrolment/frmTenantUpdate.h"
 #include "enrolment/frmVendorUpdate.h"
+#include "history/frmHistory.h"
 #include "rent/frmDownload.h"
 #include "viewer/frmViewFiles.h"
 
@@ -76,6 +77,8 @@ struct DesktopSite
             return std::make_unique<frmMakePayments>(state);
         if (screen == u"frmShowLast"_qs)
             return std::make_unique<frmShowLast>(state);
+        if (screen == u"frmHistory"_qs)
+            return std::make_unique<frmHistory>(state);
         return std::make_unique<frmViewFiles>(state);
     }
 
@@ -188,7 +191,7 @@ private slots:
         QTest::addColumn<QString>("screen");
         for (const char *screen :
             { "frmRemitraMain", "frmLogin", "frmDownload", "frmTenantUpdate", "frmOwnerUpdate",
-                "frmVendorUpdate", "frmMakePayments", "frmShowLast", "frmViewFiles" })
+                "frmVendorUpdate", "frmMakePayments", "frmShowLast", "frmViewFiles", "frmHistory" })
             QTest::newRow(screen) << QString::fromLatin1(screen);
     }
     void controlsStayWholeAtOpeningAndLeastSize()
@@ -214,7 +217,7 @@ private slots:
             << u"frmRemitraMain"_qs
             << QStringList { u"cmdUploadAll"_qs, u"cmdDownloadPayment"_qs, u"cmdTenantUpdate"_qs,
                    u"cmdOwnerUpdate"_qs, u"cmdVendorUpdate"_qs, u"cmdMakePayments"_qs,
-                   u"cmdLogin"_qs, u"cmdViewFiles"_qs, u"cmdExit"_qs };
+                   u"cmdLogin"_qs, u"cmdViewFiles"_qs, u"cmdHistory"_qs, u"cmdExit"_qs };
         QTest::newRow("login") << u"frmLogin"_qs
                                << QStringList { u"txtUserName"_qs, u"txtPassword"_qs, u"txtURL"_qs,
                                       u"cmdSave"_qs, u"cmdCancel"_qs };
@@ -236,6 +239,14 @@ private slots:
                                          u"cmdShowLast"_qs, u"cmdExit"_qs };
         QTest::newRow("last batch")
             << u"frmShowLast"_qs << QStringList { u"gridShowLast"_qs, u"cmdExit"_qs };
+        QTest::newRow("history") << u"frmHistory"_qs
+                                 << QStringList { u"cboKind"_qs, u"chkDates"_qs, u"dtpFrom"_qs,
+                                        u"qt_spinbox_lineedit"_qs, u"dtpTo"_qs,
+                                        u"qt_spinbox_lineedit"_qs, u"gridRuns"_qs, u"tabDetails"_qs,
+                                        u"qt_tabwidget_tabbar"_qs, u"gridLines"_qs,
+                                        u"cmdViewFile"_qs, u"cmdReverse"_qs, u"cmdPutBack"_qs,
+                                        u"cmdExportList"_qs, u"cmdExportRun"_qs, u"cmdPrint"_qs,
+                                        u"cmdPdf"_qs, u"cmdExit"_qs };
         QStringList files;
         for (int i = 0; i < 9; ++i)
             files << u"optFiles_%1"_qs.arg(i);
@@ -258,6 +269,7 @@ private slots:
         QTest::addColumn<QString>("screen");
         QTest::newRow("last batch") << u"frmShowLast"_qs;
         QTest::newRow("files") << u"frmViewFiles"_qs;
+        QTest::newRow("history") << u"frmHistory"_qs;
     }
     void escapeLeavesTheViewers()
     {
@@ -273,8 +285,8 @@ private slots:
     void screensOpenInTheMiddle_data()
     {
         QTest::addColumn<QString>("screen");
-        for (const char *screen :
-            { "frmLogin", "frmDownload", "frmTenantUpdate", "frmMakePayments", "frmShowLast" })
+        for (const char *screen : { "frmLogin", "frmDownload", "frmTenantUpdate", "frmMakePayments",
+                 "frmShowLast", "frmHistory" })
             QTest::newRow(screen) << QString::fromLatin1(screen);
     }
     void screensOpenInTheMiddle()

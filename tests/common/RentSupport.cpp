@@ -1,6 +1,11 @@
 #include "RentSupport.h"
 
+#include "rent/PaymentFile.h"
+#include "rent/UpdateLedgers.h"
+
 #include <QFile>
+#include <QSqlQuery>
+#include <QSqlRecord>
 
 namespace RentSupport {
 
@@ -83,6 +88,40 @@ void writeLargePaymentFile(TestSite &site, int tenants, int count)
             i % 10 == 9 ? u"Late Fee"_qs : u"Rent"_qs);
     }
     writePaymentFile(site, lines);
+}
+
+} // namespace RentSupport
+
+namespace RentSupport {
+
+QStringList hostRows(TestSite &site)
+{
+    QStringList rows;
+    for (const char *table : { "Owners", "Properties", "Tenants", "Units", "Transactions",
+             "CheckDepPrinted", "SplitPrintedChecks" }) {
+        QSqlQuery q(site.db().database());
+        if (!q.exec(u"SELECT rowid, * FROM "_qs + QLatin1String(table) + u" ORDER BY rowid"_qs))
+            qFatal("cannot read %s", table);
+        while (q.next()) {
+            QStringList fields { QLatin1String(table) };
+            for (int i = 0; i < q.record().count(); ++i)
+                fields << (q.isNull(i) ? u"Null"_qs : q.value(i).toString());
+            rows << fields.join(u'|');
+        }
+    }
+    return rows;
+}
+
+bool post(TestSite &site, const RentPayments &rows, const PostingChoices &choices)
+{
+    site.prompter.clear();
+    return UpdateLedgers::run(*site.state, rows, choices);
+}
+
+RentPayments load(TestSite &site)
+{
+    RentPayments rows = PaymentFile::load(*site.state).rows;
+    return rows;
 }
 
 } // namespace RentSupport

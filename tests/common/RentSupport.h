@@ -2,6 +2,9 @@
 
 #include "TestSupport.h"
 
+#include "rent/PostingChoices.h"
+#include "rent/RentPayment.h"
+
 // Rent test portfolio: owners 1 (fee "8%"), 2 (fee "25"), 3 (blank fee) with
 // properties 10, 20, 30; tenants 100 "Avery, Ann" and 101 "Baker" (blank
 // first name) in 10, 200 "Cole, Carl" in 20, 300 "Dunn" (Null first name) in
@@ -25,5 +28,13 @@ void useFixture(TestSite &site, const QString &name);
 void seedLargePortfolio(TestSite &site, int tenants);
 // A payment file of `count` payments spread over the tenants, one in ten a late fee.
 void writeLargePaymentFile(TestSite &site, int tenants, int count);
+
+// Every row of the host tables a rent posting writes or changes, with its
+// rowid, one text per row: to compare a host database row for row.
+QStringList hostRows(TestSite &site);
+// Posts the rows with the choices; the prompter is cleared first.
+bool post(TestSite &site, const RentPayments &rows, const PostingChoices &choices);
+// The payment file's rows as the review screen loads them.
+RentPayments load(TestSite &site);
 
 } // namespace RentSupport

@@ -1,5 +1,6 @@
 #include "DisburseFixture.h"
 
+#include "disburse/PaymentListModel.h"
 #include "hostdb/DisburseList.h"
 
 #include <QTest>
@@ -54,6 +55,31 @@ private slots:
                   { u"Entry Order"_qs, { 1, 1, 2, 8, 11, 12, 2, 3 } } };
         for (const auto &[item, order] : sorts)
             QCOMPARE(checkIds(DisburseList::load(site.db(), item)), order);
+    }
+
+    // A check listed for two payees is marked on both rows, each naming the
+    // other; a check listed once is not.
+    void checksListedTwiceAreMarked()
+    {
+        TestSite site;
+        DisburseFixture::populate(site);
+        PaymentListModel model;
+        model.setRows(DisburseList::load(site.db(), u"Entry Order"_qs));
+        QStringList marked;
+        for (int r = 0; r < model.rowCount(); ++r) {
+            const QModelIndex cell = model.index(r, PaymentListModel::Payee);
+            if (cell.data(PaymentListModel::TwiceRole).toBool())
+                marked << cell.data(Qt::ToolTipRole).toString();
+        }
+        QCOMPARE(marked,
+            (QStringList { u"Owner 1: Ann Lee\nAlso listed for Owner 5: Ann Lee: pay this check "
+                           "once only."_qs,
+                u"Owner 5: Ann Lee\nAlso listed for Owner 1: Ann Lee: pay this check once "
+                "only."_qs,
+                u"Owner 1: Ann Lee\nAlso listed for Vendor 10: Bob Lee: pay this check once "
+                "only."_qs,
+                u"Vendor 10: Bob Lee\nAlso listed for Owner 1: Ann Lee: pay this check once "
+                "only."_qs }));
     }
 };
 

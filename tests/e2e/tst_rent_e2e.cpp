@@ -4,6 +4,8 @@
 #include "RentSupport.h"
 #include "SandboxProcess.h"
 
+#include "history/frmHistory.h"
+#include "hostdb/Journal.h"
 #include "processor/HttpProcessorClient.h"
 #include "processor/RentDownload.h"
 #include "rent/PaymentFile.h"
@@ -15,6 +17,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTableView>
 #include <QTest>
 
 class TestRentE2e : public QObject
@@ -89,6 +92,37 @@ private slots:
         QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
         QCOMPARE(site.fileBytes(PaymentFile::LastDownloadName), downloaded);
         QCOMPARE(QDir(site.path(u"backups"_qs)).entryList(QDir::Files).size(), 1);
+
+        // History shows both runs; the posting is reversed from there, its
+        // payments come back for review and are posted again as before.
+        const QString balances = site.scalar(u"SELECT group_concat(TCurrBal || '/' || UCurrBal, "
+                                             "' ') FROM Tenants JOIN Units ON UTenantID = "
+                                             "TenantID"_qs)
+                                     .toString();
+        frmHistory history(*site.state);
+        auto *runs = history.findChild<QTableView *>(u"gridRuns"_qs);
+        QCOMPARE(runs->model()->index(0, 2).data().toString(), u"Rent posting"_qs);
+        QCOMPARE(runs->model()->index(1, 2).data().toString(), u"Rent download"_qs);
+        QCOMPARE(runs->model()->index(1, 3).data().toString(), u"6"_qs);
+        site.prompter.clear();
+        site.prompter.queueAnswer(Prompter::Answer::Yes);
+        QTest::mouseClick(history.findChild<QPushButton *>(u"cmdReverse"_qs), Qt::LeftButton);
+        QCOMPARE(history.currentRun()->result.state, Journal::Reversed);
+        QCOMPARE(site.scalar(u"SELECT count(*) FROM Transactions"_qs).toInt(), 0);
+        QCOMPARE(site.fileBytes(site.state->PaymentDownloadName), downloaded);
+
+        frmDownload again(*site.state, nullptr);
+        QCOMPARE(again.rowCount(), 6);
+        again.findChild<QCheckBox *>(u"chkPostMgmtFees"_qs)->setChecked(true);
+        again.findChild<QLineEdit *>(u"txtCreateDeposit"_qs)->setText(u"3002"_qs);
+        site.prompter.clear();
+        QTest::mouseClick(again.findChild<QPushButton *>(u"cmdUpdate"_qs), Qt::LeftButton);
+        QCOMPARE(
+            site.prompter.texts(), QStringList { u"Your Dwellix Ledgers are now updated."_qs });
+        QCOMPARE(site.scalar(u"SELECT group_concat(TCurrBal || '/' || UCurrBal, ' ') FROM "
+                             "Tenants JOIN Units ON UTenantID = TenantID"_qs)
+                     .toString(),
+            balances);
     }
 };
 

@@ -142,7 +142,8 @@ private slots:
         QVERIFY(!emptied);
         QCOMPARE(site.prompter.texts(), QStringList({ message }));
         QCOMPARE(ledgers(site), before);
-        QCOMPARE(filesOf(site), QStringList({ site.state->DisbursementUploadName }));
+        // The archive holds the copy of the file sent.
+        QCOMPARE(filesOf(site), QStringList({ site.state->DisbursementUploadName, u"archive"_qs }));
         QCOMPARE(sandbox->requestCount(u"/qps/evendorpay.php"_qs), 1);
     }
 
@@ -200,7 +201,8 @@ private slots:
                 bool stop = false;
                 QVERIFY(!DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}));
                 QCOMPARE(site.prompter.texts(), QStringList({ unavailable }));
-                QCOMPARE(filesOf(site), QStringList({ site.state->DisbursementUploadName }));
+                // The archive holds the copy of the file sent.
+        QCOMPARE(filesOf(site), QStringList({ site.state->DisbursementUploadName, u"archive"_qs }));
             }
             QVERIFY2(timer.elapsed() < 10000, "the time-out was not kept");
             QCOMPARE(site.state->ResultCode, qint16(501));

@@ -5,7 +5,8 @@
 //   remitra-screenshots --folder SITE --settings INI --out DIR [--every-size]
 //
 // Without --every-size: the main menu, the review screen, the tenant
-// enrolment screen and Make Payments at their opening sizes (DIR/<screen>.png).
+// enrolment screen, Make Payments and History (with the rent posting chosen)
+// at their opening sizes (DIR/<screen>.png).
 // With it: every screen at its opening, minimum and maximised sizes
 // (DIR/<screen>-<size>.png), for looking over the layouts.
 
@@ -19,8 +20,12 @@
 #include "enrolment/frmOwnerUpdate.h"
 #include "enrolment/frmTenantUpdate.h"
 #include "enrolment/frmVendorUpdate.h"
+#include "history/frmHistory.h"
+#include "hostdb/Journal.h"
 #include "processor/HttpProcessorClient.h"
 #include "processor/RentDownload.h"
+#include "rent/PaymentFile.h"
+#include "rent/UpdateLedgers.h"
 #include "rent/frmDownload.h"
 #include "uploads/UploadAll.h"
 #include "viewer/frmViewFiles.h"
@@ -196,6 +201,15 @@ void run(const Options &options)
         frmDownload review(state, &mainMenu);
         camera.take(review, u"review"_qs);
     }
+    // The payments are posted, with fees and a deposit, for History.
+    {
+        const PaymentFile::LoadResult loaded = PaymentFile::load(state);
+        PostingChoices choices;
+        choices.postMgmtFees = true;
+        choices.depositNumber = u"1001"_qs;
+        choices.remark = PostingChoices::MethodRemark;
+        UpdateLedgers::run(state, loaded.rows, choices, loaded.fileSha256);
+    }
     {
         frmTenantUpdate tenants(state, &mainMenu);
         camera.take(tenants, u"tenant-enrolment"_qs);
@@ -222,6 +236,16 @@ void run(const Options &options)
             choice->click();
         camera.take(*files, u"view-files"_qs);
     }
+
+    frmHistory *history = frmHistory::open(state, &mainMenu);
+    const QList<Journal::Run> runs = Journal(state.store()).runs();
+    for (const Journal::Run &run : runs) {
+        if (run.kind == Journal::Kind::RentPosting) {
+            history->selectRun(run.id);
+            break;
+        }
+    }
+    camera.take(*history, u"history"_qs);
 }
 
 } // namespace

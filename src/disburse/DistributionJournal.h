@@ -1,0 +1,18 @@
+#pragma once
+
+#include "disburse/PaymentRow.h"
+#include "hostdb/Journal.h"
+
+class ResponseMatcher;
+
+// The checks of a distribution as journal lines: each with its check id,
+// payee, amount and date, and, once the answer is known, whether it was
+// accepted (and so posted) or why it was rejected.
+namespace DistributionJournal {
+
+QList<Journal::Line> lines(
+    const QList<PaymentRow> &checks, const ResponseMatcher *answer = nullptr);
+// The sum of the amounts as they are paid (absolute values).
+Currency total(const QList<PaymentRow> &checks);
+
+} // namespace DistributionJournal

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "hostdb/Journal.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+class HistoryTableModel;
+class ProgramState;
+class QCheckBox;
+class QComboBox;
+class QDateEdit;
+class QLabel;
+class QPrinter;
+class QPushButton;
+class QTabWidget;
+class QTableView;
+
+// "Remitra History": the journal's runs, newest first, filtered by kind and
+// date; the details of the chosen run (its lines, the host rows it wrote,
+// the messages the user saw, its files); its file in the transfer file
+// viewer; export to CSV; printing or PDF of the details; and, for a rent
+// posting, its reversal and the putting back of its payment file.
+// Modeless; open() keeps a single instance and reads the journal afresh.
+class frmHistory : public QWidget
+{
+    Q_OBJECT
+
+public:
+    frmHistory(ProgramState &state, QWidget *parent = nullptr);
+
+    static frmHistory *open(ProgramState &state, QWidget *parent = nullptr);
+
+    // Where exports and PDFs go: a save dialog by default. Returns "" when
+    // the user cancelled.
+    using FileChooser = std::function<QString(
+        const QString &caption, const QString &name, const QString &filter)>;
+    void setFileChooser(FileChooser chooser) { m_chooseFile = std::move(chooser); }
+    // How printing obtains its printer: the print dialog by default.
+    using PrinterChooser = std::function<bool(QPrinter &)>;
+    void setPrinterChooser(PrinterChooser chooser) { m_choosePrinter = std::move(chooser); }
+
+    // Reads the list again, keeping the chosen run when it is still listed.
+    void reload();
+    // Chooses the run in the list; false when it is not listed.
+    bool selectRun(qint64 runId);
+    std::optional<Journal::Run> currentRun() const { return m_current; }
+
+    // Details are shown for this many lines and rows at most.
+    static constexpr int ShownAtMost = 5000;
+
+public slots:
+    void cboKind_Click();
+    void cmdViewFile_Click();
+    void cmdReverse_Click();
+    void cmdPutBack_Click();
+    void cmdExportList_Click();
+    void cmdExportRun_Click();
+    void cmdPrint_Click();
+    void cmdPdf_Click();
+    void cmdExit_Click();
+
+private:
+    void buildUi();
+    void showRun(int row);
+    void updateCommands();
+    Journal::Filter filter() const;
+    bool printTo(QPrinter &printer);
+
+    ProgramState &m_state;
+    QList<Journal::Run> m_runs;
+    std::optional<Journal::Run> m_current;
+    FileChooser m_chooseFile;
+    PrinterChooser m_choosePrinter;
+
+    QComboBox *cboKind = nullptr;
+    QCheckBox *chkDates = nullptr;
+    QDateEdit *dtpFrom = nullptr;
+    QDateEdit *dtpTo = nullptr;
+    QTableView *gridRuns = nullptr;
+    HistoryTableModel *m_runModel = nullptr;
+    QLabel *labRun = nullptr;
+    QTabWidget *tabDetails = nullptr;
+    QTableView *gridLines = nullptr;
+    QTableView *gridRows = nullptr;
+    QTableView *gridMessages = nullptr;
+    QTableView *gridFiles = nullptr;
+    HistoryTableModel *m_lineModel = nullptr;
+    HistoryTableModel *m_rowModel = nullptr;
+    HistoryTableModel *m_messageModel = nullptr;
+    HistoryTableModel *m_fileModel = nullptr;
+    QLabel *labShown = nullptr;
+    QPushButton *cmdViewFile = nullptr;
+    QPushButton *cmdReverse = nullptr;
+    QPushButton *cmdPutBack = nullptr;
+    QPushButton *cmdExportList = nullptr;
+    QPushButton *cmdExportRun = nullptr;
+    QPushButton *cmdPrint = nullptr;
+    QPushButton *cmdPdf = nullptr;
+    QPushButton *cmdExit = nullptr;
+
+    static QPointer<frmHistory> s_instance;
+};

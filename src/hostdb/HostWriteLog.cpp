@@ -1,0 +1,164 @@
+#include "hostdb/HostWriteLog.h"
+
+#include "core/VbText.h"
+
+#include <QDate>
+#include <QDateTime>
+#include <QSet>
+
+#include <cmath>
+
+namespace {
+
+const QSet<QString> kMoney = { u"TransAmount"_qs, u"CkAmount"_qs, u"TCurrBal"_qs, u"UCurrBal"_qs,
+    u"OCurrBal"_qs, u"PCurrBal"_qs };
+const QSet<QString> kDates = { u"TransDate"_qs, u"CkDate"_qs };
+const QSet<QString> kNumbers = { u"TransAccountID"_qs, u"TransPostToID"_qs, u"TransCheckNumber"_qs,
+    u"TransOID"_qs, u"TransPID"_qs, u"TransUID"_qs, u"TransTID"_qs, u"CkID"_qs, u"CkAccountID"_qs,
+    u"CkVendorID"_qs, u"CkNumber"_qs, u"CkCheckNumber"_qs, u"CkPostToID"_qs, u"UTenantID"_qs,
+    u"TenantID"_qs, u"OwnerID"_qs, u"PropID"_qs };
+
+QString dateText(const QVariant &value)
+{
+    if (value.typeId() == QMetaType::QDate)
+        return value.toDate().toString(Qt::ISODate);
+    if (value.typeId() == QMetaType::QDateTime)
+        return value.toDateTime().date().toString(Qt::ISODate);
+    const QString text = value.toString();
+    const QDate iso = QDate::fromString(text.left(10), Qt::ISODate);
+    return iso.isValid() ? iso.toString(Qt::ISODate) : text;
+}
+
+QString numberText(const QVariant &value)
+{
+    if (value.typeId() == QMetaType::Double) {
+        const double d = value.toDouble();
+        if (std::isfinite(d) && d == std::trunc(d) && std::fabs(d) < 9.0e15)
+            return QString::number(qint64(d));
+        return QString::number(d, 'g', 17);
+    }
+    bool ok = false;
+    const qint64 n = value.toLongLong(&ok);
+    return ok ? QString::number(n) : value.toString();
+}
+
+} // namespace
+
+QVariant HostWriteLog::normal(const QString &field, const QVariant &value)
+{
+    if (value.isNull() || !value.isValid())
+        return QVariant();
+    if (kMoney.contains(field)) {
+        const auto money = Currency::fromVariant(value);
+        return money ? money->toPlainText() : VbText::text(value);
+    }
+    if (kDates.contains(field))
+        return dateText(value);
+    if (kNumbers.contains(field))
+        return numberText(value);
+    return VbText::text(value);
+}
+
+QVariantMap HostWriteLog::normal(const QVariantMap &fields)
+{
+    QVariantMap kept;
+    for (auto it = fields.cbegin(); it != fields.cend(); ++it)
+        kept.insert(it.key(), normal(it.key(), it.value()));
+    return kept;
+}
+
+QVariant HostWriteLog::bindable(const QString &field, const QVariant &kept)
+{
+    if (kept.isNull())
+        return QVariant();
+    const QString text = kept.toString();
+    if (kMoney.contains(field)) {
+        const auto money = Currency::parse(text);
+        return money ? QVariant(money->toDatabaseValue()) : QVariant(text);
+    }
+    if (kDates.contains(field)) {
+        const QDate date = QDate::fromString(text, Qt::ISODate);
+        return date.isValid() ? QVariant(date) : QVariant(text);
+    }
+    if (kNumbers.contains(field)) {
+        bool ok = false;
+        const qint64 n = text.toLongLong(&ok);
+        return ok ? QVariant(n) : QVariant(text);
+    }
+    return text;
+}
+
+void HostWriteLog::added(const QString &table, const QVariant &handle, const QVariantMap &fields)
+{
+    m_entries.append({ Change::Added, table, handle, normal(fields), {}, {}, {}, m_line });
+}
+
+void HostWriteLog::balance(const QString &table, const QVariant &handle,
+    const QVariantMap &keyFields, const QString &field, Currency before, Currency after)
+{
+    m_entries.append({ Change::Balance, table, handle, normal(keyFields), field,
+        before.toPlainText(), after.toPlainText(), m_line });
+}
+
+void HostWriteLog::balance(const KeyedRows &rows, const KeyedRows::Change &change, int index)
+{
+    QVariantMap keyFields { { rows.keyField(), change.row.key } };
+    for (qsizetype i = 0; i < rows.fields().size(); ++i) {
+        if (i != index)
+            keyFields.insert(rows.fields().at(i), change.row.values.value(i));
+    }
+    balance(rows.table(), change.row.handle, keyFields, rows.fields().at(index), change.before,
+        change.after);
+}
+
+void HostWriteLog::changed(const QString &table, const QVariant &handle,
+    const QVariantMap &keyFields, const QString &field, const QVariant &before,
+    const QVariant &after)
+{
+    m_entries.append({ Change::Changed, table, handle, normal(keyFields), field,
+        normal(field, before), normal(field, after), m_line });
+}
+
+void HostWriteLog::removed(const QString &table, const QVariant &handle, const QVariantMap &fields)
+{
+    m_entries.append({ Change::Removed, table, handle, normal(fields), {}, {}, {}, m_line });
+}
+
+void HostWriteLog::amendAdded(const QString &table, const QString &keyField, const QVariant &key,
+    const QString &field, const QVariant &value)
+{
+    const QVariant wanted = normal(keyField, key);
+    for (auto it = m_entries.rbegin(); it != m_entries.rend(); ++it) {
+        if (it->change == Change::Added && it->table == table
+            && it->fields.value(keyField) == wanted) {
+            it->fields.insert(field, normal(field, value));
+            return;
+        }
+    }
+}
+
+QString HostWriteLog::changeName(Change change)
+{
+    switch (change) {
+    case Change::Added:
+        return u"added"_qs;
+    case Change::Balance:
+        return u"balance"_qs;
+    case Change::Changed:
+        return u"changed"_qs;
+    case Change::Removed:
+        return u"removed"_qs;
+    }
+    return {};
+}
+
+HostWriteLog::Change HostWriteLog::changeOf(const QString &name)
+{
+    if (name == u"balance"_qs)
+        return Change::Balance;
+    if (name == u"changed"_qs)
+        return Change::Changed;
+    if (name == u"removed"_qs)
+        return Change::Removed;
+    return Change::Added;
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "core/Currency.h"
+#include "hostdb/KeyedRows.h"
+
+#include <QList>
+#include <QString>
+#include <QVariant>
+#include <QVariantMap>
+
+// The host rows a posting run wrote, in the order written, as the journal
+// keeps them: rows added (every field as written), balances changed (the
+// value before and after), rows changed in place and rows removed. A row is
+// named by its handle where the engine has one (SQLite's rowid; a check's
+// CkID is that rowid) and, everywhere, by its fields: on the Access host a
+// ledger line or a split line has no key of its own, so its field values are
+// what tells it apart. Values are kept as text in the forms normal() gives,
+// so a value read back from either engine compares equal to what was written.
+class HostWriteLog
+{
+public:
+    enum class Change { Added, Balance, Changed, Removed };
+
+    struct Entry
+    {
+        Change change = Change::Added;
+        QString table;
+        QVariant handle; // rowid; null where the engine has none
+        // Added/Removed: every field written. Balance: the row's key field
+        // and the fields that identify it on an engine without handles.
+        QVariantMap fields;
+        QString field; // Balance/Changed: the field changed
+        QVariant before;
+        QVariant after;
+        int line = 0; // the payment file line it belongs to (0: none)
+    };
+
+    // The payment file line the following entries belong to.
+    void setLine(int line) { m_line = line; }
+
+    void added(const QString &table, const QVariant &handle, const QVariantMap &fields);
+    void balance(const QString &table, const QVariant &handle, const QVariantMap &keyFields,
+        const QString &field, Currency before, Currency after);
+    // A balance changed through KeyedRows::addToFirst (field `index`).
+    void balance(const KeyedRows &rows, const KeyedRows::Change &change, int index);
+    void changed(const QString &table, const QVariant &handle, const QVariantMap &keyFields,
+        const QString &field, const QVariant &before, const QVariant &after);
+    void removed(const QString &table, const QVariant &handle, const QVariantMap &fields);
+    // Sets a field of the last added row of the table whose keyField holds
+    // key (a deposit's amount, stored once its splits are written).
+    void amendAdded(const QString &table, const QString &keyField, const QVariant &key,
+        const QString &field, const QVariant &value);
+
+    const QList<Entry> &entries() const { return m_entries; }
+    bool isEmpty() const { return m_entries.isEmpty(); }
+
+    // A host value as the journal keeps it: Null stays null; money fields as
+    // Currency's plain text; date fields as ISO dates; id and number fields
+    // as whole numbers; anything else as text.
+    static QVariant normal(const QString &field, const QVariant &value);
+    static QVariantMap normal(const QVariantMap &fields);
+    // The value to bind for a field whose journal form is `kept`.
+    static QVariant bindable(const QString &field, const QVariant &kept);
+
+    static QString changeName(Change change);
+    static Change changeOf(const QString &name);
+
+private:
+    QList<Entry> m_entries;
+    int m_line = 0;
+};
