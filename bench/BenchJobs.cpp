@@ -4,20 +4,20 @@
 #include "ScriptedProcessorClient.h"
 
 #include "app/IdFile.h"
+#include "app/MainMenuWindow.h"
 #include "app/ProgramState.h"
-#include "app/frmRemitraMain.h"
 #include "core/RuntimeError.h"
 #include "core/ScriptedPrompter.h"
 #include "disburse/DistributionRun.h"
-#include "enrolment/frmTenantUpdate.h"
+#include "enrolment/TenantEnrolmentDialog.h"
 #include "hostdb/DisburseList.h"
 #include "hostdb/HostDb.h"
 #include "hostdb/RentLedger.h"
 #include "processor/HttpProcessorClient.h"
 #include "rent/PaymentTableModel.h"
 #include "rent/PostPayments.h"
+#include "rent/RentReviewDialog.h"
 #include "rent/UpdateLedgers.h"
-#include "rent/frmDownload.h"
 #include "uploads/OwnerFile.h"
 #include "uploads/SetupFile.h"
 #include "uploads/TenantUpload.h"
@@ -171,8 +171,8 @@ private:
         m_state.SettingsFile = m_state.pathOf(BenchSite::SettingsName);
         m_state.ClientFactory = [] { return std::make_unique<HttpProcessorClient>(120); };
         m_state.EndProgram = [this] { m_state.EndRequested = true; };
-        frmRemitraMain menu(m_state);
-        const bool shown = menu.Form_Load();
+        MainMenuWindow menu(m_state);
+        const bool shown = menu.load();
         menu.show();
         settle();
         end();
@@ -228,7 +228,7 @@ private:
     void reviewLoad()
     {
         begin();
-        frmDownload screen(m_state, nullptr);
+        RentReviewDialog screen(m_state, nullptr);
         screen.show();
         settle();
         end();
@@ -247,7 +247,7 @@ private:
 
     void posting()
     {
-        frmDownload screen(m_state, nullptr);
+        RentReviewDialog screen(m_state, nullptr);
         const RentPayments rows = screen.model().rows();
         require(!rows.empty(), "no payments");
         begin();
@@ -262,7 +262,7 @@ private:
     // each by a prepared statement, in one transaction.
     void writeLoop()
     {
-        frmDownload screen(m_state, nullptr);
+        RentReviewDialog screen(m_state, nullptr);
         const RentPayments rows = screen.model().rows();
         require(!rows.empty(), "no payments");
         const AccountSetting rent = PostPayments::rentIncome(m_state);
@@ -386,7 +386,7 @@ private:
     void enrolmentOpen()
     {
         begin();
-        frmTenantUpdate screen(m_state, nullptr);
+        TenantEnrolmentDialog screen(m_state, nullptr);
         screen.show();
         settle();
         end();

@@ -1,7 +1,7 @@
+#include "app/MainMenuWindow.h"
 #include "app/ProgramState.h"
 #include "app/QtIdentity.h"
 #include "app/Startup.h"
-#include "app/frmRemitraMain.h"
 #include "core/QtPrompter.h"
 #include "processor/HttpProcessorClient.h"
 
@@ -108,14 +108,13 @@ int main(int argc, char *argv[])
     if (options.processorTimeout > 0)
         state.ProcessorTimeoutSeconds = options.processorTimeout;
     // The processor client of every job: HTTP, waiting --processor-timeout seconds.
-    state.ClientFactory = [&state] {
-        return std::make_unique<HttpProcessorClient>(state.ProcessorTimeoutSeconds);
-    };
+    state.ClientFactory
+        = [&state] { return std::make_unique<HttpProcessorClient>(state.ProcessorTimeoutSeconds); };
     state.EndProgram = [] { QCoreApplication::exit(1); };
 
-    frmRemitraMain mainMenu(state);
+    MainMenuWindow mainMenu(state);
     prompter.setParent(&mainMenu);
-    if (!mainMenu.Form_Load() || state.EndRequested)
+    if (!mainMenu.load() || state.EndRequested)
         return 1;
     mainMenu.show();
     const int code = app.exec();

@@ -91,8 +91,7 @@ EnrolmentListWidget::EnrolmentListWidget(
     m_gridACH->setItemDelegateForColumn(m_model->flagColumn(), m_delegate);
     m_gridACH->setMinimumHeight(QtGridFit::heightForRows(*m_gridACH, 4));
     QtGridFit::showClippedText(*m_gridACH);
-    m_delegate->onTyped
-        = [this](int row, const QString &typed) { gridACH_BeforeColUpdate(row, typed); };
+    m_delegate->onTyped = [this](int row, const QString &typed) { checkTypedFlag(row, typed); };
 
     m_labCount = new QLabel(this);
     m_labCount->setObjectName(u"labCount"_qs);
@@ -118,14 +117,13 @@ EnrolmentListWidget::EnrolmentListWidget(
     layout->addWidget(m_gridACH, 1);
     layout->addLayout(footer);
 
-    connect(m_optDisplay, &QListWidget::currentRowChanged, this,
-        &EnrolmentListWidget::optDisplay_Click);
     connect(
-        m_optSortBy, &QListWidget::currentRowChanged, this, &EnrolmentListWidget::optSortBy_Click);
-    connect(m_chkSelectAll, &QCheckBox::clicked, this, &EnrolmentListWidget::chkSelectAll_Click);
+        m_optDisplay, &QListWidget::currentRowChanged, this, &EnrolmentListWidget::chooseDisplay);
+    connect(m_optSortBy, &QListWidget::currentRowChanged, this, &EnrolmentListWidget::sortList);
+    connect(m_chkSelectAll, &QCheckBox::clicked, this, &EnrolmentListWidget::selectAllRows);
     connect(m_txtSearch, &QLineEdit::textChanged, m_searchDelay, qOverload<>(&QTimer::start));
-    connect(m_txtSearch, &QLineEdit::returnPressed, this, &EnrolmentListWidget::txtSearch_Change);
-    connect(m_searchDelay, &QTimer::timeout, this, &EnrolmentListWidget::txtSearch_Change);
+    connect(m_txtSearch, &QLineEdit::returnPressed, this, &EnrolmentListWidget::search);
+    connect(m_searchDelay, &QTimer::timeout, this, &EnrolmentListWidget::search);
     connect(m_model, &QAbstractItemModel::modelReset, this, &EnrolmentListWidget::arrangeColumns);
 }
 
@@ -190,7 +188,7 @@ void EnrolmentListWidget::GridSQL()
     });
 }
 
-void EnrolmentListWidget::optDisplay_Click()
+void EnrolmentListWidget::chooseDisplay()
 {
     if (m_loading) {
         m_loading = false;
@@ -199,7 +197,7 @@ void EnrolmentListWidget::optDisplay_Click()
     GridSQL();
 }
 
-void EnrolmentListWidget::optSortBy_Click()
+void EnrolmentListWidget::sortList()
 {
     if (m_loading) {
         m_loading = false;
@@ -208,14 +206,14 @@ void EnrolmentListWidget::optSortBy_Click()
     GridSQL();
 }
 
-void EnrolmentListWidget::txtSearch_Change()
+void EnrolmentListWidget::search()
 {
     m_searchDelay->stop();
     if (m_model->listing().search != m_txtSearch->text())
         GridSQL();
 }
 
-void EnrolmentListWidget::chkSelectAll_Click()
+void EnrolmentListWidget::selectAllRows()
 {
     TopLevel::run(m_state, [&] {
         const bool activate = m_chkSelectAll->isChecked();
@@ -240,7 +238,7 @@ void EnrolmentListWidget::commitPendingEdit()
     m_delegate->commitOpenEditor();
 }
 
-void EnrolmentListWidget::gridACH_BeforeColUpdate(int row, const QString &typed)
+void EnrolmentListWidget::checkTypedFlag(int row, const QString &typed)
 {
     const QString flag = typed.toUpper();
     if (flag != u"Y"_qs && flag != u"N"_qs && flag != u"D"_qs) {
@@ -256,11 +254,11 @@ void EnrolmentListWidget::gridACH_BeforeColUpdate(int row, const QString &typed)
         // even when this screen's upload on closing does not go through.
         PendingUploadRecord::mark(m_state.store(), m_roster);
         m_model->setFlag(row, flag);
-        gridACH_AfterColUpdate();
+        saveFlag();
     });
 }
 
-void EnrolmentListWidget::gridACH_AfterColUpdate()
+void EnrolmentListWidget::saveFlag()
 {
     m_changed = true;
 }

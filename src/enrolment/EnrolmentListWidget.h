@@ -53,14 +53,14 @@ public:
 
 public slots:
     void GridSQL();
-    void optDisplay_Click();
-    void optSortBy_Click();
-    void chkSelectAll_Click();
-    void txtSearch_Change();
+    void chooseDisplay();
+    void sortList();
+    void selectAllRows();
+    void search();
 
 private:
-    void gridACH_BeforeColUpdate(int row, const QString &typed);
-    void gridACH_AfterColUpdate();
+    void checkTypedFlag(int row, const QString &typed);
+    void saveFlag();
     EnrolmentQueries::Listing currentListing() const;
     void arrangeColumns();
 

@@ -102,7 +102,7 @@ RentPayments parse(const QString &text, RentLookup &lookup)
     return rows;
 }
 
-Currency TransactionTotal(const RentPayments &rows)
+Currency transactionTotal(const RentPayments &rows)
 {
     Currency total;
     for (const RentPayment &row : rows) {
@@ -170,7 +170,8 @@ void markRecorded(ProgramState &state, const QString &sha, RentPayments &rows)
         const auto it = lines.constFind(row.line);
         if (it == lines.constEnd() || it->postedAt.isEmpty())
             continue;
-        const QString when = VbText::shortDate(QDateTime::fromString(it->postedAt, Qt::ISODateWithMs).date());
+        const QString when
+            = VbText::shortDate(QDateTime::fromString(it->postedAt, Qt::ISODateWithMs).date());
         if (it->missing == RentPostingRecord::Missing::Nothing)
             row.postedNote = u"Remitra posted this payment to the Dwellix ledgers on "_qs + when
                 + u". It will not be posted again."_qs;
@@ -212,7 +213,7 @@ LoadResult load(ProgramState &state)
         // The rows are on screen before their total is taken: an amount that
         // cannot be read fails the total, not the rows.
         result.rows = std::move(rows);
-        result.total = TransactionTotal(result.rows);
+        result.total = transactionTotal(result.rows);
     } catch (const RuntimeError &error) {
         switch (error.number()) {
         case 3265:

@@ -31,7 +31,7 @@ struct LoadResult
 {
     LoadStatus status = LoadStatus::Loaded;
     RentPayments rows;
-    std::optional<Currency> total; // TransactionTotal; nullopt when it failed
+    std::optional<Currency> total; // transactionTotal; nullopt when it failed
     QString fileSha256; // of the file the rows were read from
 };
 
@@ -49,7 +49,7 @@ RentPayments parse(const QString &text, RentLookup &lookup);
 
 // Sum of the absolute amounts; an amount that cannot be read raises the
 // type-mismatch error (13).
-Currency TransactionTotal(const RentPayments &rows);
+Currency transactionTotal(const RentPayments &rows);
 
 // Sets postedNote on the rows whose payment the tenant's ledger seems to
 // hold already (same tenant, amount, date and check number); clears it on

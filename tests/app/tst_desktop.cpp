@@ -8,18 +8,18 @@
 
 #include "DemoSite.h"
 
-#include "app/frmLogin.h"
-#include "app/frmRemitraMain.h"
+#include "app/LoginDialog.h"
+#include "app/MainMenuWindow.h"
 #include "core/QtPrompter.h"
 #include "disburse/DistributionFile.h"
-#include "disburse/frmMakePayments.h"
-#include "disburse/frmShowLast.h"
-#include "enrolment/frmOwnerUpdate.h"
-#include "enrolment/frmTenantUpdate.h"
-#include "enrolment/frmVendorUpdate.h"
-#include "history/frmHistory.h"
-#include "rent/frmDownload.h"
-#include "viewer/frmViewFiles.h"
+#include "disburse/LastBatchWindow.h"
+#include "disburse/PaymentSelectionWindow.h"
+#include "enrolment/OwnerEnrolmentDialog.h"
+#include "enrolment/TenantEnrolmentDialog.h"
+#include "enrolment/VendorEnrolmentDialog.h"
+#include "history/HistoryWindow.h"
+#include "rent/RentReviewDialog.h"
+#include "viewer/TransferFileViewer.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -62,24 +62,24 @@ struct DesktopSite
     {
         ProgramState &state = *site.state;
         if (screen == u"frmRemitraMain"_qs)
-            return std::make_unique<frmRemitraMain>(state);
+            return std::make_unique<MainMenuWindow>(state);
         if (screen == u"frmLogin"_qs)
-            return std::make_unique<frmLogin>(state);
+            return std::make_unique<LoginDialog>(state);
         if (screen == u"frmDownload"_qs)
-            return std::make_unique<frmDownload>(state);
+            return std::make_unique<RentReviewDialog>(state);
         if (screen == u"frmTenantUpdate"_qs)
-            return std::make_unique<frmTenantUpdate>(state, nullptr);
+            return std::make_unique<TenantEnrolmentDialog>(state, nullptr);
         if (screen == u"frmOwnerUpdate"_qs)
-            return std::make_unique<frmOwnerUpdate>(state, nullptr);
+            return std::make_unique<OwnerEnrolmentDialog>(state, nullptr);
         if (screen == u"frmVendorUpdate"_qs)
-            return std::make_unique<frmVendorUpdate>(state, nullptr);
+            return std::make_unique<VendorEnrolmentDialog>(state, nullptr);
         if (screen == u"frmMakePayments"_qs)
-            return std::make_unique<frmMakePayments>(state);
+            return std::make_unique<PaymentSelectionWindow>(state);
         if (screen == u"frmShowLast"_qs)
-            return std::make_unique<frmShowLast>(state);
+            return std::make_unique<LastBatchWindow>(state);
         if (screen == u"frmHistory"_qs)
-            return std::make_unique<frmHistory>(state);
-        return std::make_unique<frmViewFiles>(state);
+            return std::make_unique<HistoryWindow>(state);
+        return std::make_unique<TransferFileViewer>(state);
     }
 
     TestSite site;

@@ -2,9 +2,9 @@
 #include "TestSupport.h"
 
 #include "app/Credentials.h"
+#include "app/LoginDialog.h"
+#include "app/MainMenuWindow.h"
 #include "app/Startup.h"
-#include "app/frmLogin.h"
-#include "app/frmRemitraMain.h"
 
 #include <QApplication>
 #include <QGroupBox>
@@ -29,7 +29,7 @@ void onLoginScreen(const QString &user, const QString &password, const QString &
     const char *buttonName, bool *openedEmpty = nullptr)
 {
     QTimer::singleShot(0, [=] {
-        auto *screen = qobject_cast<frmLogin *>(QApplication::activeModalWidget());
+        auto *screen = qobject_cast<LoginDialog *>(QApplication::activeModalWidget());
         if (!screen) {
             onLoginScreen(user, password, url, buttonName, openedEmpty);
             return;
@@ -51,15 +51,15 @@ void onLoginScreen(const QString &user, const QString &password, const QString &
 }
 
 // Closes the next modal screen once it is shown and records its class.
-void closeNextModal(QString *className)
+void closeNextModal(QString *screenName)
 {
     QTimer::singleShot(10, [=] {
         QWidget *screen = QApplication::activeModalWidget();
         if (!screen) {
-            closeNextModal(className);
+            closeNextModal(screenName);
             return;
         }
-        *className = QString::fromLatin1(screen->metaObject()->className());
+        *screenName = screen->objectName();
         screen->close();
     });
 }
@@ -69,7 +69,7 @@ struct MenuSite
     MenuSite()
     {
         site.state->SettingsFile = site.path(u"remitra.ini"_qs);
-        menu = std::make_unique<frmRemitraMain>(*site.state);
+        menu = std::make_unique<MainMenuWindow>(*site.state);
     }
     void click(const QString &name)
     {
@@ -83,7 +83,7 @@ struct MenuSite
             .value(u"Parameters/"_qs + QString::fromLatin1(key));
     }
     TestSite site;
-    std::unique_ptr<frmRemitraMain> menu;
+    std::unique_ptr<MainMenuWindow> menu;
 };
 
 } // namespace
@@ -98,7 +98,7 @@ private slots:
     void mainMenuTexts()
     {
         MenuSite s;
-        frmRemitraMain &m = *s.menu;
+        MainMenuWindow &m = *s.menu;
         QCOMPARE(m.windowTitle(), u"Remitra Main Menu"_qs);
         auto text = [&](const char *name) {
             const QString n = QString::fromLatin1(name);
@@ -171,7 +171,8 @@ private slots:
                 QVERIFY(s.site.prompter.texts().first().startsWith(
                     u"Remitra must be restarted before it can exchange files"_qs));
             } else if (switched && !enabled) {
-                QCOMPARE(s.site.prompter.texts(), QStringList { frmRemitraMain::notYetAvailableText() });
+                QCOMPARE(
+                    s.site.prompter.texts(), QStringList { MainMenuWindow::notYetAvailableText() });
                 QCOMPARE(s.site.prompter.titles(), QStringList { u"Dwellix Remitra"_qs });
             } else {
                 QCOMPARE(s.site.prompter.texts(), QStringList { Credentials::loginNoticeText() });
@@ -232,9 +233,11 @@ private slots:
         s.site.state->ClientFactory = ScriptedProcessorClient::factory(script);
         s.site.insert(u"Company"_qs, { { u"CName1"_qs, u"Acme"_qs } });
         s.site.insert(u"Owners"_qs,
-            { { u"OwnerID"_qs, 1 }, { u"OFirstName1"_qs, u"Ann"_qs }, { u"OLastName1"_qs, u"Lee"_qs } });
+            { { u"OwnerID"_qs, 1 }, { u"OFirstName1"_qs, u"Ann"_qs },
+                { u"OLastName1"_qs, u"Lee"_qs } });
         s.site.insert(u"Properties"_qs, { { u"PropID"_qs, 2 }, { u"POwnerID"_qs, 1 } });
-        s.site.insert(u"Tenants"_qs, { { u"TenantID"_qs, 3 }, { u"TPropID"_qs, 2 }, { u"TACH"_qs, u"Y"_qs } });
+        s.site.insert(u"Tenants"_qs,
+            { { u"TenantID"_qs, 3 }, { u"TPropID"_qs, 2 }, { u"TACH"_qs, u"Y"_qs } });
         s.site.insert(u"Units"_qs, { { u"UTenantID"_qs, 3 } });
         s.menu->show();
         s.click(u"cmdUploadAll"_qs);
@@ -295,15 +298,16 @@ private slots:
         s.site.writeIdFile({ u"Rent Income;4000;B"_qs, u"Rent"_qs, u"Management Fee;5200;U"_qs,
             u"Fee"_qs, u"Late Fee;4100;T"_qs, u"Late"_qs });
         s.site.writeFile(u"DX_Quenta_PaymentFile.txt"_qs, "waiting\r\n");
-        frmRemitraMain menu(state);
+        MainMenuWindow menu(state);
 
         onLoginScreen(u"acme"_qs, u"pass"_qs, u"http://127.0.0.1:9/qps/upload.php"_qs, "cmdSave");
-        QVERIFY(menu.Form_Load());
+        QVERIFY(menu.load());
         QCOMPARE(menu.findChild<QLabel *>(u"labVersion"_qs)->text(), Startup::versionText());
         // The payment check ran and found the waiting file.
-        QCOMPARE(s.site.prompter.titles(), QStringList{u"Remitra Notice"_qs});
+        QCOMPARE(s.site.prompter.titles(), QStringList { u"Remitra Notice"_qs });
         QVERIFY(!state.LoginMissing);
-        QVERIFY(QSettings(state.SettingsFile, QSettings::IniFormat).contains(u"Parameters/password"_qs));
+        QVERIFY(QSettings(state.SettingsFile, QSettings::IniFormat)
+                    .contains(u"Parameters/password"_qs));
     }
 };
 

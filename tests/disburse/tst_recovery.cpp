@@ -4,8 +4,8 @@
 #include "disburse/DistributionFile.h"
 #include "disburse/DistributionRun.h"
 #include "disburse/PaymentListModel.h"
+#include "disburse/PaymentSelectionWindow.h"
 #include "disburse/UnfinishedRun.h"
-#include "disburse/frmMakePayments.h"
 
 #include <QDir>
 #include <QTableView>
@@ -53,7 +53,7 @@ private slots:
         TestSite site;
         failedRun(site);
         site.prompter.queueAnswer(Prompter::Answer::Yes);
-        frmMakePayments form(*site.state);
+        PaymentSelectionWindow form(*site.state);
         QVERIFY(site.prompter.texts().first().contains(
             u"accepted 2 payment(s) totalling $1,582.40"_qs));
         QCOMPARE(site.prompter.texts().last(), DistributionRun::completeText());
@@ -145,11 +145,10 @@ private slots:
         script->replies = { { true, 200, u"O%4,B8,0\n"_qs } };
         if (next == u"asked"_qs) {
             site.prompter.queueAnswer(Prompter::Answer::No);
-            QVERIFY(!DistributionRun(*site.state, stop).MakePaymentsNow(
-                rowsFor(site, { { 8, -4 } }), {}));
+            QVERIFY(!DistributionRun(*site.state, stop)
+                         .MakePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
             QCOMPARE(script->calls.size(), 1);
-            QVERIFY(site.prompter.texts().first().contains(
-                u"Check 8 to EVE GRAY, $40.00, "_qs));
+            QVERIFY(site.prompter.texts().first().contains(u"Check 8 to EVE GRAY, $40.00, "_qs));
             QVERIFY(site.prompter.texts().first().contains(u"no record of an answer"_qs));
             site.prompter.clear();
             site.prompter.queueAnswer(Prompter::Answer::Yes);

@@ -2,9 +2,9 @@
 
 #include "core/ScriptedPrompter.h"
 #include "disburse/DistributionFile.h"
+#include "disburse/LastBatchWindow.h"
 #include "disburse/PaymentListModel.h"
-#include "disburse/frmMakePayments.h"
-#include "disburse/frmShowLast.h"
+#include "disburse/PaymentSelectionWindow.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -18,7 +18,7 @@ namespace {
 using Key = PaymentRow::Key;
 
 // The keys of the chosen rows, in the order they were chosen.
-QList<Key> chosen(const frmMakePayments &form)
+QList<Key> chosen(const PaymentSelectionWindow &form)
 {
     QList<Key> keys;
     for (const PaymentRow &r : form.selectedRows())
@@ -39,7 +39,7 @@ private slots:
     {
         TestSite site;
         DisburseFixture::populate(site);
-        frmMakePayments form(*site.state);
+        PaymentSelectionWindow form(*site.state);
         form.show();
         auto *grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
         auto *model = qobject_cast<PaymentListModel *>(grid->model());
@@ -88,7 +88,7 @@ private slots:
         TestSite site;
         DisburseFixture::populate(site);
         auto script = DisburseFixture::answering(site, 200, u"O%4,B8,0\n"_qs);
-        frmMakePayments form(*site.state);
+        PaymentSelectionWindow form(*site.state);
         form.show();
         auto *grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
         auto *model = qobject_cast<PaymentListModel *>(grid->model());
@@ -157,7 +157,7 @@ private slots:
         TestSite site;
         if (!file.isNull())
             site.writeFile(DistributionFile::LastUploadName, file);
-        frmShowLast form(*site.state);
+        LastBatchWindow form(*site.state);
         QCOMPARE(form.windowTitle(), u"Last Batch Processed"_qs);
         auto *grid = form.findChild<QTableWidget *>(u"gridShowLast"_qs);
         QCOMPARE(grid->columnCount(), 7);

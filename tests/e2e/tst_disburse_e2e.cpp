@@ -11,8 +11,8 @@
 #include "disburse/DistributionFile.h"
 #include "disburse/DistributionRun.h"
 #include "disburse/PaymentListModel.h"
+#include "disburse/PaymentSelectionWindow.h"
 #include "disburse/ResponseMatcher.h"
-#include "disburse/frmMakePayments.h"
 #include "processor/ProcessorCall.h"
 
 #include <QLineEdit>
@@ -45,7 +45,7 @@ private slots:
         site.prompter.clear();
         sandbox.clearReceived();
 
-        frmMakePayments form(*site.state);
+        PaymentSelectionWindow form(*site.state);
         form.show();
         auto *grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
         auto *model = qobject_cast<PaymentListModel *>(grid->model());

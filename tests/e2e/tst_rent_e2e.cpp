@@ -4,12 +4,12 @@
 #include "RentSupport.h"
 #include "SandboxProcess.h"
 
-#include "history/frmHistory.h"
+#include "history/HistoryWindow.h"
 #include "hostdb/Journal.h"
 #include "processor/HttpProcessorClient.h"
 #include "processor/RentDownload.h"
 #include "rent/PaymentFile.h"
-#include "rent/frmDownload.h"
+#include "rent/RentReviewDialog.h"
 
 #include <QCheckBox>
 #include <QDir>
@@ -56,7 +56,7 @@ private slots:
         QVERIFY(!downloaded.isNull());
         site.prompter.clear();
 
-        frmDownload screen(*site.state, nullptr);
+        RentReviewDialog screen(*site.state, nullptr);
         screen.show();
         QCOMPARE(screen.rowCount(), 6);
         QCOMPARE(screen.findChild<QLabel *>(u"labTransTotal"_qs)->text(), u"$2,735.25"_qs);
@@ -99,7 +99,7 @@ private slots:
                                              "' ') FROM Tenants JOIN Units ON UTenantID = "
                                              "TenantID"_qs)
                                      .toString();
-        frmHistory history(*site.state);
+        HistoryWindow history(*site.state);
         auto *runs = history.findChild<QTableView *>(u"gridRuns"_qs);
         QCOMPARE(runs->model()->index(0, 2).data().toString(), u"Rent posting"_qs);
         QCOMPARE(runs->model()->index(1, 2).data().toString(), u"Rent download"_qs);
@@ -111,7 +111,7 @@ private slots:
         QCOMPARE(site.scalar(u"SELECT count(*) FROM Transactions"_qs).toInt(), 0);
         QCOMPARE(site.fileBytes(site.state->PaymentDownloadName), downloaded);
 
-        frmDownload again(*site.state, nullptr);
+        RentReviewDialog again(*site.state, nullptr);
         QCOMPARE(again.rowCount(), 6);
         again.findChild<QCheckBox *>(u"chkPostMgmtFees"_qs)->setChecked(true);
         again.findChild<QLineEdit *>(u"txtCreateDeposit"_qs)->setText(u"3002"_qs);

@@ -5,7 +5,7 @@
 #include "TestSupport.h"
 #include "UploadsFixture.h"
 
-#include "enrolment/frmOwnerUpdate.h"
+#include "enrolment/OwnerEnrolmentDialog.h"
 #include "uploads/UploadAll.h"
 
 #include <QLineEdit>
@@ -60,7 +60,7 @@ private slots:
     void ownerScreenSendsThePayeeFileOnClosing()
     {
         auto s = site();
-        frmOwnerUpdate screen(*s->state);
+        OwnerEnrolmentDialog screen(*s->state);
         screen.show();
         // Owner 13's flag typed as the user does.
         auto *grid = screen.findChild<QTableView *>(u"gridACH"_qs);
@@ -81,7 +81,6 @@ private slots:
         QCOMPARE(got[0].parts[u"extra"_qs], QByteArray(""));
         QVERIFY(file.contains("O13|Owner|Quin Q|13 A|X|Y|Z|||||||deactivate\r\n"));
     }
-
 };
 
 QTEST_MAIN(TestUploadsE2e)

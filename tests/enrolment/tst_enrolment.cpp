@@ -3,9 +3,9 @@
 #include "UploadsFixture.h"
 
 #include "core/TransferFile.h"
-#include "enrolment/frmOwnerUpdate.h"
-#include "enrolment/frmTenantUpdate.h"
-#include "enrolment/frmVendorUpdate.h"
+#include "enrolment/OwnerEnrolmentDialog.h"
+#include "enrolment/TenantEnrolmentDialog.h"
+#include "enrolment/VendorEnrolmentDialog.h"
 
 #include <QCheckBox>
 #include <QDir>
@@ -47,11 +47,11 @@ Opened open(TestSite &site, Screen screen)
 {
     Opened o;
     if (screen == Screen::Tenants)
-        o.dialog = std::make_unique<frmTenantUpdate>(*site.state);
+        o.dialog = std::make_unique<TenantEnrolmentDialog>(*site.state);
     else if (screen == Screen::Owners)
-        o.dialog = std::make_unique<frmOwnerUpdate>(*site.state);
+        o.dialog = std::make_unique<OwnerEnrolmentDialog>(*site.state);
     else
-        o.dialog = std::make_unique<frmVendorUpdate>(*site.state);
+        o.dialog = std::make_unique<VendorEnrolmentDialog>(*site.state);
     o.flagColumn = screen == Screen::Tenants ? 10 : 5;
     o.keyColumn = screen == Screen::Tenants ? 2 : 0;
     o.dialog->show();
@@ -94,7 +94,8 @@ void typeFlag(const Opened &o, const QString &key, const QString &letter, bool e
 
 QString flagOf(TestSite &site, Screen screen, int id)
 {
-    const QString sql = screen == Screen::Tenants ? u"SELECT TACH FROM Tenants WHERE TenantID = :i"_qs
+    const QString sql = screen == Screen::Tenants
+        ? u"SELECT TACH FROM Tenants WHERE TenantID = :i"_qs
         : screen == Screen::Owners ? u"SELECT OACH FROM Owners WHERE OwnerID = :i"_qs
                                    : u"SELECT VACH FROM Vendors WHERE VenID = :i"_qs;
     return site.scalar(sql, { { u":i"_qs, id } }).toString();
@@ -131,7 +132,8 @@ private slots:
         choose(owners.dialog.get(), "optDisplay", u"Remitra Owners Only"_qs);
         QCOMPARE(listedKeys(owners).join(u' '), u"9 7 13 15"_qs);
         site.prompter.queueAnswer(Answer::Yes);
-        QTest::mouseClick(owners.dialog->findChild<QCheckBox *>(u"chkSelectAll"_qs), Qt::LeftButton);
+        QTest::mouseClick(
+            owners.dialog->findChild<QCheckBox *>(u"chkSelectAll"_qs), Qt::LeftButton);
         QCOMPARE(site.prompter.titles(), QStringList { u"Owner Update"_qs });
         QCOMPARE(site.scalar(u"SELECT group_concat(OwnerID || '=' || ifnull(OACH, ''), ' ') FROM "
                              "(SELECT * FROM Owners ORDER BY OwnerID)"_qs)
@@ -167,7 +169,8 @@ private slots:
             { u"Rental Unit Address"_qs, u"T102 T110 T100 T101 T103 T104 T107 T108 T109 T300"_qs },
             { u"Tenant Name"_qs, u"T108 T100 T102 T104 T107 T110 T109 T103 T101 T300"_qs },
             { u"Remitra"_qs, u"T103 T300 T104 T107 T108 T100 T102 T110 T109 T101"_qs },
-            { u"Property/Building Name"_qs, u"T100 T101 T103 T104 T108 T109 T102 T107 T300 T110"_qs },
+            { u"Property/Building Name"_qs,
+                u"T100 T101 T103 T104 T108 T109 T102 T107 T300 T110"_qs },
         };
         for (const auto &[sort, order] : sorts) {
             choose(o.dialog.get(), "optSortBy", sort);
@@ -199,9 +202,12 @@ private slots:
         QTest::addColumn<int>("id");
         QTest::addColumn<QString>("notice");
         QTest::addColumn<QString>("sentLine");
-        QTest::newRow("tenant") << int(Screen::Tenants) << u"T104"_qs << 104 << TenantNotice << u"|T104|Dan|Del|"_qs;
-        QTest::newRow("owner") << int(Screen::Owners) << u"12"_qs << 12 << OwnerNotice << u"O12|Owner|Pat Pipe|Co|"_qs;
-        QTest::newRow("vendor") << int(Screen::Vendors) << u"5"_qs << 5 << VendorNotice << u"V5|Vendor|No|"_qs;
+        QTest::newRow("tenant") << int(Screen::Tenants) << u"T104"_qs << 104 << TenantNotice
+                                << u"|T104|Dan|Del|"_qs;
+        QTest::newRow("owner") << int(Screen::Owners) << u"12"_qs << 12 << OwnerNotice
+                               << u"O12|Owner|Pat Pipe|Co|"_qs;
+        QTest::newRow("vendor") << int(Screen::Vendors) << u"5"_qs << 5 << VendorNotice
+                                << u"V5|Vendor|No|"_qs;
     }
 
     // A refused letter keeps the stored flag and sends nothing; a lower-case
@@ -234,8 +240,8 @@ private slots:
                     + idField + u" = "_qs + QString::number(id),
                 "test");
             Opened left = open(site, which);
-            left.grid->setCurrentIndex(left.grid->model()->index(
-                int(listedKeys(left).indexOf(key)), left.flagColumn));
+            left.grid->setCurrentIndex(
+                left.grid->model()->index(int(listedKeys(left).indexOf(key)), left.flagColumn));
             QTest::keyClick(left.grid, Qt::Key_F2);
             auto *editor = left.grid->findChild<QLineEdit *>(u"flagEditor"_qs);
             QVERIFY(editor);
@@ -287,8 +293,10 @@ private slots:
         auto *all = o.dialog->findChild<QCheckBox *>(u"chkSelectAll"_qs);
         choose(o.dialog.get(), "optDisplay", u"Remitra Tenants Only"_qs);
         const auto flags = [&] {
-            return site.scalar(u"SELECT group_concat(TenantID || '=' || ifnull(TACH, ''), ' ') "
-                               "FROM (SELECT * FROM Tenants ORDER BY TenantID)"_qs).toString();
+            return site
+                .scalar(u"SELECT group_concat(TenantID || '=' || ifnull(TACH, ''), ' ') "
+                        "FROM (SELECT * FROM Tenants ORDER BY TenantID)"_qs)
+                .toString();
         };
         const QString original = flags();
 

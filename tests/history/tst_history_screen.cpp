@@ -2,11 +2,11 @@
 #include "ScriptedProcessorClient.h"
 #include "UploadsFixture.h"
 
-#include "app/frmRemitraMain.h"
-#include "history/frmHistory.h"
+#include "app/MainMenuWindow.h"
+#include "history/HistoryWindow.h"
 #include "hostdb/Journal.h"
 #include "uploads/VendorFile.h"
-#include "viewer/frmViewFiles.h"
+#include "viewer/TransferFileViewer.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -69,7 +69,7 @@ private slots:
     void listFilterAndDetails()
     {
         Site s;
-        frmHistory screen(*s.site.state);
+        HistoryWindow screen(*s.site.state);
         QCOMPARE(screen.windowTitle(), u"Remitra History"_qs);
         auto *runs = s.child<QTableView>(screen, "gridRuns");
         QCOMPARE(column(runs, 2), (QStringList { u"Rent posting"_qs, u"Vendor upload"_qs }));
@@ -109,7 +109,7 @@ private slots:
     void exportsAndPdf()
     {
         Site s;
-        frmHistory screen(*s.site.state);
+        HistoryWindow screen(*s.site.state);
         QStringList chosen;
         screen.setFileChooser([&](const QString &, const QString &name, const QString &) {
             chosen << name;
@@ -138,7 +138,7 @@ private slots:
     void fileInTheViewer()
     {
         Site s;
-        frmHistory screen(*s.site.state);
+        HistoryWindow screen(*s.site.state);
         const Journal::File file
             = Journal(s.site.state->store()).files(screen.currentRun()->id).first();
         QTest::mouseClick(s.child<QPushButton>(screen, "cmdViewFile"), Qt::LeftButton);
@@ -158,7 +158,7 @@ private slots:
     void reverseFromTheScreen()
     {
         Site s;
-        frmHistory screen(*s.site.state);
+        HistoryWindow screen(*s.site.state);
         const qint64 run = screen.currentRun()->id;
         s.site.prompter.queueAnswer(Prompter::Answer::Yes);
         QTest::mouseClick(s.child<QPushButton>(screen, "cmdReverse"), Qt::LeftButton);
@@ -175,7 +175,7 @@ private slots:
     void openedFromTheMainMenu()
     {
         Site s;
-        frmRemitraMain menu(*s.site.state);
+        MainMenuWindow menu(*s.site.state);
         auto *history = s.child<QPushButton>(menu, "cmdHistory");
         QCOMPARE(history->text(), u"&History"_qs);
         // Outside the four framed groups.

@@ -9,15 +9,15 @@
 #include "disburse/DistributionFile.h"
 #include "disburse/DistributionRun.h"
 #include "disburse/UnfinishedRun.h"
-#include "enrolment/frmTenantUpdate.h"
+#include "enrolment/TenantEnrolmentDialog.h"
 #include "hostdb/DisburseList.h"
 #include "rent/PaymentFile.h"
 #include "rent/UpdateLedgers.h"
 
 #include <QElapsedTimer>
 #include <QLineEdit>
-#include <QTableView>
 #include <QProcess>
+#include <QTableView>
 #include <QTest>
 
 // The host application writing to its database at the moment a command runs:
@@ -109,12 +109,14 @@ private slots:
         QElapsedTimer timer;
         timer.start();
         bool posted = false;
-        TopLevel::run(*site.state, [&] { posted = UpdateLedgers::run(*site.state, loaded.rows, choices()); });
+        TopLevel::run(
+            *site.state, [&] { posted = UpdateLedgers::run(*site.state, loaded.rows, choices()); });
         const qint64 waited = timer.elapsed();
         QVERIFY(!posted);
         QVERIFY2(waited >= 3000 && waited < 20000, qPrintable(QString::number(waited)));
         QCOMPARE(site.prompter.shown().size(), 1);
-        QVERIFY2(site.prompter.texts().first().contains(kBusy), qPrintable(site.prompter.texts().first()));
+        QVERIFY2(site.prompter.texts().first().contains(kBusy),
+            qPrintable(site.prompter.texts().first()));
         QVERIFY(!site.state->EndRequested);
         QCOMPARE(site.prompter.busyDepth(), 0);
         host->release();
@@ -123,10 +125,15 @@ private slots:
 
         // The lock is gone: the same command posts.
         site.prompter.clear();
-        TopLevel::run(*site.state, [&] { posted = UpdateLedgers::run(*site.state, loaded.rows, choices()); });
+        TopLevel::run(
+            *site.state, [&] { posted = UpdateLedgers::run(*site.state, loaded.rows, choices()); });
         QVERIFY(posted);
         QCOMPARE(site.prompter.texts().last(), u"Your Dwellix Ledgers are now updated."_qs);
-        QCOMPARE(site.scalar(u"SELECT count(*) FROM Transactions WHERE TransAmount > 0 AND TransTID > 0"_qs).toInt(), 2);
+        QCOMPARE(
+            site.scalar(
+                    u"SELECT count(*) FROM Transactions WHERE TransAmount > 0 AND TransTID > 0"_qs)
+                .toInt(),
+            2);
         QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
     }
 
@@ -139,7 +146,7 @@ private slots:
         UploadsFixture::addAll(site);
         auto script = std::make_shared<ScriptedProcessorClient::Script>();
         site.state->ClientFactory = ScriptedProcessorClient::factory(script);
-        auto screen = std::make_unique<frmTenantUpdate>(*site.state);
+        auto screen = std::make_unique<TenantEnrolmentDialog>(*site.state);
         screen->show();
         auto *grid = screen->findChild<QTableView *>(u"gridACH"_qs);
         grid->setCurrentIndex(grid->model()->index(0, 10));
@@ -163,7 +170,7 @@ private slots:
         QVERIFY(!site.state->EndRequested);
 
         for (int closing = 0; closing < 2; ++closing) {
-            screen = std::make_unique<frmTenantUpdate>(*site.state);
+            screen = std::make_unique<TenantEnrolmentDialog>(*site.state);
             screen->show();
             screen->close();
         }
@@ -188,7 +195,8 @@ private slots:
             HostWriter host(site.state->DatabasePath, true);
             QElapsedTimer timer;
             timer.start();
-            TopLevel::run(*site.state, [&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); });
+            TopLevel::run(
+                *site.state, [&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); });
             QVERIFY(timer.elapsed() >= 3000);
         }
         QCOMPARE(site.prompter.texts(), QStringList({ kBusy }));
@@ -197,7 +205,8 @@ private slots:
         QVERIFY(!UnfinishedRun::present(*site.state));
 
         site.prompter.clear();
-        TopLevel::run(*site.state, [&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); });
+        TopLevel::run(
+            *site.state, [&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); });
         QCOMPARE(script->calls.size(), 1);
         QCOMPARE(site.prompter.texts().last(), DistributionRun::completeText());
         QVERIFY(summary(site) != before);
@@ -219,7 +228,8 @@ private slots:
         bool stop = false;
         {
             HostWriter host(site.state->DatabasePath, false);
-            TopLevel::run(*site.state, [&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); });
+            TopLevel::run(
+                *site.state, [&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); });
         }
         QCOMPARE(site.prompter.texts().last(), kBusy);
         QCOMPARE(summary(site), before);
@@ -227,7 +237,8 @@ private slots:
 
         site.prompter.clear();
         site.prompter.queueAnswer(Prompter::Answer::Yes);
-        TopLevel::run(*site.state, [&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); });
+        TopLevel::run(
+            *site.state, [&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); });
         QCOMPARE(script->calls.size(), 1); // not sent a second time
         QVERIFY(summary(site) != before);
         QVERIFY(!UnfinishedRun::present(*site.state));

@@ -3,7 +3,7 @@
 #include "rent/DownloadPrintLayout.h"
 #include "rent/PaymentFile.h"
 #include "rent/PaymentTableModel.h"
-#include "rent/frmDownload.h"
+#include "rent/RentReviewDialog.h"
 
 #include <QCheckBox>
 #include <QGroupBox>
@@ -71,7 +71,7 @@ private slots:
     {
         TestSite site;
         normalSite(site);
-        frmDownload screen(*site.state, nullptr);
+        RentReviewDialog screen(*site.state, nullptr);
         QCOMPARE(screen.windowTitle(), u"Remitra Payment Download"_qs);
         const std::pair<const char *, const char *> texts[]
             = { { "labRemitraPayments", "Number of Remitra Payments: 5" },
@@ -129,7 +129,7 @@ private slots:
             TestSite empty;
             if (!fixture.isEmpty())
                 RentSupport::useFixture(empty, fixture);
-            frmDownload off(*empty.state, nullptr);
+            RentReviewDialog off(*empty.state, nullptr);
             QCOMPARE(empty.prompter.shown().size(), fixture.isEmpty() ? 0 : 1);
             for (const char *name : { "cmdUpdate", "cmdDeleteAll", "cmdPrintScreen" })
                 QVERIFY2(!child(off, name)->isEnabled(), name);
@@ -145,7 +145,7 @@ private slots:
         RentSupport::seedPortfolio(site);
         RentSupport::writePaymentFile(site, { line(10, 100, u"10"_qs), line(20, 200, u"20.5"_qs) });
         const QByteArray file = site.fileBytes(site.state->PaymentDownloadName);
-        frmDownload screen(*site.state, nullptr);
+        RentReviewDialog screen(*site.state, nullptr);
         screen.show();
         auto *grid = child<QTableView>(screen, "gridACHDownload");
         // A selected cell is not a selected row: nothing is deleted.
@@ -184,7 +184,7 @@ private slots:
         QCOMPARE(site.prompter.shown().size(), 2);
 
         RentSupport::useFixture(site, u"normal.txt"_qs);
-        frmDownload all(*site.state, nullptr);
+        RentReviewDialog all(*site.state, nullptr);
         all.show();
         site.prompter.queueAnswer(Prompter::Answer::Yes);
         click(all, "cmdDeleteAll");
@@ -202,7 +202,7 @@ private slots:
     {
         TestSite site;
         normalSite(site);
-        frmDownload screen(*site.state, nullptr);
+        RentReviewDialog screen(*site.state, nullptr);
         screen.show();
         auto *grid = child<QTableView>(screen, "gridACHDownload");
         click(screen, "chkCreateDeposit");
@@ -227,7 +227,7 @@ private slots:
     {
         TestSite site;
         normalSite(site);
-        frmDownload screen(*site.state, nullptr);
+        RentReviewDialog screen(*site.state, nullptr);
         QTemporaryDir out;
         const QString pdf = out.filePath(u"screen.pdf"_qs);
         screen.setPrinterChooser([&](QPrinter &printer) {

@@ -3,7 +3,7 @@
 #include "TestSupport.h"
 
 #include "hostdb/DistributionRecord.h"
-#include "viewer/frmViewFiles.h"
+#include "viewer/TransferFileViewer.h"
 
 #include <QGroupBox>
 #include <QLabel>
@@ -19,7 +19,7 @@ const QString kMissing = u"The file you chose does not exist in the Dwellix fold
 struct Viewer
 {
     TestSite site;
-    frmViewFiles form{*site.state, nullptr};
+    TransferFileViewer form { *site.state, nullptr };
 
     Viewer() { form.show(); }
     void choose(int index)
@@ -36,7 +36,10 @@ struct Viewer
             out << list->item(i)->text();
         return out;
     }
-    void clickDelete() { QTest::mouseClick(form.findChild<QPushButton *>(u"cmdDelete"_qs), Qt::LeftButton); }
+    void clickDelete()
+    {
+        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdDelete"_qs), Qt::LeftButton);
+    }
 };
 
 } // namespace
@@ -51,9 +54,10 @@ private slots:
         Viewer v;
         QCOMPARE(v.form.windowTitle(), u"Remitra Files"_qs);
         QCOMPARE(v.form.findChild<QLabel *>(u"labHeading"_qs)->text(),
-                 u"These files are the files that are transferred to and from the payment processor. They are for viewing only, but if there is a problem within a file, you can delete that file if instructed by a technician."_qs);
+            u"These files are the files that are transferred to and from the payment processor. They are for viewing only, but if there is a problem within a file, you can delete that file if instructed by a technician."_qs);
         QCOMPARE(v.form.findChild<QGroupBox *>(u"optFiles"_qs)->title(), u"File List:"_qs);
-        QCOMPARE(v.form.findChild<QPushButton *>(u"cmdDelete"_qs)->text(), u"&DELETE the selected file"_qs);
+        QCOMPARE(v.form.findChild<QPushButton *>(u"cmdDelete"_qs)->text(),
+            u"&DELETE the selected file"_qs);
         QCOMPARE(v.form.findChild<QPushButton *>(u"cmdExit"_qs)->text(), u"&Exit"_qs);
         const QStringList expected = {
             u"DX_Quenta_Setup_DXRM.txt - This is the SETUP data (all Dwellix info) uploaded to the payment processor."_qs,
@@ -67,7 +71,8 @@ private slots:
             u"DX_Quenta_Distribution_Response - These are the responses for the OWNER and VENDOR PAYMENTS returned from the payment processor."_qs,
         };
         for (int i = 0; i < 9; ++i)
-            QCOMPARE(v.form.findChild<QRadioButton *>(u"optFiles_%1"_qs.arg(i))->text(), expected[i]);
+            QCOMPARE(
+                v.form.findChild<QRadioButton *>(u"optFiles_%1"_qs.arg(i))->text(), expected[i]);
     }
 
     void eachChoiceOpensItsFile_data()
@@ -81,12 +86,17 @@ private slots:
         const QStringList ab = { u"A\r"_qs, u"B\r"_qs, QString() };
         const std::pair<int, const char *> plain[] = { { 0, "DX_Quenta_Setup_DXRM.txt" },
             { 4, "DX_Quenta_PaymentFile.txt" }, { 5, "DX_Quenta_PaymentFile_LastDownload.txt" },
-            { 6, "DX_Quenta_DisbursementPayment.txt" }, { 7, "DX_Quenta_Distribution_LastUpload.txt" },
+            { 6, "DX_Quenta_DisbursementPayment.txt" },
+            { 7, "DX_Quenta_Distribution_LastUpload.txt" },
             { 8, "DX_Quenta_Distribution_Response.txt" } };
         for (const auto &[index, name] : plain)
-            QTest::newRow(name) << index << QString::fromLatin1(name) << QByteArray("A\r\nB\r\n") << ab;
-        QTest::newRow("no line feed, ANSI") << 2 << u"DX_Quenta_Owner_DXRM.txt"_qs << QByteArray("one\rline|\xe9") << QStringList{u"one\rline|é"_qs};
-        QTest::newRow("empty") << 3 << u"DX_Quenta_Vendor_DXRM.txt"_qs << QByteArray("") << QStringList();
+            QTest::newRow(name) << index << QString::fromLatin1(name) << QByteArray("A\r\nB\r\n")
+                                << ab;
+        QTest::newRow("no line feed, ANSI")
+            << 2 << u"DX_Quenta_Owner_DXRM.txt"_qs << QByteArray("one\rline|\xe9")
+            << QStringList { u"one\rline|é"_qs };
+        QTest::newRow("empty") << 3 << u"DX_Quenta_Vendor_DXRM.txt"_qs << QByteArray("")
+                               << QStringList();
     }
     void eachChoiceOpensItsFile()
     {
@@ -99,8 +109,8 @@ private slots:
         v.choose(index);
         QCOMPARE(v.lines(), lines);
         if (bytes.isEmpty()) {
-            QCOMPARE(v.site.prompter.texts(), QStringList{u"There is no data in this file."_qs});
-            QCOMPARE(v.site.prompter.titles(), QStringList{u"Dwellix Remitra"_qs});
+            QCOMPARE(v.site.prompter.texts(), QStringList { u"There is no data in this file."_qs });
+            QCOMPARE(v.site.prompter.titles(), QStringList { u"Dwellix Remitra"_qs });
         } else {
             QVERIFY(v.site.prompter.shown().isEmpty());
         }
@@ -116,9 +126,10 @@ private slots:
         v.site.prompter.queueAnswer(Prompter::Answer::No);
         v.clickDelete();
         QCOMPARE(v.site.prompter.texts(),
-                 QStringList{u"Are you SURE you want to delete the file: DX_Quenta_Distribution_Response.txt?"_qs});
+            QStringList {
+                u"Are you SURE you want to delete the file: DX_Quenta_Distribution_Response.txt?"_qs });
         QCOMPARE(v.site.prompter.shown()[0].kind, ScriptedPrompter::Shown::Question);
-        QCOMPARE(v.site.prompter.titles(), QStringList{u"Delete File"_qs});
+        QCOMPARE(v.site.prompter.titles(), QStringList { u"Delete File"_qs });
         QCOMPARE(v.site.state->MsgAnswer, u"7"_qs);
         QVERIFY(!v.site.fileBytes(name).isNull());
 
@@ -130,7 +141,7 @@ private slots:
         QCOMPARE(v.site.prompter.titles().last(), u"Delete File"_qs);
         QVERIFY(v.site.fileBytes(name).isNull());
         // The list keeps the lines until another choice is made.
-        QCOMPARE(v.lines(), (QStringList{u"O7,B1,0,\r"_qs, QString()}));
+        QCOMPARE(v.lines(), (QStringList { u"O7,B1,0,\r"_qs, QString() }));
 
         // Nothing left to delete; choosing it again says it is gone, and
         // delete then asks nothing.
@@ -140,15 +151,16 @@ private slots:
         v.choose(8);
         QVERIFY(v.lines().isEmpty());
         v.clickDelete();
-        QCOMPARE(v.site.prompter.texts(), QStringList{kMissing});
-        QCOMPARE(v.site.prompter.titles(), QStringList{u"Remitra Notice"_qs});
+        QCOMPARE(v.site.prompter.texts(), QStringList { kMissing });
+        QCOMPARE(v.site.prompter.titles(), QStringList { u"Remitra Notice"_qs });
     }
 
     // The files that payments depend on get a warning first; No keeps them.
     void moneyFilesWarnBeforeTheQuestion()
     {
         Viewer v;
-        v.site.writeFile(v.site.state->PaymentDownloadName, "P1,U1,T1,5,1/1/2026,1,1/1/2026,ACH,Rent\r\n");
+        v.site.writeFile(
+            v.site.state->PaymentDownloadName, "P1,U1,T1,5,1/1/2026,1,1/1/2026,ACH,Rent\r\n");
         v.site.writeFile(v.site.state->DisbursementUploadName, "B1|O7||5\r\n");
         // A distribution sent without a recorded answer.
         PaymentRow sent;
@@ -162,7 +174,8 @@ private slots:
             v.clickDelete();
             QCOMPARE(v.site.prompter.shown().size(), 1);
             QCOMPARE(v.site.prompter.titles(), QStringList { u"Delete File"_qs });
-            QVERIFY(v.site.prompter.texts().first().endsWith(u"Do you still want to delete it?"_qs));
+            QVERIFY(
+                v.site.prompter.texts().first().endsWith(u"Do you still want to delete it?"_qs));
             QCOMPARE(v.site.state->MsgAnswer, u"7"_qs);
         }
         QVERIFY(!v.site.fileBytes(v.site.state->PaymentDownloadName).isNull());
@@ -181,11 +194,10 @@ private slots:
         v.site.writeFile(u"DX_Quenta_Setup_DXRM.txt"_qs, "S\r\n");
         v.choose(0);
         QFile::remove(v.site.path(u"DX_Quenta_Setup_DXRM.txt"_qs));
-        v.form.optFiles_Click(-1); // no choice: shown again without a check
+        v.form.chooseFile(-1); // no choice: shown again without a check
         QVERIFY(v.site.prompter.texts().last().startsWith(u"Run-time error '53':"_qs));
         QVERIFY(ended || v.site.state->EndRequested);
     }
-
 };
 
 QTEST_MAIN(TestViewFiles)

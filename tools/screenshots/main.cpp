@@ -10,25 +10,25 @@
 // With it: every screen at its opening, minimum and maximised sizes
 // (DIR/<screen>-<size>.png), for looking over the layouts.
 
+#include "app/LoginDialog.h"
+#include "app/MainMenuWindow.h"
 #include "app/ProgramState.h"
 #include "app/QtIdentity.h"
-#include "app/frmLogin.h"
-#include "app/frmRemitraMain.h"
 #include "core/RuntimeError.h"
 #include "core/ScriptedPrompter.h"
-#include "disburse/frmMakePayments.h"
-#include "enrolment/frmOwnerUpdate.h"
-#include "enrolment/frmTenantUpdate.h"
-#include "enrolment/frmVendorUpdate.h"
-#include "history/frmHistory.h"
+#include "disburse/PaymentSelectionWindow.h"
+#include "enrolment/OwnerEnrolmentDialog.h"
+#include "enrolment/TenantEnrolmentDialog.h"
+#include "enrolment/VendorEnrolmentDialog.h"
+#include "history/HistoryWindow.h"
 #include "hostdb/Journal.h"
 #include "processor/HttpProcessorClient.h"
 #include "processor/RentDownload.h"
 #include "rent/PaymentFile.h"
+#include "rent/RentReviewDialog.h"
 #include "rent/UpdateLedgers.h"
-#include "rent/frmDownload.h"
 #include "uploads/UploadAll.h"
-#include "viewer/frmViewFiles.h"
+#include "viewer/TransferFileViewer.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -166,7 +166,7 @@ QWidget *topLevel(const QString &name)
 }
 
 // The first rows of Make Payments chosen, as Ctrl-clicks would.
-void chooseRows(frmMakePayments &screen, int count)
+void chooseRows(PaymentSelectionWindow &screen, int count)
 {
     auto *grid = screen.findChild<QTableView *>(u"gridMakePayments"_qs);
     if (!grid || !grid->model())
@@ -188,8 +188,8 @@ void run(const Options &options)
     state.ClientFactory = [] { return std::make_unique<HttpProcessorClient>(30); };
     state.EndProgram = [] {};
 
-    frmRemitraMain mainMenu(state);
-    if (!mainMenu.Form_Load())
+    MainMenuWindow mainMenu(state);
+    if (!mainMenu.load())
         throw RuntimeError(0, u"the main menu did not open: "_qs + prompter.texts().join(u"; "_qs));
     camera.take(mainMenu, u"main-menu"_qs);
 
@@ -198,7 +198,7 @@ void run(const Options &options)
     UploadAll(state);
     DownloadPaymentFile(state);
     {
-        frmDownload review(state, &mainMenu);
+        RentReviewDialog review(state, &mainMenu);
         camera.take(review, u"review"_qs);
     }
     // The payments are posted, with fees and a deposit, for History.
@@ -211,33 +211,33 @@ void run(const Options &options)
         UpdateLedgers::run(state, loaded.rows, choices, loaded.fileSha256);
     }
     {
-        frmTenantUpdate tenants(state, &mainMenu);
+        TenantEnrolmentDialog tenants(state, &mainMenu);
         camera.take(tenants, u"tenant-enrolment"_qs);
     }
     if (camera.everySize()) {
-        frmOwnerUpdate owners(state, &mainMenu);
+        OwnerEnrolmentDialog owners(state, &mainMenu);
         camera.take(owners, u"owner-enrolment"_qs);
-        frmVendorUpdate vendors(state, &mainMenu);
+        VendorEnrolmentDialog vendors(state, &mainMenu);
         camera.take(vendors, u"vendor-enrolment"_qs);
-        frmLogin login(state, &mainMenu);
+        LoginDialog login(state, &mainMenu);
         camera.take(login, u"login"_qs);
     }
 
-    frmMakePayments *payments = frmMakePayments::open(state, &mainMenu);
+    PaymentSelectionWindow *payments = PaymentSelectionWindow::open(state, &mainMenu);
     chooseRows(*payments, 3);
     camera.take(*payments, u"make-payments"_qs);
     if (camera.everySize()) {
-        payments->cmdMakePaymentsNow_Click();
-        payments->cmdShowLast_Click();
+        payments->paySelectedChecks();
+        payments->showLastBatch();
         if (QWidget *last = topLevel(u"frmShowLast"_qs))
             camera.take(*last, u"last-batch"_qs);
-        frmViewFiles *files = frmViewFiles::open(state, &mainMenu);
+        TransferFileViewer *files = TransferFileViewer::open(state, &mainMenu);
         if (auto *choice = files->findChild<QAbstractButton *>(u"optFiles_0"_qs))
             choice->click();
         camera.take(*files, u"view-files"_qs);
     }
 
-    frmHistory *history = frmHistory::open(state, &mainMenu);
+    HistoryWindow *history = HistoryWindow::open(state, &mainMenu);
     const QList<Journal::Run> runs = Journal(state.store()).runs();
     for (const Journal::Run &run : runs) {
         if (run.kind == Journal::Kind::RentPosting) {

@@ -1,4 +1,4 @@
-#include "enrolment/frmVendorUpdate.h"
+#include "enrolment/VendorEnrolmentDialog.h"
 
 #include "uploads/VendorFile.h"
 
@@ -22,8 +22,8 @@ EnrolmentTexts vendorTexts()
 
 } // namespace
 
-frmVendorUpdate::frmVendorUpdate(ProgramState &state, QWidget *parent)
-    : QtEnrolmentDialog(state, EnrolmentListWidget::Roster::Vendors, vendorTexts(), parent)
+VendorEnrolmentDialog::VendorEnrolmentDialog(ProgramState &state, QWidget *parent)
+    : EnrolmentDialog(state, EnrolmentListWidget::Roster::Vendors, vendorTexts(), parent)
 {
     setObjectName(u"frmVendorUpdate"_qs);
     setWindowTitle(u"Remitra Vendor Update"_qs);

@@ -25,14 +25,14 @@ class QTableView;
 // viewer; export to CSV; printing or PDF of the details; and, for a rent
 // posting, its reversal and the putting back of its payment file.
 // Modeless; open() keeps a single instance and reads the journal afresh.
-class frmHistory : public QWidget
+class HistoryWindow : public QWidget
 {
     Q_OBJECT
 
 public:
-    frmHistory(ProgramState &state, QWidget *parent = nullptr);
+    HistoryWindow(ProgramState &state, QWidget *parent = nullptr);
 
-    static frmHistory *open(ProgramState &state, QWidget *parent = nullptr);
+    static HistoryWindow *open(ProgramState &state, QWidget *parent = nullptr);
 
     // Where exports and PDFs go: a save dialog by default. Returns "" when
     // the user cancelled.
@@ -53,15 +53,15 @@ public:
     static constexpr int ShownAtMost = 5000;
 
 public slots:
-    void cboKind_Click();
-    void cmdViewFile_Click();
-    void cmdReverse_Click();
-    void cmdPutBack_Click();
-    void cmdExportList_Click();
-    void cmdExportRun_Click();
-    void cmdPrint_Click();
-    void cmdPdf_Click();
-    void cmdExit_Click();
+    void chooseKind();
+    void viewFile();
+    void reversePosting();
+    void putBackPaymentFile();
+    void exportList();
+    void exportRun();
+    void printRun();
+    void saveRunAsPdf();
+    void exitScreen();
 
 private:
     void buildUi();
@@ -76,31 +76,31 @@ private:
     FileChooser m_chooseFile;
     PrinterChooser m_choosePrinter;
 
-    QComboBox *cboKind = nullptr;
-    QCheckBox *chkDates = nullptr;
-    QDateEdit *dtpFrom = nullptr;
-    QDateEdit *dtpTo = nullptr;
-    QTableView *gridRuns = nullptr;
+    QComboBox *m_cboKind = nullptr;
+    QCheckBox *m_chkDates = nullptr;
+    QDateEdit *m_dtpFrom = nullptr;
+    QDateEdit *m_dtpTo = nullptr;
+    QTableView *m_gridRuns = nullptr;
     HistoryTableModel *m_runModel = nullptr;
-    QLabel *labRun = nullptr;
-    QTabWidget *tabDetails = nullptr;
-    QTableView *gridLines = nullptr;
-    QTableView *gridRows = nullptr;
-    QTableView *gridMessages = nullptr;
-    QTableView *gridFiles = nullptr;
+    QLabel *m_labRun = nullptr;
+    QTabWidget *m_tabDetails = nullptr;
+    QTableView *m_gridLines = nullptr;
+    QTableView *m_gridRows = nullptr;
+    QTableView *m_gridMessages = nullptr;
+    QTableView *m_gridFiles = nullptr;
     HistoryTableModel *m_lineModel = nullptr;
     HistoryTableModel *m_rowModel = nullptr;
     HistoryTableModel *m_messageModel = nullptr;
     HistoryTableModel *m_fileModel = nullptr;
-    QLabel *labShown = nullptr;
-    QPushButton *cmdViewFile = nullptr;
-    QPushButton *cmdReverse = nullptr;
-    QPushButton *cmdPutBack = nullptr;
-    QPushButton *cmdExportList = nullptr;
-    QPushButton *cmdExportRun = nullptr;
-    QPushButton *cmdPrint = nullptr;
-    QPushButton *cmdPdf = nullptr;
-    QPushButton *cmdExit = nullptr;
+    QLabel *m_labShown = nullptr;
+    QPushButton *m_cmdViewFile = nullptr;
+    QPushButton *m_cmdReverse = nullptr;
+    QPushButton *m_cmdPutBack = nullptr;
+    QPushButton *m_cmdExportList = nullptr;
+    QPushButton *m_cmdExportRun = nullptr;
+    QPushButton *m_cmdPrint = nullptr;
+    QPushButton *m_cmdPdf = nullptr;
+    QPushButton *m_cmdExit = nullptr;
 
-    static QPointer<frmHistory> s_instance;
+    static QPointer<HistoryWindow> s_instance;
 };

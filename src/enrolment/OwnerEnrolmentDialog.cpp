@@ -1,4 +1,4 @@
-#include "enrolment/frmOwnerUpdate.h"
+#include "enrolment/OwnerEnrolmentDialog.h"
 
 #include "uploads/OwnerFile.h"
 
@@ -22,8 +22,8 @@ EnrolmentTexts ownerTexts()
 
 } // namespace
 
-frmOwnerUpdate::frmOwnerUpdate(ProgramState &state, QWidget *parent)
-    : QtEnrolmentDialog(state, EnrolmentListWidget::Roster::Owners, ownerTexts(), parent)
+OwnerEnrolmentDialog::OwnerEnrolmentDialog(ProgramState &state, QWidget *parent)
+    : EnrolmentDialog(state, EnrolmentListWidget::Roster::Owners, ownerTexts(), parent)
 {
     setObjectName(u"frmOwnerUpdate"_qs);
     setWindowTitle(u"Remitra Owner Update"_qs);

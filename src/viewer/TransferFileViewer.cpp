@@ -1,4 +1,4 @@
-#include "viewer/frmViewFiles.h"
+#include "viewer/TransferFileViewer.h"
 
 #include "app/ProgramState.h"
 #include "app/QtGridFit.h"
@@ -21,7 +21,7 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
-QPointer<frmViewFiles> frmViewFiles::s_instance;
+QPointer<TransferFileViewer> TransferFileViewer::s_instance;
 
 namespace {
 
@@ -39,76 +39,76 @@ struct Choice
 
 } // namespace
 
-frmViewFiles::frmViewFiles(ProgramState &state, QWidget *parent)
+TransferFileViewer::TransferFileViewer(ProgramState &state, QWidget *parent)
     : QWidget(parent, Qt::Window)
     , m_state(state)
 {
     setObjectName(u"frmViewFiles"_qs);
     setWindowTitle(u"Remitra Files"_qs);
 
-    labHeading = new QLabel(this);
-    labHeading->setObjectName(u"labHeading"_qs);
-    labHeading->setWordWrap(true);
+    m_labHeading = new QLabel(this);
+    m_labHeading->setObjectName(u"labHeading"_qs);
+    m_labHeading->setWordWrap(true);
 
-    optFiles = new QGroupBox(u"File List:"_qs, this);
-    optFiles->setObjectName(u"optFiles"_qs);
-    optFiles->setAccessibleName(u"File List"_qs);
-    new QVBoxLayout(optFiles);
+    m_optFiles = new QGroupBox(u"File List:"_qs, this);
+    m_optFiles->setObjectName(u"optFiles"_qs);
+    m_optFiles->setAccessibleName(u"File List"_qs);
+    new QVBoxLayout(m_optFiles);
     m_choices = new QButtonGroup(this);
 
-    labShown = new QLabel(this);
-    labShown->setObjectName(u"labShown"_qs);
-    labShown->setWordWrap(true);
-    labShown->hide();
+    m_labShown = new QLabel(this);
+    m_labShown->setObjectName(u"labShown"_qs);
+    m_labShown->setWordWrap(true);
+    m_labShown->hide();
 
-    lstFileContents = new QListWidget(this);
-    lstFileContents->setObjectName(u"lstFileContents"_qs);
-    lstFileContents->setAccessibleName(u"File contents"_qs);
-    lstFileContents->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    lstFileContents->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    m_lstFileContents = new QListWidget(this);
+    m_lstFileContents->setObjectName(u"lstFileContents"_qs);
+    m_lstFileContents->setAccessibleName(u"File contents"_qs);
+    m_lstFileContents->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    m_lstFileContents->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
 
-    cmdDelete = new QPushButton(u"&DELETE the selected file"_qs, this);
-    cmdDelete->setObjectName(u"cmdDelete"_qs);
-    cmdExit = new QPushButton(u"&Exit"_qs, this);
-    cmdExit->setObjectName(u"cmdExit"_qs);
+    m_cmdDelete = new QPushButton(u"&DELETE the selected file"_qs, this);
+    m_cmdDelete->setObjectName(u"cmdDelete"_qs);
+    m_cmdExit = new QPushButton(u"&Exit"_qs, this);
+    m_cmdExit->setObjectName(u"cmdExit"_qs);
 
     auto *buttons = new QHBoxLayout;
-    buttons->addWidget(cmdDelete);
+    buttons->addWidget(m_cmdDelete);
     buttons->addStretch();
-    buttons->addWidget(cmdExit);
+    buttons->addWidget(m_cmdExit);
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(labHeading);
-    layout->addWidget(optFiles);
-    layout->addWidget(labShown);
-    layout->addWidget(lstFileContents, 1);
+    layout->addWidget(m_labHeading);
+    layout->addWidget(m_optFiles);
+    layout->addWidget(m_labShown);
+    layout->addWidget(m_lstFileContents, 1);
     layout->addLayout(buttons);
 
-    connect(m_choices, &QButtonGroup::idClicked, this, &frmViewFiles::optFiles_Click);
-    connect(cmdDelete, &QPushButton::clicked, this, &frmViewFiles::cmdDelete_Click);
-    connect(cmdExit, &QPushButton::clicked, this, &frmViewFiles::cmdExit_Click);
+    connect(m_choices, &QButtonGroup::idClicked, this, &TransferFileViewer::chooseFile);
+    connect(m_cmdDelete, &QPushButton::clicked, this, &TransferFileViewer::deleteFile);
+    connect(m_cmdExit, &QPushButton::clicked, this, &TransferFileViewer::exitScreen);
     // Esc leaves the viewer as Exit does.
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
-    connect(escape, &QShortcut::activated, this, &frmViewFiles::cmdExit_Click);
+    connect(escape, &QShortcut::activated, this, &TransferFileViewer::exitScreen);
 
-    Form_Load();
+    load();
     // The choices are made after the other controls; keep the tab order
     // that of the layout.
     QWidget *previous = m_choices->button(8);
-    for (QWidget *next : { static_cast<QWidget *>(lstFileContents),
-             static_cast<QWidget *>(cmdDelete), static_cast<QWidget *>(cmdExit) }) {
+    for (QWidget *next : { static_cast<QWidget *>(m_lstFileContents),
+             static_cast<QWidget *>(m_cmdDelete), static_cast<QWidget *>(m_cmdExit) }) {
         setTabOrder(previous, next);
         previous = next;
     }
-    lstFileContents->setMinimumHeight(
-        lstFileContents->fontMetrics().lineSpacing() * 4 + 2 * lstFileContents->frameWidth());
+    m_lstFileContents->setMinimumHeight(
+        m_lstFileContents->fontMetrics().lineSpacing() * 4 + 2 * m_lstFileContents->frameWidth());
     QtGridFit::keepControlsWhole(*this);
     resize(760, 560);
 }
 
-frmViewFiles *frmViewFiles::open(ProgramState &state, QWidget *parent)
+TransferFileViewer *TransferFileViewer::open(ProgramState &state, QWidget *parent)
 {
     if (!s_instance) {
-        s_instance = new frmViewFiles(state, parent);
+        s_instance = new TransferFileViewer(state, parent);
         s_instance->setAttribute(Qt::WA_DeleteOnClose);
     }
     s_instance->show();
@@ -117,15 +117,15 @@ frmViewFiles *frmViewFiles::open(ProgramState &state, QWidget *parent)
     return s_instance;
 }
 
-frmViewFiles *frmViewFiles::openFile(
+TransferFileViewer *TransferFileViewer::openFile(
     ProgramState &state, const QString &relativePath, QWidget *parent)
 {
-    frmViewFiles *viewer = open(state, parent);
+    TransferFileViewer *viewer = open(state, parent);
     viewer->showGivenFile(relativePath);
     return viewer;
 }
 
-void frmViewFiles::showGivenFile(const QString &relativePath)
+void TransferFileViewer::showGivenFile(const QString &relativePath)
 {
     TopLevel::run(m_state, [&] {
         // No choice of the list is the file shown now.
@@ -133,14 +133,14 @@ void frmViewFiles::showGivenFile(const QString &relativePath)
         if (QAbstractButton *checked = m_choices->checkedButton())
             checked->setChecked(false);
         m_choices->setExclusive(true);
-        lstFileContents->clear();
+        m_lstFileContents->clear();
         m_currentName = relativePath;
-        labShown->setText(u"Shown: "_qs + QDir::toNativeSeparators(relativePath));
-        labShown->show();
+        m_labShown->setText(u"Shown: "_qs + QDir::toNativeSeparators(relativePath));
+        m_labShown->show();
         // A file shown from History is never deleted here: it may be the
         // archived copy that payments can be put back from.
         m_fileExists = false;
-        cmdDelete->setEnabled(false);
+        m_cmdDelete->setEnabled(false);
         if (!TransferFile::exists(m_state.pathOf(m_currentName))) {
             m_state.prompter().notice(kMissing, kNoticeTitle);
             return;
@@ -149,7 +149,7 @@ void frmViewFiles::showGivenFile(const QString &relativePath)
     });
 }
 
-QStringList frmViewFiles::fileNames() const
+QStringList TransferFileViewer::fileNames() const
 {
     return { m_state.SetupUploadName, m_state.TenantUploadName, m_state.OwnerUploadName,
         m_state.VendorUploadName, m_state.PaymentDownloadName,
@@ -157,9 +157,9 @@ QStringList frmViewFiles::fileNames() const
         u"DX_Quenta_Distribution_LastUpload.txt"_qs, u"DX_Quenta_Distribution_Response.txt"_qs };
 }
 
-void frmViewFiles::Form_Load()
+void TransferFileViewer::load()
 {
-    labHeading->setText(
+    m_labHeading->setText(
         u"These files are the files that are transferred to and from the payment processor."_qs
         + u" They are for viewing only, but if there is a problem within a file,"_qs
         + u" you can delete that file if instructed by a technician."_qs);
@@ -186,19 +186,19 @@ void frmViewFiles::Form_Load()
     for (int i = 0; i < 9; ++i) {
         // "&" in a name would otherwise become a mnemonic.
         QString text = choices[i].shown + u" - "_qs + choices[i].description;
-        auto *option = new QRadioButton(text.replace(u'&', u"&&"_qs), optFiles);
+        auto *option = new QRadioButton(text.replace(u'&', u"&&"_qs), m_optFiles);
         option->setObjectName(u"optFiles_%1"_qs.arg(i));
-        optFiles->layout()->addWidget(option);
+        m_optFiles->layout()->addWidget(option);
         m_choices->addButton(option, i);
     }
 }
 
-void frmViewFiles::optFiles_Click(int index)
+void TransferFileViewer::chooseFile(int index)
 {
     TopLevel::run(m_state, [&] {
-        lstFileContents->clear();
-        labShown->hide();
-        cmdDelete->setEnabled(true);
+        m_lstFileContents->clear();
+        m_labShown->hide();
+        m_cmdDelete->setEnabled(true);
         if (index >= 0 && index < 9) {
             m_currentName = fileNames().at(index);
             checkFile();
@@ -211,14 +211,14 @@ void frmViewFiles::optFiles_Click(int index)
     });
 }
 
-void frmViewFiles::checkFile()
+void TransferFileViewer::checkFile()
 {
     m_fileExists = TransferFile::exists(m_state.pathOf(m_currentName));
     if (!m_fileExists)
         m_state.prompter().notice(kMissing, kNoticeTitle);
 }
 
-void frmViewFiles::showFile()
+void TransferFileViewer::showFile()
 {
     // Read in one piece; a file that vanished since the check raises the
     // file-not-found error.
@@ -229,10 +229,10 @@ void frmViewFiles::showFile()
     }
     // Split at line feeds only: a carriage return stays at the end of its
     // line, and a final line feed gives a last, empty entry.
-    lstFileContents->addItems(text.split(u'\n'));
+    m_lstFileContents->addItems(text.split(u'\n'));
 }
 
-QString frmViewFiles::moneyWarning() const
+QString TransferFileViewer::moneyWarning() const
 {
     if (m_currentName == m_state.PaymentDownloadName) {
         return m_currentName
@@ -254,7 +254,7 @@ QString frmViewFiles::moneyWarning() const
     return {};
 }
 
-void frmViewFiles::cmdDelete_Click()
+void TransferFileViewer::deleteFile()
 {
     TopLevel::run(m_state, [&] {
         if (!m_fileExists)
@@ -281,7 +281,7 @@ void frmViewFiles::cmdDelete_Click()
     });
 }
 
-void frmViewFiles::cmdExit_Click()
+void TransferFileViewer::exitScreen()
 {
     close();
 }

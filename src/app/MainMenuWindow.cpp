@@ -1,23 +1,23 @@
-#include "app/frmRemitraMain.h"
+#include "app/MainMenuWindow.h"
 
 #include "app/Credentials.h"
+#include "app/LoginDialog.h"
 #include "app/ProgramState.h"
 #include "app/QtCentre.h"
 #include "app/QtGridFit.h"
 #include "app/Startup.h"
 #include "app/TopLevel.h"
-#include "app/frmLogin.h"
 #include "core/Prompter.h"
-#include "disburse/frmMakePayments.h"
-#include "enrolment/frmOwnerUpdate.h"
-#include "enrolment/frmTenantUpdate.h"
-#include "enrolment/frmVendorUpdate.h"
-#include "history/frmHistory.h"
+#include "disburse/PaymentSelectionWindow.h"
+#include "enrolment/OwnerEnrolmentDialog.h"
+#include "enrolment/TenantEnrolmentDialog.h"
+#include "enrolment/VendorEnrolmentDialog.h"
+#include "history/HistoryWindow.h"
 #include "processor/ProcessorCall.h"
 #include "processor/RentDownload.h"
-#include "rent/frmDownload.h"
+#include "rent/RentReviewDialog.h"
 #include "uploads/UploadAll.h"
-#include "viewer/frmViewFiles.h"
+#include "viewer/TransferFileViewer.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -76,114 +76,114 @@ QGroupBox *frame(const QString &name, const QString &caption, QLabel *label,
 
 } // namespace
 
-frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
+MainMenuWindow::MainMenuWindow(ProgramState &state, QWidget *parent)
     : QWidget(parent)
     , m_state(state)
 {
     setObjectName(u"frmRemitraMain"_qs);
     setWindowTitle(u"Remitra Main Menu"_qs);
 
-    labIntro = new QLabel(u"Welcome to Dwellix Remitra! Choose from one of the options below to "
-                          "upload your information and download any payments that have been "
-                          "received."_qs,
+    m_labIntro = new QLabel(u"Welcome to Dwellix Remitra! Choose from one of the options below to "
+                            "upload your information and download any payments that have been "
+                            "received."_qs,
         this);
-    labIntro->setObjectName(u"labIntro"_qs);
-    labIntro->setWordWrap(true);
-    QFont introFont = labIntro->font();
+    m_labIntro->setObjectName(u"labIntro"_qs);
+    m_labIntro->setWordWrap(true);
+    QFont introFont = m_labIntro->font();
     introFont.setBold(true);
     introFont.setPointSizeF(introFont.pointSizeF() * 1.15);
-    labIntro->setFont(introFont);
+    m_labIntro->setFont(introFont);
 
-    labVersion = new QLabel(this);
-    labVersion->setObjectName(u"labVersion"_qs);
-    labVersion->setAccessibleName(u"Version"_qs);
+    m_labVersion = new QLabel(this);
+    m_labVersion->setObjectName(u"labVersion"_qs);
+    m_labVersion->setAccessibleName(u"Version"_qs);
 
-    Label1 = explanation(u"Label1"_qs,
+    m_Label1 = explanation(u"Label1"_qs,
         u"Use this step ONLY if you are setting up Remitra for the first time OR if "
         "you have added or deleted any Owners, Properties, Units, or Tenants in "
         "the Dwellix Program."_qs,
         this);
-    cmdUploadAll = button(u"cmdUploadAll"_qs, u"&Upload All Info NOW"_qs, this);
-    fraOption1
+    m_cmdUploadAll = button(u"cmdUploadAll"_qs, u"&Upload All Info NOW"_qs, this);
+    m_fraOption1
         = frame(u"fraOption1"_qs, u"Upload ALL Dwellix Owners, Properties, Units, and Tenants"_qs,
-            Label1, { cmdUploadAll }, this);
+            m_Label1, { m_cmdUploadAll }, this);
 
-    labStep2 = explanation(u"labStep2"_qs,
+    m_labStep2 = explanation(u"labStep2"_qs,
         u"Use this step each time you want to download any Tenant rent payments that have been "
         "made. This will enable you to post the payments automatically to the Dwellix ledgers, "
         "plus you can optionally charge management fees on those payments and create a register "
         "entry."_qs,
         this);
-    cmdDownloadPayment
+    m_cmdDownloadPayment
         = button(u"cmdDownloadPayment"_qs, u"&Download and Post Rent Payments"_qs, this);
-    fraOption2 = frame(u"fraOption2"_qs, u"Check for any Tenant rent payments"_qs, labStep2,
-        { cmdDownloadPayment }, this);
+    m_fraOption2 = frame(u"fraOption2"_qs, u"Check for any Tenant rent payments"_qs, m_labStep2,
+        { m_cmdDownloadPayment }, this);
 
-    labStep3 = explanation(u"labStep3"_qs,
+    m_labStep3 = explanation(u"labStep3"_qs,
         u"Perform this step to activate or change the Owners, Tenants, or Vendors that use Remitra "
         "service. You must use this section in order to activate any users of the Remitra "
         "system."_qs,
         this);
-    cmdTenantUpdate = button(u"cmdTenantUpdate"_qs, u"&Activate or Change TENANTS"_qs, this);
-    cmdOwnerUpdate = button(u"cmdOwnerUpdate"_qs, u"&Activate or Change OWNERS"_qs, this);
-    cmdVendorUpdate = button(u"cmdVendorUpdate"_qs, u"&Activate or Change VENDORS"_qs, this);
-    fraOption3
+    m_cmdTenantUpdate = button(u"cmdTenantUpdate"_qs, u"&Activate or Change TENANTS"_qs, this);
+    m_cmdOwnerUpdate = button(u"cmdOwnerUpdate"_qs, u"&Activate or Change OWNERS"_qs, this);
+    m_cmdVendorUpdate = button(u"cmdVendorUpdate"_qs, u"&Activate or Change VENDORS"_qs, this);
+    m_fraOption3
         = new QGroupBox(u"Activate your Owners, Tenants, or Vendors to use Remitra "_qs, this);
-    fraOption3->setObjectName(u"fraOption3"_qs);
-    keepTitleWhole(*fraOption3);
+    m_fraOption3->setObjectName(u"fraOption3"_qs);
+    keepTitleWhole(*m_fraOption3);
     {
-        auto *layout = new QVBoxLayout(fraOption3);
-        labStep3->setParent(fraOption3);
-        layout->addWidget(labStep3, 1);
-        for (QPushButton *b : { cmdTenantUpdate, cmdOwnerUpdate, cmdVendorUpdate }) {
-            b->setParent(fraOption3);
+        auto *layout = new QVBoxLayout(m_fraOption3);
+        m_labStep3->setParent(m_fraOption3);
+        layout->addWidget(m_labStep3, 1);
+        for (QPushButton *b : { m_cmdTenantUpdate, m_cmdOwnerUpdate, m_cmdVendorUpdate }) {
+            b->setParent(m_fraOption3);
             layout->addWidget(b);
         }
     }
 
-    labStep4 = explanation(u"labStep4"_qs,
+    m_labStep4 = explanation(u"labStep4"_qs,
         u"Use this step to transfer any checks in the Entered Check File to the bank accounts of "
         "Owners or Vendors automatically. To do this, you must have already set up the bank "
         "accounts for transfer and have set the appropriate Owners or Vendors for payment using "
         "Remitra."_qs,
         this);
-    cmdMakePayments
+    m_cmdMakePayments
         = button(u"cmdMakePayments"_qs, u"Make Payments to Owners and Vendors"_qs, this);
-    fraOption4 = frame(u"fraOption4"_qs,
-        u"Pay Owners and Vendors from Dwellix straight to their bank accounts"_qs, labStep4,
-        { cmdMakePayments }, this);
+    m_fraOption4 = frame(u"fraOption4"_qs,
+        u"Pay Owners and Vendors from Dwellix straight to their bank accounts"_qs, m_labStep4,
+        { m_cmdMakePayments }, this);
 
-    cmdLogin = button(u"cmdLogin"_qs, u"Reset Log in"_qs, this);
-    cmdViewFiles = button(u"cmdViewFiles"_qs, u"View Files"_qs, this);
+    m_cmdLogin = button(u"cmdLogin"_qs, u"Reset Log in"_qs, this);
+    m_cmdViewFiles = button(u"cmdViewFiles"_qs, u"View Files"_qs, this);
     // Outside the four frames, beside the other viewer.
-    cmdHistory = button(u"cmdHistory"_qs, u"&History"_qs, this);
-    cmdHistory->setToolTip(u"Every exchange with Quenta Payment Services and every posting, "
-                           "with its files; a rent posting can be reversed from there."_qs);
-    cmdExit = button(u"cmdExit"_qs, u"&Exit"_qs, this);
+    m_cmdHistory = button(u"cmdHistory"_qs, u"&History"_qs, this);
+    m_cmdHistory->setToolTip(u"Every exchange with Quenta Payment Services and every posting, "
+                             "with its files; a rent posting can be reversed from there."_qs);
+    m_cmdExit = button(u"cmdExit"_qs, u"&Exit"_qs, this);
 
     auto *frames = new QGridLayout;
     frames->setHorizontalSpacing(12);
     frames->setVerticalSpacing(12);
-    frames->addWidget(fraOption1, 0, 0);
-    frames->addWidget(fraOption2, 0, 1);
-    frames->addWidget(fraOption3, 1, 0);
-    frames->addWidget(fraOption4, 1, 1);
+    frames->addWidget(m_fraOption1, 0, 0);
+    frames->addWidget(m_fraOption2, 0, 1);
+    frames->addWidget(m_fraOption3, 1, 0);
+    frames->addWidget(m_fraOption4, 1, 1);
     frames->setColumnStretch(0, 1);
     frames->setColumnStretch(1, 1);
 
     auto *bottom = new QHBoxLayout;
-    bottom->addWidget(cmdLogin);
-    bottom->addWidget(cmdViewFiles);
-    bottom->addWidget(cmdHistory);
+    bottom->addWidget(m_cmdLogin);
+    bottom->addWidget(m_cmdViewFiles);
+    bottom->addWidget(m_cmdHistory);
     bottom->addStretch();
-    bottom->addWidget(labVersion);
+    bottom->addWidget(m_labVersion);
     bottom->addSpacing(12);
-    bottom->addWidget(cmdExit);
+    bottom->addWidget(m_cmdExit);
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(16, 16, 16, 12);
     layout->setSpacing(12);
-    layout->addWidget(labIntro);
+    layout->addWidget(m_labIntro);
     layout->addLayout(frames, 1);
     layout->addLayout(bottom);
     setMinimumWidth(860);
@@ -191,42 +191,42 @@ frmRemitraMain::frmRemitraMain(ProgramState &state, QWidget *parent)
 
     // Keyboard order follows the layout: the frames left to right, top to
     // bottom, then the bottom row.
-    setTabOrder(cmdUploadAll, cmdDownloadPayment);
-    setTabOrder(cmdDownloadPayment, cmdTenantUpdate);
-    setTabOrder(cmdTenantUpdate, cmdOwnerUpdate);
-    setTabOrder(cmdOwnerUpdate, cmdVendorUpdate);
-    setTabOrder(cmdVendorUpdate, cmdMakePayments);
-    setTabOrder(cmdMakePayments, cmdLogin);
-    setTabOrder(cmdLogin, cmdViewFiles);
-    setTabOrder(cmdViewFiles, cmdHistory);
-    setTabOrder(cmdHistory, cmdExit);
+    setTabOrder(m_cmdUploadAll, m_cmdDownloadPayment);
+    setTabOrder(m_cmdDownloadPayment, m_cmdTenantUpdate);
+    setTabOrder(m_cmdTenantUpdate, m_cmdOwnerUpdate);
+    setTabOrder(m_cmdOwnerUpdate, m_cmdVendorUpdate);
+    setTabOrder(m_cmdVendorUpdate, m_cmdMakePayments);
+    setTabOrder(m_cmdMakePayments, m_cmdLogin);
+    setTabOrder(m_cmdLogin, m_cmdViewFiles);
+    setTabOrder(m_cmdViewFiles, m_cmdHistory);
+    setTabOrder(m_cmdHistory, m_cmdExit);
 
-    connect(cmdUploadAll, &QPushButton::clicked, this, &frmRemitraMain::cmdUploadAll_Click);
-    connect(
-        cmdDownloadPayment, &QPushButton::clicked, this, &frmRemitraMain::cmdDownloadPayment_Click);
-    connect(cmdTenantUpdate, &QPushButton::clicked, this, &frmRemitraMain::cmdTenantUpdate_Click);
-    connect(cmdOwnerUpdate, &QPushButton::clicked, this, &frmRemitraMain::cmdOwnerUpdate_Click);
-    connect(cmdVendorUpdate, &QPushButton::clicked, this, &frmRemitraMain::cmdVendorUpdate_Click);
-    connect(cmdMakePayments, &QPushButton::clicked, this, &frmRemitraMain::cmdMakePayments_Click);
-    connect(cmdViewFiles, &QPushButton::clicked, this, &frmRemitraMain::cmdViewFiles_Click);
-    connect(cmdHistory, &QPushButton::clicked, this, &frmRemitraMain::cmdHistory_Click);
-    connect(cmdLogin, &QPushButton::clicked, this, &frmRemitraMain::cmdLogin_Click);
-    connect(cmdExit, &QPushButton::clicked, this, &frmRemitraMain::cmdExit_Click);
+    connect(m_cmdUploadAll, &QPushButton::clicked, this, &MainMenuWindow::uploadAll);
+    connect(m_cmdDownloadPayment, &QPushButton::clicked, this,
+        &MainMenuWindow::downloadAndPostPayments);
+    connect(m_cmdTenantUpdate, &QPushButton::clicked, this, &MainMenuWindow::changeTenants);
+    connect(m_cmdOwnerUpdate, &QPushButton::clicked, this, &MainMenuWindow::changeOwners);
+    connect(m_cmdVendorUpdate, &QPushButton::clicked, this, &MainMenuWindow::changeVendors);
+    connect(m_cmdMakePayments, &QPushButton::clicked, this, &MainMenuWindow::makePayments);
+    connect(m_cmdViewFiles, &QPushButton::clicked, this, &MainMenuWindow::viewFiles);
+    connect(m_cmdHistory, &QPushButton::clicked, this, &MainMenuWindow::showHistory);
+    connect(m_cmdLogin, &QPushButton::clicked, this, &MainMenuWindow::resetLogIn);
+    connect(m_cmdExit, &QPushButton::clicked, this, &MainMenuWindow::exitScreen);
 }
 
-frmRemitraMain::~frmRemitraMain() = default;
+MainMenuWindow::~MainMenuWindow() = default;
 
-bool frmRemitraMain::Form_Load()
+bool MainMenuWindow::load()
 {
     // The explanations wrap: the height follows from the width.
     const int width = std::max(sizeHint().width(), 940);
     resize(width, heightForWidth(width));
     centreOnScreen(*this);
-    labVersion->setText(Startup::versionText());
+    m_labVersion->setText(Startup::versionText());
     return Startup::run(m_state, *this) == Startup::Outcome::ShowMainMenu;
 }
 
-QString frmRemitraMain::notYetAvailableText()
+QString MainMenuWindow::notYetAvailableText()
 {
     return u"This function is for direct ACH disbursement of payments to Owners or Vendors, and "
            "will be available soon.  This will save you the time and money of having to create "
@@ -234,17 +234,17 @@ QString frmRemitraMain::notYetAvailableText()
            "available, and will provide you with a free update to the Remitra software."_qs;
 }
 
-QString frmRemitraMain::notYetAvailableTitle()
+QString MainMenuWindow::notYetAvailableTitle()
 {
     return u"Dwellix Remitra"_qs;
 }
 
-void frmRemitraMain::showLogin(ProgramState &state)
+void MainMenuWindow::showLogin(ProgramState &state)
 {
-    frmLogin::showModal(state, this);
+    LoginDialog::showModal(state, this);
 }
 
-bool frmRemitraMain::loginPresent()
+bool MainMenuWindow::loginPresent()
 {
     if (m_state.LoginMissing) {
         Credentials::showLoginNotice(m_state);
@@ -255,7 +255,7 @@ bool frmRemitraMain::loginPresent()
     return ProcessorCall::checkFileNames(m_state);
 }
 
-bool frmRemitraMain::disbursementAllowed()
+bool MainMenuWindow::disbursementAllowed()
 {
     if (!m_state.DisbursementEnabled) {
         m_state.prompter().notice(notYetAvailableText(), notYetAvailableTitle());
@@ -264,15 +264,15 @@ bool frmRemitraMain::disbursementAllowed()
     return loginPresent();
 }
 
-void frmRemitraMain::cmdUploadAll_Click()
+void MainMenuWindow::uploadAll()
 {
     TopLevel::run(m_state, [&] {
         if (loginPresent())
-            runUploadAll();
+            sendAllInfo();
     });
 }
 
-void frmRemitraMain::cmdDownloadPayment_Click()
+void MainMenuWindow::downloadAndPostPayments()
 {
     TopLevel::run(m_state, [&] {
         if (!loginPresent())
@@ -280,63 +280,63 @@ void frmRemitraMain::cmdDownloadPayment_Click()
         DownloadPaymentFile(m_state);
         // The review screen opens whatever the download gave: it also shows
         // a file that was already waiting.
-        openDownload();
+        openRentReview();
     });
 }
 
-void frmRemitraMain::cmdTenantUpdate_Click()
+void MainMenuWindow::changeTenants()
 {
     TopLevel::run(m_state, [&] {
         if (loginPresent())
-            openTenantUpdate();
+            openTenantEnrolment();
     });
 }
 
-void frmRemitraMain::cmdOwnerUpdate_Click()
+void MainMenuWindow::changeOwners()
 {
     TopLevel::run(m_state, [&] {
         if (disbursementAllowed())
-            openOwnerUpdate();
+            openOwnerEnrolment();
     });
 }
 
-void frmRemitraMain::cmdVendorUpdate_Click()
+void MainMenuWindow::changeVendors()
 {
     TopLevel::run(m_state, [&] {
         if (disbursementAllowed())
-            openVendorUpdate();
+            openVendorEnrolment();
     });
 }
 
-void frmRemitraMain::cmdMakePayments_Click()
+void MainMenuWindow::makePayments()
 {
     TopLevel::run(m_state, [&] {
         if (disbursementAllowed())
-            openMakePayments();
+            openPaymentSelection();
     });
 }
 
-void frmRemitraMain::cmdViewFiles_Click()
+void MainMenuWindow::viewFiles()
 {
-    TopLevel::run(m_state, [&] { openViewFiles(); });
+    TopLevel::run(m_state, [&] { openFileViewer(); });
 }
 
-void frmRemitraMain::cmdHistory_Click()
+void MainMenuWindow::showHistory()
 {
     TopLevel::run(m_state, [&] { openHistory(); });
 }
 
-void frmRemitraMain::cmdLogin_Click()
+void MainMenuWindow::resetLogIn()
 {
     TopLevel::run(m_state, [&] { Credentials::resetLogIn(m_state, *this); });
 }
 
-void frmRemitraMain::cmdExit_Click()
+void MainMenuWindow::exitScreen()
 {
     TopLevel::run(m_state, [&] { close(); });
 }
 
-void frmRemitraMain::closeEvent(QCloseEvent *event)
+void MainMenuWindow::closeEvent(QCloseEvent *event)
 {
     // Closing the main menu ends the run, whatever other screens are open.
     event->accept();
@@ -346,47 +346,47 @@ void frmRemitraMain::closeEvent(QCloseEvent *event)
 // The jobs and screens of the commands. The modal screens are made afresh
 // for each opening, as a screen unloaded on closing is loaded again; the
 // modeless ones keep their single instance.
-void frmRemitraMain::runUploadAll()
+void MainMenuWindow::sendAllInfo()
 {
     if (UploadAll(m_state))
-        cmdExit->setFocus();
+        m_cmdExit->setFocus();
 }
 
-void frmRemitraMain::openDownload()
+void MainMenuWindow::openRentReview()
 {
-    frmDownload review(m_state, this);
+    RentReviewDialog review(m_state, this);
     review.exec();
 }
 
-void frmRemitraMain::openTenantUpdate()
+void MainMenuWindow::openTenantEnrolment()
 {
-    frmTenantUpdate screen(m_state, this);
+    TenantEnrolmentDialog screen(m_state, this);
     screen.exec();
 }
 
-void frmRemitraMain::openOwnerUpdate()
+void MainMenuWindow::openOwnerEnrolment()
 {
-    frmOwnerUpdate screen(m_state, this);
+    OwnerEnrolmentDialog screen(m_state, this);
     screen.exec();
 }
 
-void frmRemitraMain::openVendorUpdate()
+void MainMenuWindow::openVendorEnrolment()
 {
-    frmVendorUpdate screen(m_state, this);
+    VendorEnrolmentDialog screen(m_state, this);
     screen.exec();
 }
 
-void frmRemitraMain::openMakePayments()
+void MainMenuWindow::openPaymentSelection()
 {
-    frmMakePayments::open(m_state, this);
+    PaymentSelectionWindow::open(m_state, this);
 }
 
-void frmRemitraMain::openViewFiles()
+void MainMenuWindow::openFileViewer()
 {
-    frmViewFiles::open(m_state, this);
+    TransferFileViewer::open(m_state, this);
 }
 
-void frmRemitraMain::openHistory()
+void MainMenuWindow::openHistory()
 {
-    frmHistory::open(m_state, this);
+    HistoryWindow::open(m_state, this);
 }

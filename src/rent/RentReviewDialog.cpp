@@ -1,4 +1,4 @@
-#include "rent/frmDownload.h"
+#include "rent/RentReviewDialog.h"
 
 #include "app/ProgramState.h"
 #include "app/QtCentre.h"
@@ -62,7 +62,7 @@ QString answerText(Prompter::Answer answer)
 
 } // namespace
 
-frmDownload::frmDownload(ProgramState &state, QWidget *parent)
+RentReviewDialog::RentReviewDialog(ProgramState &state, QWidget *parent)
     : QDialog(parent)
     , m_state(state)
 {
@@ -71,74 +71,74 @@ frmDownload::frmDownload(ProgramState &state, QWidget *parent)
         return dialog.exec() == QDialog::Accepted;
     };
     buildUi();
-    Form_Load();
+    load();
 }
 
-frmDownload::~frmDownload() = default;
+RentReviewDialog::~RentReviewDialog() = default;
 
-void frmDownload::buildUi()
+void RentReviewDialog::buildUi()
 {
     setObjectName(u"frmDownload"_qs);
     setWindowTitle(u"Remitra Payment Download"_qs);
     setModal(true);
 
-    labDeposits = new QLabel(kDeposits, this);
-    labDeposits->setObjectName(u"labDeposits"_qs);
-    labDeposits->setWordWrap(true);
+    m_labDeposits = new QLabel(kDeposits, this);
+    m_labDeposits->setObjectName(u"labDeposits"_qs);
+    m_labDeposits->setWordWrap(true);
 
     m_model = new PaymentTableModel(this);
-    gridACHDownload = new QTableView(this);
-    gridACHDownload->setObjectName(u"gridACHDownload"_qs);
-    gridACHDownload->setAccessibleName(u"Remitra payments"_qs);
-    gridACHDownload->setModel(m_model);
-    gridACHDownload->setItemDelegate(new RentPaymentDelegate(gridACHDownload));
-    gridACHDownload->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    gridACHDownload->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    gridACHDownload->setSelectionBehavior(QAbstractItemView::SelectItems);
-    gridACHDownload->verticalHeader()->setSectionsClickable(true);
-    gridACHDownload->horizontalHeader()->setStretchLastSection(true);
-    gridACHDownload->setWordWrap(false);
-    gridACHDownload->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
-    gridACHDownload->installEventFilter(this);
-    gridACHDownload->setMinimumHeight(QtGridFit::heightForRows(*gridACHDownload, 4));
-    QtGridFit::showClippedText(*gridACHDownload);
+    m_gridACHDownload = new QTableView(this);
+    m_gridACHDownload->setObjectName(u"gridACHDownload"_qs);
+    m_gridACHDownload->setAccessibleName(u"Remitra payments"_qs);
+    m_gridACHDownload->setModel(m_model);
+    m_gridACHDownload->setItemDelegate(new RentPaymentDelegate(m_gridACHDownload));
+    m_gridACHDownload->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_gridACHDownload->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_gridACHDownload->setSelectionBehavior(QAbstractItemView::SelectItems);
+    m_gridACHDownload->verticalHeader()->setSectionsClickable(true);
+    m_gridACHDownload->horizontalHeader()->setStretchLastSection(true);
+    m_gridACHDownload->setWordWrap(false);
+    m_gridACHDownload->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
+    m_gridACHDownload->installEventFilter(this);
+    m_gridACHDownload->setMinimumHeight(QtGridFit::heightForRows(*m_gridACHDownload, 4));
+    QtGridFit::showClippedText(*m_gridACHDownload);
 
-    labRemitraPayments = new QLabel(kCountLabel, this);
-    labRemitraPayments->setObjectName(u"labRemitraPayments"_qs);
-    labTotal = new QLabel(u"Total of Remitra Payments:"_qs, this);
-    labTotal->setObjectName(u"labTotal"_qs);
-    labTransTotal = new QLabel(this);
-    labTransTotal->setObjectName(u"labTransTotal"_qs);
-    labTotal->setBuddy(labTransTotal);
+    m_labRemitraPayments = new QLabel(kCountLabel, this);
+    m_labRemitraPayments->setObjectName(u"labRemitraPayments"_qs);
+    m_labTotal = new QLabel(u"Total of Remitra Payments:"_qs, this);
+    m_labTotal->setObjectName(u"labTotal"_qs);
+    m_labTransTotal = new QLabel(this);
+    m_labTransTotal->setObjectName(u"labTransTotal"_qs);
+    m_labTotal->setBuddy(m_labTransTotal);
 
-    labDelete = new QLabel(kDeleteNote, this);
-    labDelete->setObjectName(u"labDelete"_qs);
-    labDelete->setWordWrap(true);
+    m_labDelete = new QLabel(kDeleteNote, this);
+    m_labDelete->setObjectName(u"labDelete"_qs);
+    m_labDelete->setWordWrap(true);
 
     auto *fraPostMgmtFees = new QGroupBox(u"Post Management Fees"_qs, this);
     fraPostMgmtFees->setObjectName(u"fraPostMgmtFees"_qs);
-    chkPostMgmtFees = new QCheckBox(
+    m_chkPostMgmtFees = new QCheckBox(
         u"Post a managment fee on each rent income transaction."_qs, fraPostMgmtFees);
-    chkPostMgmtFees->setObjectName(u"chkPostMgmtFees"_qs);
-    (new QVBoxLayout(fraPostMgmtFees))->addWidget(chkPostMgmtFees);
+    m_chkPostMgmtFees->setObjectName(u"chkPostMgmtFees"_qs);
+    (new QVBoxLayout(fraPostMgmtFees))->addWidget(m_chkPostMgmtFees);
 
-    auto *frmCreateDeposit = new QGroupBox(u"Create Deposit:"_qs, this);
-    frmCreateDeposit->setObjectName(u"frmCreateDeposit"_qs);
-    chkCreateDeposit
-        = new QCheckBox(u"Yes, create a deposit using this deposit number:"_qs, frmCreateDeposit);
-    chkCreateDeposit->setObjectName(u"chkCreateDeposit"_qs);
-    txtCreateDeposit = new QLineEdit(frmCreateDeposit);
-    txtCreateDeposit->setObjectName(u"txtCreateDeposit"_qs);
-    txtCreateDeposit->setAccessibleName(u"Deposit number"_qs);
-    txtCreateDeposit->installEventFilter(this);
-    auto *depositRow = new QHBoxLayout(frmCreateDeposit);
-    depositRow->addWidget(chkCreateDeposit);
-    depositRow->addWidget(txtCreateDeposit);
+    auto *depositFrame = new QGroupBox(u"Create Deposit:"_qs, this);
+    depositFrame->setObjectName(u"frmCreateDeposit"_qs);
+    m_chkCreateDeposit
+        = new QCheckBox(u"Yes, create a deposit using this deposit number:"_qs, depositFrame);
+    m_chkCreateDeposit->setObjectName(u"chkCreateDeposit"_qs);
+    m_txtCreateDeposit = new QLineEdit(depositFrame);
+    m_txtCreateDeposit->setObjectName(u"txtCreateDeposit"_qs);
+    m_txtCreateDeposit->setAccessibleName(u"Deposit number"_qs);
+    m_txtCreateDeposit->installEventFilter(this);
+    auto *depositRow = new QHBoxLayout(depositFrame);
+    depositRow->addWidget(m_chkCreateDeposit);
+    depositRow->addWidget(m_txtCreateDeposit);
 
     auto *fraRemark = new QGroupBox(u"Transaction Remark Choices:"_qs, this);
     fraRemark->setObjectName(u"optRemark"_qs);
     fraRemark->setAccessibleName(u"Transaction Remark Choices"_qs);
-    optRemark = new QButtonGroup(this);
+    m_optRemark = new QButtonGroup(this);
     const QString choices[] = { u"Use standard 'default' REMARK entered under 'Preferences'."_qs,
         u"Use the 'Method' column entry for the Remark."_qs, u"Use this Remark: "_qs };
     auto *remarkLayout = new QVBoxLayout(fraRemark);
@@ -146,69 +146,69 @@ void frmDownload::buildUi()
     for (int i = 0; i < 3; ++i) {
         auto *option = new QRadioButton(choices[i], fraRemark);
         option->setObjectName(u"optRemark"_qs + QString::number(i));
-        optRemark->addButton(option, i);
+        m_optRemark->addButton(option, i);
         if (i < 2)
             remarkLayout->addWidget(option);
         else
             ownRemark = option;
     }
-    txtRemark = new QLineEdit(fraRemark);
-    txtRemark->setObjectName(u"txtRemark"_qs);
-    txtRemark->setAccessibleName(u"Remark"_qs);
-    txtRemark->setEnabled(false);
+    m_txtRemark = new QLineEdit(fraRemark);
+    m_txtRemark->setObjectName(u"txtRemark"_qs);
+    m_txtRemark->setAccessibleName(u"Remark"_qs);
+    m_txtRemark->setEnabled(false);
     auto *ownRow = new QHBoxLayout;
     ownRow->addWidget(ownRemark);
-    ownRow->addWidget(txtRemark, 1);
+    ownRow->addWidget(m_txtRemark, 1);
     remarkLayout->addLayout(ownRow);
-    connect(optRemark, &QButtonGroup::idClicked, this, [this] { optRemark_Click(); });
+    connect(m_optRemark, &QButtonGroup::idClicked, this, [this] { chooseRemark(); });
 
-    cmdUpdate = new QPushButton(u"Update Dwellix Ledgers NOW"_qs, this);
-    cmdUpdate->setObjectName(u"cmdUpdate"_qs);
-    cmdDeleteAll = new QPushButton(u"&Delete ALL"_qs, this);
-    cmdDeleteAll->setObjectName(u"cmdDeleteAll"_qs);
-    cmdPrintScreen = new QPushButton(u"&Print Screen"_qs, this);
-    cmdPrintScreen->setObjectName(u"cmdPrintScreen"_qs);
-    cmdExit = new QPushButton(u"&Exit"_qs, this);
-    cmdExit->setObjectName(u"cmdExit"_qs);
-    for (QPushButton *b : { cmdUpdate, cmdDeleteAll, cmdPrintScreen, cmdExit })
+    m_cmdUpdate = new QPushButton(u"Update Dwellix Ledgers NOW"_qs, this);
+    m_cmdUpdate->setObjectName(u"cmdUpdate"_qs);
+    m_cmdDeleteAll = new QPushButton(u"&Delete ALL"_qs, this);
+    m_cmdDeleteAll->setObjectName(u"cmdDeleteAll"_qs);
+    m_cmdPrintScreen = new QPushButton(u"&Print Screen"_qs, this);
+    m_cmdPrintScreen->setObjectName(u"cmdPrintScreen"_qs);
+    m_cmdExit = new QPushButton(u"&Exit"_qs, this);
+    m_cmdExit->setObjectName(u"cmdExit"_qs);
+    for (QPushButton *b : { m_cmdUpdate, m_cmdDeleteAll, m_cmdPrintScreen, m_cmdExit })
         b->setAutoDefault(false);
-    connect(cmdUpdate, &QPushButton::clicked, this, &frmDownload::cmdUpdate_Click);
-    connect(cmdDeleteAll, &QPushButton::clicked, this, &frmDownload::cmdDeleteAll_Click);
-    connect(cmdPrintScreen, &QPushButton::clicked, this, &frmDownload::cmdPrintScreen_Click);
-    connect(cmdExit, &QPushButton::clicked, this, &frmDownload::cmdExit_Click);
+    connect(m_cmdUpdate, &QPushButton::clicked, this, &RentReviewDialog::postToLedgers);
+    connect(m_cmdDeleteAll, &QPushButton::clicked, this, &RentReviewDialog::deleteAllRows);
+    connect(m_cmdPrintScreen, &QPushButton::clicked, this, &RentReviewDialog::printScreen);
+    connect(m_cmdExit, &QPushButton::clicked, this, &RentReviewDialog::exitScreen);
 
     auto *totals = new QHBoxLayout;
-    totals->addWidget(labRemitraPayments);
+    totals->addWidget(m_labRemitraPayments);
     totals->addStretch(1);
-    totals->addWidget(labTotal);
-    totals->addWidget(labTransTotal);
+    totals->addWidget(m_labTotal);
+    totals->addWidget(m_labTransTotal);
 
     auto *options = new QHBoxLayout;
     auto *left = new QVBoxLayout;
     left->addWidget(fraPostMgmtFees);
-    left->addWidget(frmCreateDeposit);
+    left->addWidget(depositFrame);
     options->addLayout(left, 1);
     options->addWidget(fraRemark, 1);
 
     auto *buttons = new QHBoxLayout;
-    buttons->addWidget(cmdUpdate);
-    buttons->addWidget(cmdDeleteAll);
-    buttons->addWidget(cmdPrintScreen);
+    buttons->addWidget(m_cmdUpdate);
+    buttons->addWidget(m_cmdDeleteAll);
+    buttons->addWidget(m_cmdPrintScreen);
     buttons->addStretch(1);
-    buttons->addWidget(cmdExit);
+    buttons->addWidget(m_cmdExit);
 
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(labDeposits);
-    layout->addWidget(gridACHDownload, 1);
+    layout->addWidget(m_labDeposits);
+    layout->addWidget(m_gridACHDownload, 1);
     layout->addLayout(totals);
-    layout->addWidget(labDelete);
+    layout->addWidget(m_labDelete);
     layout->addLayout(options);
     layout->addLayout(buttons);
 
     // Tab order follows the layout, top to bottom, left to right.
-    QWidget *order[] = { gridACHDownload, chkPostMgmtFees, chkCreateDeposit, txtCreateDeposit,
-        optRemark->button(0), optRemark->button(1), optRemark->button(2), txtRemark, cmdUpdate,
-        cmdDeleteAll, cmdPrintScreen, cmdExit };
+    QWidget *order[] = { m_gridACHDownload, m_chkPostMgmtFees, m_chkCreateDeposit,
+        m_txtCreateDeposit, m_optRemark->button(0), m_optRemark->button(1), m_optRemark->button(2),
+        m_txtRemark, m_cmdUpdate, m_cmdDeleteAll, m_cmdPrintScreen, m_cmdExit };
     for (std::size_t i = 1; i < std::size(order); ++i)
         setTabOrder(order[i - 1], order[i]);
 
@@ -217,27 +217,27 @@ void frmDownload::buildUi()
     centreOnScreen(*this);
 }
 
-int frmDownload::rowCount() const
+int RentReviewDialog::rowCount() const
 {
     return m_model->rowCount();
 }
 
-void frmDownload::showCount(const QString &text)
+void RentReviewDialog::showCount(const QString &text)
 {
-    labRemitraPayments->setText(text);
+    m_labRemitraPayments->setText(text);
 }
 
-void frmDownload::disableCommands()
+void RentReviewDialog::disableCommands()
 {
-    cmdUpdate->setEnabled(false);
-    cmdDeleteAll->setEnabled(false);
-    cmdPrintScreen->setEnabled(false);
+    m_cmdUpdate->setEnabled(false);
+    m_cmdDeleteAll->setEnabled(false);
+    m_cmdPrintScreen->setEnabled(false);
 }
 
-void frmDownload::Form_Load()
+void RentReviewDialog::load()
 {
     // A deposit is proposed by default.
-    chkCreateDeposit->setChecked(true);
+    m_chkCreateDeposit->setChecked(true);
     PaymentFile::LoadResult loaded = PaymentFile::load(m_state);
     switch (loaded.status) {
     case PaymentFile::LoadStatus::NoPayments:
@@ -254,37 +254,37 @@ void frmDownload::Form_Load()
         return;
     m_fileSha = loaded.fileSha256;
     m_model->setRows(std::move(loaded.rows));
-    QtGridFit::fitColumns(*gridACHDownload, 500);
+    QtGridFit::fitColumns(*m_gridACHDownload, 500);
     showCount(kCountLabel + u' ' + QString::number(rowCount()));
     m_total = loaded.total;
     if (m_total)
-        labTransTotal->setText(m_total->toDollars());
+        m_labTransTotal->setText(m_total->toDollars());
 }
 
-void frmDownload::TransactionTotal()
+void RentReviewDialog::showTransactionTotal()
 {
     m_total.reset();
-    m_total = PaymentFile::TransactionTotal(m_model->rows());
-    labTransTotal->setText(m_total->toDollars());
+    m_total = PaymentFile::transactionTotal(m_model->rows());
+    m_labTransTotal->setText(m_total->toDollars());
 }
 
-PostingChoices frmDownload::choices() const
+PostingChoices RentReviewDialog::choices() const
 {
     PostingChoices c;
-    c.postMgmtFees = chkPostMgmtFees->isChecked();
-    c.createDeposit = chkCreateDeposit->isChecked();
-    c.depositNumber = txtCreateDeposit->text();
-    c.remark = optRemark->checkedId();
-    c.remarkText = txtRemark->text();
+    c.postMgmtFees = m_chkPostMgmtFees->isChecked();
+    c.createDeposit = m_chkCreateDeposit->isChecked();
+    c.depositNumber = m_txtCreateDeposit->text();
+    c.remark = m_optRemark->checkedId();
+    c.remarkText = m_txtRemark->text();
     return c;
 }
 
-void frmDownload::cmdUpdate_Click()
+void RentReviewDialog::postToLedgers()
 {
     TopLevel::run(m_state, [this] {
         if (UpdateLedgers::run(m_state, m_model->rows(), choices(), m_fileSha)) {
-            cmdUpdate->setEnabled(false);
-            cmdExit->setFocus();
+            m_cmdUpdate->setEnabled(false);
+            m_cmdExit->setFocus();
             m_posted = true;
             accept();
             return;
@@ -302,7 +302,7 @@ void frmDownload::cmdUpdate_Click()
     });
 }
 
-void frmDownload::cmdDeleteAll_Click()
+void RentReviewDialog::deleteAllRows()
 {
     TopLevel::run(m_state, [this] {
         const Prompter::Answer answer = m_state.prompter().ask(kDeleteAllQuestion, u"Remitra"_qs);
@@ -317,15 +317,15 @@ void frmDownload::cmdDeleteAll_Click()
         }
         m_model->clear();
         showCount(kCountLabel + u" 0"_qs);
-        TransactionTotal();
+        showTransactionTotal();
         // The file is gone: nothing is left to post, delete or print.
         disableCommands();
     });
 }
 
-void frmDownload::gridACHDownload_DeleteRows()
+void RentReviewDialog::deleteSelectedRows()
 {
-    const QModelIndexList selected = gridACHDownload->selectionModel()->selectedRows();
+    const QModelIndexList selected = m_gridACHDownload->selectionModel()->selectedRows();
     if (selected.isEmpty())
         return;
     TopLevel::run(m_state, [this, selected] {
@@ -335,42 +335,42 @@ void frmDownload::gridACHDownload_DeleteRows()
         std::sort(rows.begin(), rows.end(), std::greater<int>());
         for (int row : rows)
             m_model->removeRow(row);
-        gridACHDownload->clearSelection();
+        m_gridACHDownload->clearSelection();
         if (rowCount() > 0) {
             showCount(kCountLabel + u' ' + QString::number(rowCount()));
-            TransactionTotal();
+            showTransactionTotal();
             return;
         }
         showCount(kCountLabel + u" 0"_qs);
-        TransactionTotal();
+        showTransactionTotal();
         PaymentFile::moveAside(m_state);
         disableCommands();
     });
 }
 
-void frmDownload::optRemark_Click()
+void RentReviewDialog::chooseRemark()
 {
-    txtRemark->setEnabled(optRemark->checkedId() == PostingChoices::OwnRemark);
+    m_txtRemark->setEnabled(m_optRemark->checkedId() == PostingChoices::OwnRemark);
 }
 
-void frmDownload::txtCreateDeposit_LostFocus()
+void RentReviewDialog::checkDepositNumber()
 {
-    const QString text = VbText::Trim(txtCreateDeposit->text());
+    const QString text = VbText::Trim(m_txtCreateDeposit->text());
     if (text.isEmpty() || VbText::IsNumeric(text))
         return;
     m_checkingDeposit = true;
     m_state.prompter().notice(
         u"Please enter a number only for the Deposit Number"_qs, u"Create Deposit"_qs);
-    txtCreateDeposit->setFocus();
+    m_txtCreateDeposit->setFocus();
     m_checkingDeposit = false;
 }
 
-void frmDownload::cmdPrintScreen_Click()
+void RentReviewDialog::printScreen()
 {
-    TopLevel::run(m_state, [this] { PrintScreen(); });
+    TopLevel::run(m_state, [this] { printRows(); });
 }
 
-void frmDownload::PrintScreen()
+void RentReviewDialog::printRows()
 {
     QPrinter printer(QPrinter::HighResolution);
     printer.setPageOrientation(QPageLayout::Landscape);
@@ -387,12 +387,12 @@ void frmDownload::PrintScreen()
     m_state.prompter().notice(u"Screen Printed"_qs, u"Remitra"_qs);
 }
 
-void frmDownload::cmdExit_Click()
+void RentReviewDialog::exitScreen()
 {
     close();
 }
 
-bool frmDownload::Form_Unload()
+bool RentReviewDialog::unload()
 {
     if (m_posted || rowCount() == 0)
         return true;
@@ -402,33 +402,33 @@ bool frmDownload::Form_Unload()
     return answer == Prompter::Answer::Yes;
 }
 
-void frmDownload::reject()
+void RentReviewDialog::reject()
 {
-    if (Form_Unload())
+    if (unload())
         QDialog::reject();
 }
 
-bool frmDownload::eventFilter(QObject *watched, QEvent *event)
+bool RentReviewDialog::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == gridACHDownload && event->type() == QEvent::KeyPress) {
+    if (watched == m_gridACHDownload && event->type() == QEvent::KeyPress) {
         const auto *key = static_cast<QKeyEvent *>(event);
         if (key->key() == Qt::Key_Delete && key->modifiers() == Qt::NoModifier) {
-            gridACHDownload_DeleteRows();
+            deleteSelectedRows();
             return true;
         }
         // Shift+Space selects the current row, as its record selector does.
         if (key->key() == Qt::Key_Space && key->modifiers() == Qt::ShiftModifier) {
-            const QModelIndex current = gridACHDownload->currentIndex();
+            const QModelIndex current = m_gridACHDownload->currentIndex();
             if (current.isValid())
-                gridACHDownload->selectRow(current.row());
+                m_gridACHDownload->selectRow(current.row());
             return true;
         }
     }
-    if (watched == txtCreateDeposit && event->type() == QEvent::FocusOut && !m_checkingDeposit) {
+    if (watched == m_txtCreateDeposit && event->type() == QEvent::FocusOut && !m_checkingDeposit) {
         const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
         // Leaving the box for another control of this screen, not another window.
         if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)
-            txtCreateDeposit_LostFocus();
+            checkDepositNumber();
     }
     return QDialog::eventFilter(watched, event);
 }

@@ -1,4 +1,4 @@
-#include "disburse/frmMakePayments.h"
+#include "disburse/PaymentSelectionWindow.h"
 
 #include "app/ProgramState.h"
 #include "app/QtCentre.h"
@@ -6,10 +6,10 @@
 #include "app/TopLevel.h"
 #include "core/Prompter.h"
 #include "disburse/DistributionRun.h"
+#include "disburse/LastBatchWindow.h"
 #include "disburse/PaymentListDelegate.h"
 #include "disburse/PaymentListModel.h"
 #include "disburse/UnfinishedRun.h"
-#include "disburse/frmShowLast.h"
 #include "hostdb/DisburseList.h"
 
 #include <QComboBox>
@@ -24,7 +24,7 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
-frmMakePayments::frmMakePayments(ProgramState &state, QWidget *parent)
+PaymentSelectionWindow::PaymentSelectionWindow(ProgramState &state, QWidget *parent)
     : QWidget(parent, Qt::Window)
     , m_state(state)
 {
@@ -47,102 +47,102 @@ frmMakePayments::frmMakePayments(ProgramState &state, QWidget *parent)
     labGridSelect->setWordWrap(true);
 
     m_model = new PaymentListModel(this);
-    gridMakePayments = new QTableView(this);
-    gridMakePayments->setObjectName(u"gridMakePayments"_qs);
-    gridMakePayments->setAccessibleName(u"Entered checks to pay"_qs);
-    gridMakePayments->setModel(m_model);
-    gridMakePayments->setItemDelegate(new PaymentListDelegate(gridMakePayments));
-    gridMakePayments->setSelectionBehavior(QAbstractItemView::SelectRows);
-    gridMakePayments->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    gridMakePayments->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    gridMakePayments->setColumnHidden(PaymentListModel::IDField, true);
-    gridMakePayments->verticalHeader()->setVisible(false);
-    gridMakePayments->horizontalHeader()->setSectionResizeMode(
+    m_gridMakePayments = new QTableView(this);
+    m_gridMakePayments->setObjectName(u"gridMakePayments"_qs);
+    m_gridMakePayments->setAccessibleName(u"Entered checks to pay"_qs);
+    m_gridMakePayments->setModel(m_model);
+    m_gridMakePayments->setItemDelegate(new PaymentListDelegate(m_gridMakePayments));
+    m_gridMakePayments->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_gridMakePayments->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_gridMakePayments->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_gridMakePayments->setColumnHidden(PaymentListModel::IDField, true);
+    m_gridMakePayments->verticalHeader()->setVisible(false);
+    m_gridMakePayments->horizontalHeader()->setSectionResizeMode(
         PaymentListModel::Remark, QHeaderView::Stretch);
-    gridMakePayments->setWordWrap(false);
-    gridMakePayments->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
-    gridMakePayments->setMinimumHeight(QtGridFit::heightForRows(*gridMakePayments, 4));
-    QtGridFit::showClippedText(*gridMakePayments);
+    m_gridMakePayments->setWordWrap(false);
+    m_gridMakePayments->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
+    m_gridMakePayments->setMinimumHeight(QtGridFit::heightForRows(*m_gridMakePayments, 4));
+    QtGridFit::showClippedText(*m_gridMakePayments);
     // The other columns as wide as their texts, each time the list is read.
-    connect(m_model, &QAbstractItemModel::modelReset, gridMakePayments,
-        [this] { QtGridFit::fitColumns(*gridMakePayments, 500); });
-    connect(gridMakePayments->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-        &frmMakePayments::gridMakePayments_SelChange);
+    connect(m_model, &QAbstractItemModel::modelReset, m_gridMakePayments,
+        [this] { QtGridFit::fitColumns(*m_gridMakePayments, 500); });
+    connect(m_gridMakePayments->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+        &PaymentSelectionWindow::updateSelection);
 
-    optSortBy = new QComboBox(this);
-    optSortBy->setObjectName(u"optSortBy"_qs);
-    optSortBy->addItems(DisburseList::sortItems());
+    m_optSortBy = new QComboBox(this);
+    m_optSortBy->setObjectName(u"optSortBy"_qs);
+    m_optSortBy->addItems(DisburseList::sortItems());
     auto *labSortBy = new QLabel(u"Sort &By:"_qs, this);
-    labSortBy->setBuddy(optSortBy);
+    labSortBy->setBuddy(m_optSortBy);
 
-    txtTotalSelected = new QLineEdit(this);
-    txtTotalSelected->setObjectName(u"txtTotalSelected"_qs);
-    txtTotalSelected->setReadOnly(true);
-    txtTotalSelected->setAlignment(Qt::AlignRight);
+    m_txtTotalSelected = new QLineEdit(this);
+    m_txtTotalSelected->setObjectName(u"txtTotalSelected"_qs);
+    m_txtTotalSelected->setReadOnly(true);
+    m_txtTotalSelected->setAlignment(Qt::AlignRight);
     auto *labMakePaymentsTotal = new QLabel(u"Total Amount to be Paid:"_qs, this);
     labMakePaymentsTotal->setObjectName(u"labMakePaymentsTotal"_qs);
-    labMakePaymentsTotal->setBuddy(txtTotalSelected);
-    txtTotalSelected->setAccessibleName(u"Total Amount to be Paid"_qs);
+    labMakePaymentsTotal->setBuddy(m_txtTotalSelected);
+    m_txtTotalSelected->setAccessibleName(u"Total Amount to be Paid"_qs);
 
     auto button = [this](const QString &name, const QString &caption) {
         auto *b = new QPushButton(caption, this);
         b->setObjectName(name);
         return b;
     };
-    cmdSelectAll = button(u"cmdSelectAll"_qs, u"&Select All"_qs);
-    cmdDeSelectAll = button(u"cmdDeSelectAll"_qs, u"De-Select All"_qs);
-    cmdMakePaymentsNow = button(u"cmdMakePaymentsNow"_qs, u"&Make all SELECTED payments now"_qs);
-    cmdShowLast = button(u"cmdShowLast"_qs, u"Show &Last Batch"_qs);
-    cmdExit = button(u"cmdExit"_qs, u"&Exit"_qs);
+    m_cmdSelectAll = button(u"cmdSelectAll"_qs, u"&Select All"_qs);
+    m_cmdDeSelectAll = button(u"cmdDeSelectAll"_qs, u"De-Select All"_qs);
+    m_cmdMakePaymentsNow = button(u"cmdMakePaymentsNow"_qs, u"&Make all SELECTED payments now"_qs);
+    m_cmdShowLast = button(u"cmdShowLast"_qs, u"Show &Last Batch"_qs);
+    m_cmdExit = button(u"cmdExit"_qs, u"&Exit"_qs);
 
     auto *controls = new QGridLayout;
     controls->addWidget(labSortBy, 0, 0);
-    controls->addWidget(optSortBy, 0, 1);
+    controls->addWidget(m_optSortBy, 0, 1);
     controls->addWidget(labMakePaymentsTotal, 0, 3);
-    controls->addWidget(txtTotalSelected, 0, 4);
+    controls->addWidget(m_txtTotalSelected, 0, 4);
     controls->setColumnStretch(2, 1);
     auto *buttons = new QHBoxLayout;
-    buttons->addWidget(cmdSelectAll);
-    buttons->addWidget(cmdDeSelectAll);
+    buttons->addWidget(m_cmdSelectAll);
+    buttons->addWidget(m_cmdDeSelectAll);
     buttons->addStretch();
-    buttons->addWidget(cmdMakePaymentsNow);
-    buttons->addWidget(cmdShowLast);
-    buttons->addWidget(cmdExit);
+    buttons->addWidget(m_cmdMakePaymentsNow);
+    buttons->addWidget(m_cmdShowLast);
+    buttons->addWidget(m_cmdExit);
 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(labMakePayments);
     layout->addWidget(labGridSelect);
-    layout->addWidget(gridMakePayments, 1);
+    layout->addWidget(m_gridMakePayments, 1);
     layout->addLayout(controls);
     layout->addLayout(buttons);
     QtGridFit::keepControlsWhole(*this);
     resize(820, 520);
     centreOnScreen(*this);
 
-    setTabOrder(gridMakePayments, optSortBy);
-    setTabOrder(optSortBy, txtTotalSelected);
-    setTabOrder(txtTotalSelected, cmdSelectAll);
-    setTabOrder(cmdSelectAll, cmdDeSelectAll);
-    setTabOrder(cmdDeSelectAll, cmdMakePaymentsNow);
-    setTabOrder(cmdMakePaymentsNow, cmdShowLast);
-    setTabOrder(cmdShowLast, cmdExit);
+    setTabOrder(m_gridMakePayments, m_optSortBy);
+    setTabOrder(m_optSortBy, m_txtTotalSelected);
+    setTabOrder(m_txtTotalSelected, m_cmdSelectAll);
+    setTabOrder(m_cmdSelectAll, m_cmdDeSelectAll);
+    setTabOrder(m_cmdDeSelectAll, m_cmdMakePaymentsNow);
+    setTabOrder(m_cmdMakePaymentsNow, m_cmdShowLast);
+    setTabOrder(m_cmdShowLast, m_cmdExit);
 
-    connect(cmdSelectAll, &QPushButton::clicked, this, &frmMakePayments::cmdSelectAll_Click);
-    connect(cmdDeSelectAll, &QPushButton::clicked, this, &frmMakePayments::cmdDeSelectAll_Click);
-    connect(cmdMakePaymentsNow, &QPushButton::clicked, this,
-        &frmMakePayments::cmdMakePaymentsNow_Click);
-    connect(cmdShowLast, &QPushButton::clicked, this, &frmMakePayments::cmdShowLast_Click);
-    connect(cmdExit, &QPushButton::clicked, this, &frmMakePayments::cmdExit_Click);
+    connect(m_cmdSelectAll, &QPushButton::clicked, this, &PaymentSelectionWindow::selectAll);
+    connect(m_cmdDeSelectAll, &QPushButton::clicked, this, &PaymentSelectionWindow::deselectAll);
+    connect(m_cmdMakePaymentsNow, &QPushButton::clicked, this,
+        &PaymentSelectionWindow::paySelectedChecks);
+    connect(m_cmdShowLast, &QPushButton::clicked, this, &PaymentSelectionWindow::showLastBatch);
+    connect(m_cmdExit, &QPushButton::clicked, this, &PaymentSelectionWindow::exitScreen);
 
-    TopLevel::run(m_state, [this] { Form_Load(); });
-    connect(optSortBy, &QComboBox::currentTextChanged, this, &frmMakePayments::optSortBy_Click);
+    TopLevel::run(m_state, [this] { load(); });
+    connect(m_optSortBy, &QComboBox::currentTextChanged, this, &PaymentSelectionWindow::sortList);
 }
 
-frmMakePayments *frmMakePayments::open(ProgramState &state, QWidget *parent)
+PaymentSelectionWindow *PaymentSelectionWindow::open(ProgramState &state, QWidget *parent)
 {
-    static QPointer<frmMakePayments> instance;
+    static QPointer<PaymentSelectionWindow> instance;
     if (!instance) {
-        instance = new frmMakePayments(state, parent);
+        instance = new PaymentSelectionWindow(state, parent);
         instance->setAttribute(Qt::WA_DeleteOnClose);
     }
     instance->show();
@@ -151,28 +151,28 @@ frmMakePayments *frmMakePayments::open(ProgramState &state, QWidget *parent)
     return instance;
 }
 
-void frmMakePayments::Form_Load()
+void PaymentSelectionWindow::load()
 {
     // A run that was paid but not posted is finished before anything else is
     // shown, so its checks do not appear here to be paid again; checks sent
     // without a recorded answer are named, so nobody pays them another way.
     UnfinishedRun::settle(m_state, m_stopRejections);
     UnfinishedRun::reportUnanswered(m_state);
-    optSortBy->setCurrentText(u"Payee"_qs);
+    m_optSortBy->setCurrentText(u"Payee"_qs);
     loadList();
 }
 
-void frmMakePayments::loadList()
+void PaymentSelectionWindow::loadList()
 {
     m_quiet = true;
-    m_model->setRows(DisburseList::load(m_state.db(), optSortBy->currentText()));
+    m_model->setRows(DisburseList::load(m_state.db(), m_optSortBy->currentText()));
     m_quiet = false;
     reselect();
 }
 
 // Selects again the rows chosen before the list was read anew. Rows that
 // have left the list leave the choice, and the total follows.
-void frmMakePayments::reselect()
+void PaymentSelectionWindow::reselect()
 {
     QItemSelection selection;
     QList<PaymentRow::Key> kept;
@@ -185,7 +185,7 @@ void frmMakePayments::reselect()
             m_model->index(r, 0), m_model->index(r, PaymentListModel::ColumnCount - 1));
     }
     m_quiet = true;
-    gridMakePayments->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    m_gridMakePayments->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
     m_quiet = false;
     if (kept.size() != m_selection.size()) {
         m_selection = kept;
@@ -193,12 +193,12 @@ void frmMakePayments::reselect()
     }
 }
 
-void frmMakePayments::optSortBy_Click()
+void PaymentSelectionWindow::sortList()
 {
     TopLevel::run(m_state, [this] { loadList(); });
 }
 
-void frmMakePayments::gridMakePayments_SelChange(
+void PaymentSelectionWindow::updateSelection(
     const QItemSelection &selected, const QItemSelection &deselected)
 {
     if (m_quiet)
@@ -228,7 +228,7 @@ void frmMakePayments::gridMakePayments_SelChange(
     showTotal();
 }
 
-void frmMakePayments::showTotal()
+void PaymentSelectionWindow::showTotal()
 {
     Currency total;
     for (const PaymentRow::Key &key : std::as_const(m_selection)) {
@@ -236,10 +236,10 @@ void frmMakePayments::showTotal()
         if (r >= 0)
             total += m_model->row(r).CkAmount;
     }
-    txtTotalSelected->setText(total.toDollarsParen());
+    m_txtTotalSelected->setText(total.toDollarsParen());
 }
 
-QList<PaymentRow> frmMakePayments::selectedRows() const
+QList<PaymentRow> PaymentSelectionWindow::selectedRows() const
 {
     QList<PaymentRow> rows;
     rows.reserve(m_selection.size());
@@ -251,7 +251,7 @@ QList<PaymentRow> frmMakePayments::selectedRows() const
     return rows;
 }
 
-void frmMakePayments::cmdSelectAll_Click()
+void PaymentSelectionWindow::selectAll()
 {
     TopLevel::run(m_state, [this] {
         if (m_model->rowCount() < 1)
@@ -260,7 +260,7 @@ void frmMakePayments::cmdSelectAll_Click()
         m_selection.clear();
         loadList();
         m_quiet = true;
-        gridMakePayments->selectAll();
+        m_gridMakePayments->selectAll();
         m_quiet = false;
         for (const PaymentRow &row : m_model->rows())
             m_selection.append(row.key());
@@ -268,21 +268,21 @@ void frmMakePayments::cmdSelectAll_Click()
     });
 }
 
-void frmMakePayments::emptySelection()
+void PaymentSelectionWindow::emptySelection()
 {
     m_quiet = true;
-    gridMakePayments->clearSelection();
+    m_gridMakePayments->clearSelection();
     m_quiet = false;
     m_selection.clear();
-    txtTotalSelected->setText(u"0"_qs);
+    m_txtTotalSelected->setText(u"0"_qs);
 }
 
-void frmMakePayments::cmdDeSelectAll_Click()
+void PaymentSelectionWindow::deselectAll()
 {
     emptySelection();
 }
 
-void frmMakePayments::cmdMakePaymentsNow_Click()
+void PaymentSelectionWindow::paySelectedChecks()
 {
     TopLevel::run(m_state, [this] {
         DistributionRun run(m_state, m_stopRejections);
@@ -298,19 +298,19 @@ void frmMakePayments::cmdMakePaymentsNow_Click()
     });
 }
 
-void frmMakePayments::cmdShowLast_Click()
+void PaymentSelectionWindow::showLastBatch()
 {
     if (m_showLast) {
         m_showLast->raise();
         m_showLast->activateWindow();
         return;
     }
-    m_showLast = new frmShowLast(m_state, this);
+    m_showLast = new LastBatchWindow(m_state, this);
     m_showLast->setAttribute(Qt::WA_DeleteOnClose);
     m_showLast->show();
 }
 
-void frmMakePayments::cmdExit_Click()
+void PaymentSelectionWindow::exitScreen()
 {
     close();
 }

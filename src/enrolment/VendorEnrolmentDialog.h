@@ -1,14 +1,14 @@
 #pragma once
 
-#include "enrolment/QtEnrolmentDialog.h"
+#include "enrolment/EnrolmentDialog.h"
 
 // Vendor enrolment: lists every vendor and lets the user set its Remitra flag
 // (Y, N or D). Closing after a flag was typed writes and sends the vendor
 // file. Modal.
-class frmVendorUpdate : public QtEnrolmentDialog
+class VendorEnrolmentDialog : public EnrolmentDialog
 {
     Q_OBJECT
 
 public:
-    frmVendorUpdate(ProgramState &state, QWidget *parent = nullptr);
+    VendorEnrolmentDialog(ProgramState &state, QWidget *parent = nullptr);
 };

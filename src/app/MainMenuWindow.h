@@ -14,32 +14,32 @@ class QPushButton;
 // while credentials are missing, and for the owner, vendor and payment
 // buttons first the not-yet-available notice while disbursement is off),
 // then runs its job or opens its screen.
-class frmRemitraMain : public QWidget, private LoginScreen
+class MainMenuWindow : public QWidget, private LoginScreen
 {
     Q_OBJECT
 
 public:
-    explicit frmRemitraMain(ProgramState &state, QWidget *parent = nullptr);
-    ~frmRemitraMain() override;
+    explicit MainMenuWindow(ProgramState &state, QWidget *parent = nullptr);
+    ~MainMenuWindow() override;
 
     // The start-up of the screen: centres it, shows the version and runs the
     // start-up job. False when the program ends without showing the menu.
-    bool Form_Load();
+    bool load();
 
     static QString notYetAvailableText();
     static QString notYetAvailableTitle();
 
 private slots:
-    void cmdUploadAll_Click();
-    void cmdDownloadPayment_Click();
-    void cmdTenantUpdate_Click();
-    void cmdOwnerUpdate_Click();
-    void cmdVendorUpdate_Click();
-    void cmdMakePayments_Click();
-    void cmdViewFiles_Click();
-    void cmdHistory_Click();
-    void cmdLogin_Click();
-    void cmdExit_Click();
+    void uploadAll();
+    void downloadAndPostPayments();
+    void changeTenants();
+    void changeOwners();
+    void changeVendors();
+    void makePayments();
+    void viewFiles();
+    void showHistory();
+    void resetLogIn();
+    void exitScreen();
 
 private:
     // LoginScreen: the login screen, modal over this one.
@@ -54,34 +54,34 @@ private:
     bool disbursementAllowed();
 
     // Where the jobs and screens of the commands are started.
-    void runUploadAll();
-    void openDownload();
-    void openTenantUpdate();
-    void openOwnerUpdate();
-    void openVendorUpdate();
-    void openMakePayments();
-    void openViewFiles();
+    void sendAllInfo();
+    void openRentReview();
+    void openTenantEnrolment();
+    void openOwnerEnrolment();
+    void openVendorEnrolment();
+    void openPaymentSelection();
+    void openFileViewer();
     void openHistory();
 
     ProgramState &m_state;
-    QLabel *labIntro;
-    QLabel *labVersion;
-    QGroupBox *fraOption1;
-    QLabel *Label1;
-    QPushButton *cmdUploadAll;
-    QGroupBox *fraOption2;
-    QLabel *labStep2;
-    QPushButton *cmdDownloadPayment;
-    QGroupBox *fraOption3;
-    QLabel *labStep3;
-    QPushButton *cmdTenantUpdate;
-    QPushButton *cmdOwnerUpdate;
-    QPushButton *cmdVendorUpdate;
-    QGroupBox *fraOption4;
-    QLabel *labStep4;
-    QPushButton *cmdMakePayments;
-    QPushButton *cmdLogin;
-    QPushButton *cmdViewFiles;
-    QPushButton *cmdHistory;
-    QPushButton *cmdExit;
+    QLabel *m_labIntro;
+    QLabel *m_labVersion;
+    QGroupBox *m_fraOption1;
+    QLabel *m_Label1;
+    QPushButton *m_cmdUploadAll;
+    QGroupBox *m_fraOption2;
+    QLabel *m_labStep2;
+    QPushButton *m_cmdDownloadPayment;
+    QGroupBox *m_fraOption3;
+    QLabel *m_labStep3;
+    QPushButton *m_cmdTenantUpdate;
+    QPushButton *m_cmdOwnerUpdate;
+    QPushButton *m_cmdVendorUpdate;
+    QGroupBox *m_fraOption4;
+    QLabel *m_labStep4;
+    QPushButton *m_cmdMakePayments;
+    QPushButton *m_cmdLogin;
+    QPushButton *m_cmdViewFiles;
+    QPushButton *m_cmdHistory;
+    QPushButton *m_cmdExit;
 };

@@ -1,4 +1,4 @@
-#include "history/frmHistory.h"
+#include "history/HistoryWindow.h"
 
 #include "app/ProgramState.h"
 #include "app/QtCentre.h"
@@ -12,7 +12,7 @@
 #include "history/RunText.h"
 #include "rent/DownloadPrinter.h"
 #include "rent/ReversePosting.h"
-#include "viewer/frmViewFiles.h"
+#include "viewer/TransferFileViewer.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -31,7 +31,7 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
-QPointer<frmHistory> frmHistory::s_instance;
+QPointer<HistoryWindow> HistoryWindow::s_instance;
 
 namespace {
 
@@ -68,7 +68,7 @@ QLabel *buddyLabel(const QString &caption, QWidget *buddy, QWidget *parent)
 
 } // namespace
 
-frmHistory::frmHistory(ProgramState &state, QWidget *parent)
+HistoryWindow::HistoryWindow(ProgramState &state, QWidget *parent)
     : QWidget(parent, Qt::Window)
     , m_state(state)
 {
@@ -84,10 +84,10 @@ frmHistory::frmHistory(ProgramState &state, QWidget *parent)
     TopLevel::run(m_state, [this] { reload(); });
 }
 
-frmHistory *frmHistory::open(ProgramState &state, QWidget *parent)
+HistoryWindow *HistoryWindow::open(ProgramState &state, QWidget *parent)
 {
     if (!s_instance) {
-        s_instance = new frmHistory(state, parent);
+        s_instance = new HistoryWindow(state, parent);
         s_instance->setAttribute(Qt::WA_DeleteOnClose);
     } else {
         TopLevel::run(state, [] { s_instance->reload(); });
@@ -98,66 +98,67 @@ frmHistory *frmHistory::open(ProgramState &state, QWidget *parent)
     return s_instance;
 }
 
-void frmHistory::buildUi()
+void HistoryWindow::buildUi()
 {
     setObjectName(u"frmHistory"_qs);
     setWindowTitle(kTitle);
 
-    cboKind = new QComboBox(this);
-    cboKind->setObjectName(u"cboKind"_qs);
-    cboKind->addItem(u"All kinds"_qs);
+    m_cboKind = new QComboBox(this);
+    m_cboKind->setObjectName(u"cboKind"_qs);
+    m_cboKind->addItem(u"All kinds"_qs);
     for (Journal::Kind kind : Journal::kinds())
-        cboKind->addItem(Journal::kindCaption(kind), Journal::kindName(kind));
-    auto *labKind = buddyLabel(u"&Kind:"_qs, cboKind, this);
+        m_cboKind->addItem(Journal::kindCaption(kind), Journal::kindName(kind));
+    auto *labKind = buddyLabel(u"&Kind:"_qs, m_cboKind, this);
     labKind->setObjectName(u"labKind"_qs);
 
-    chkDates = new QCheckBox(u"Filter by d&ates"_qs, this);
-    chkDates->setObjectName(u"chkDates"_qs);
-    dtpFrom = new QDateEdit(QDate::currentDate().addMonths(-1), this);
-    dtpFrom->setObjectName(u"dtpFrom"_qs);
-    dtpTo = new QDateEdit(QDate::currentDate(), this);
-    dtpTo->setObjectName(u"dtpTo"_qs);
-    for (QDateEdit *edit : { dtpFrom, dtpTo }) {
+    m_chkDates = new QCheckBox(u"Filter by d&ates"_qs, this);
+    m_chkDates->setObjectName(u"chkDates"_qs);
+    m_dtpFrom = new QDateEdit(QDate::currentDate().addMonths(-1), this);
+    m_dtpFrom->setObjectName(u"dtpFrom"_qs);
+    m_dtpTo = new QDateEdit(QDate::currentDate(), this);
+    m_dtpTo->setObjectName(u"dtpTo"_qs);
+    for (QDateEdit *edit : { m_dtpFrom, m_dtpTo }) {
         edit->setCalendarPopup(true);
         edit->setEnabled(false);
         // Tall enough for its text box's least height in every style.
         edit->setMinimumHeight(edit->sizeHint().height() + 2);
     }
-    auto *labFrom = buddyLabel(u"&From:"_qs, dtpFrom, this);
+    auto *labFrom = buddyLabel(u"&From:"_qs, m_dtpFrom, this);
     labFrom->setObjectName(u"labFrom"_qs);
-    auto *labTo = buddyLabel(u"&To:"_qs, dtpTo, this);
+    auto *labTo = buddyLabel(u"&To:"_qs, m_dtpTo, this);
     labTo->setObjectName(u"labTo"_qs);
 
     m_runModel = new HistoryTableModel(this);
-    gridRuns = grid(u"gridRuns"_qs, u"Runs"_qs, m_runModel, this);
-    auto *labRuns = buddyLabel(u"Runs, newest first:"_qs, gridRuns, this);
+    m_gridRuns = grid(u"gridRuns"_qs, u"Runs"_qs, m_runModel, this);
+    auto *labRuns = buddyLabel(u"Runs, newest first:"_qs, m_gridRuns, this);
     labRuns->setObjectName(u"labRuns"_qs);
 
-    labRun = new QLabel(this);
-    labRun->setObjectName(u"labRun"_qs);
-    labRun->setWordWrap(true);
-    labRun->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_labRun = new QLabel(this);
+    m_labRun->setObjectName(u"labRun"_qs);
+    m_labRun->setWordWrap(true);
+    m_labRun->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
-    tabDetails = new QTabWidget(this);
-    tabDetails->setObjectName(u"tabDetails"_qs);
-    tabDetails->setAccessibleName(u"Details of the run"_qs);
+    m_tabDetails = new QTabWidget(this);
+    m_tabDetails->setObjectName(u"tabDetails"_qs);
+    m_tabDetails->setAccessibleName(u"Details of the run"_qs);
     m_lineModel = new HistoryTableModel(this);
     m_rowModel = new HistoryTableModel(this);
     m_messageModel = new HistoryTableModel(this);
     m_fileModel = new HistoryTableModel(this);
-    gridLines = grid(u"gridLines"_qs, u"Lines of the run"_qs, m_lineModel, tabDetails);
-    gridRows = grid(u"gridRows"_qs, u"Rows the run wrote in Dwellix"_qs, m_rowModel, tabDetails);
-    gridMessages
-        = grid(u"gridMessages"_qs, u"Messages the user saw"_qs, m_messageModel, tabDetails);
-    gridFiles = grid(u"gridFiles"_qs, u"Files of the run"_qs, m_fileModel, tabDetails);
-    tabDetails->addTab(gridLines, u"Lines"_qs);
-    tabDetails->addTab(gridRows, u"Rows Posted"_qs);
-    tabDetails->addTab(gridMessages, u"Messages"_qs);
-    tabDetails->addTab(gridFiles, u"Files"_qs);
+    m_gridLines = grid(u"gridLines"_qs, u"Lines of the run"_qs, m_lineModel, m_tabDetails);
+    m_gridRows
+        = grid(u"gridRows"_qs, u"Rows the run wrote in Dwellix"_qs, m_rowModel, m_tabDetails);
+    m_gridMessages
+        = grid(u"gridMessages"_qs, u"Messages the user saw"_qs, m_messageModel, m_tabDetails);
+    m_gridFiles = grid(u"gridFiles"_qs, u"Files of the run"_qs, m_fileModel, m_tabDetails);
+    m_tabDetails->addTab(m_gridLines, u"Lines"_qs);
+    m_tabDetails->addTab(m_gridRows, u"Rows Posted"_qs);
+    m_tabDetails->addTab(m_gridMessages, u"Messages"_qs);
+    m_tabDetails->addTab(m_gridFiles, u"Files"_qs);
 
-    labShown = new QLabel(this);
-    labShown->setObjectName(u"labShown"_qs);
-    labShown->setWordWrap(true);
+    m_labShown = new QLabel(this);
+    m_labShown->setObjectName(u"labShown"_qs);
+    m_labShown->setWordWrap(true);
 
     auto button = [this](const QString &name, const QString &caption, const QString &tip) {
         auto *b = new QPushButton(caption, this);
@@ -166,103 +167,104 @@ void frmHistory::buildUi()
         b->setToolTip(tip);
         return b;
     };
-    cmdViewFile = button(u"cmdViewFile"_qs, u"&View File"_qs,
+    m_cmdViewFile = button(u"cmdViewFile"_qs, u"&View File"_qs,
         u"Shows the run's file (the chosen one on the Files page) in the file viewer."_qs);
-    cmdReverse = button(u"cmdReverse"_qs, u"&Reverse Posting"_qs,
+    m_cmdReverse = button(u"cmdReverse"_qs, u"&Reverse Posting"_qs,
         u"Takes this rent posting out of the Dwellix ledgers and puts its payments back for "
         "review."_qs);
-    cmdPutBack = button(u"cmdPutBack"_qs, u"Put &Back Payment File"_qs,
+    m_cmdPutBack = button(u"cmdPutBack"_qs, u"Put &Back Payment File"_qs,
         u"Puts the payment file of this reversed posting back for review."_qs);
-    cmdExportList = button(
+    m_cmdExportList = button(
         u"cmdExportList"_qs, u"Export &List..."_qs, u"Saves the runs listed as a CSV file."_qs);
-    cmdExportRun = button(u"cmdExportRun"_qs, u"Export R&un..."_qs,
+    m_cmdExportRun = button(u"cmdExportRun"_qs, u"Export R&un..."_qs,
         u"Saves the details of this run as a CSV file."_qs);
-    cmdPrint = button(u"cmdPrint"_qs, u"&Print Run..."_qs, u"Prints the details of this run."_qs);
-    cmdPdf = button(u"cmdPdf"_qs, u"Save Run as P&DF..."_qs,
+    m_cmdPrint = button(u"cmdPrint"_qs, u"&Print Run..."_qs, u"Prints the details of this run."_qs);
+    m_cmdPdf = button(u"cmdPdf"_qs, u"Save Run as P&DF..."_qs,
         u"Saves the details of this run as a PDF file."_qs);
-    cmdExit = button(u"cmdExit"_qs, u"&Exit"_qs, {});
+    m_cmdExit = button(u"cmdExit"_qs, u"&Exit"_qs, {});
 
     auto *filters = new QHBoxLayout;
     filters->addWidget(labKind);
-    filters->addWidget(cboKind);
+    filters->addWidget(m_cboKind);
     filters->addSpacing(16);
-    filters->addWidget(chkDates);
+    filters->addWidget(m_chkDates);
     filters->addWidget(labFrom);
-    filters->addWidget(dtpFrom);
+    filters->addWidget(m_dtpFrom);
     filters->addWidget(labTo);
-    filters->addWidget(dtpTo);
+    filters->addWidget(m_dtpTo);
     filters->addStretch(1);
 
     auto *runCommands = new QHBoxLayout;
-    runCommands->addWidget(cmdViewFile);
-    runCommands->addWidget(cmdReverse);
-    runCommands->addWidget(cmdPutBack);
+    runCommands->addWidget(m_cmdViewFile);
+    runCommands->addWidget(m_cmdReverse);
+    runCommands->addWidget(m_cmdPutBack);
     runCommands->addStretch(1);
     auto *outputs = new QHBoxLayout;
-    outputs->addWidget(cmdExportList);
-    outputs->addWidget(cmdExportRun);
-    outputs->addWidget(cmdPrint);
-    outputs->addWidget(cmdPdf);
+    outputs->addWidget(m_cmdExportList);
+    outputs->addWidget(m_cmdExportRun);
+    outputs->addWidget(m_cmdPrint);
+    outputs->addWidget(m_cmdPdf);
     outputs->addStretch(1);
-    outputs->addWidget(cmdExit);
+    outputs->addWidget(m_cmdExit);
 
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(filters);
     layout->addWidget(labRuns);
-    layout->addWidget(gridRuns, 2);
-    layout->addWidget(labRun);
-    layout->addWidget(tabDetails, 3);
-    layout->addWidget(labShown);
+    layout->addWidget(m_gridRuns, 2);
+    layout->addWidget(m_labRun);
+    layout->addWidget(m_tabDetails, 3);
+    layout->addWidget(m_labShown);
     layout->addLayout(runCommands);
     layout->addLayout(outputs);
 
-    QWidget *order[] = { cboKind, chkDates, dtpFrom, dtpTo, gridRuns, tabDetails, cmdViewFile,
-        cmdReverse, cmdPutBack, cmdExportList, cmdExportRun, cmdPrint, cmdPdf, cmdExit };
+    QWidget *order[] = { m_cboKind, m_chkDates, m_dtpFrom, m_dtpTo, m_gridRuns, m_tabDetails,
+        m_cmdViewFile, m_cmdReverse, m_cmdPutBack, m_cmdExportList, m_cmdExportRun, m_cmdPrint,
+        m_cmdPdf, m_cmdExit };
     for (std::size_t i = 1; i < std::size(order); ++i)
         setTabOrder(order[i - 1], order[i]);
 
-    connect(cboKind, &QComboBox::currentIndexChanged, this, &frmHistory::cboKind_Click);
-    connect(chkDates, &QCheckBox::toggled, this, [this](bool on) {
-        dtpFrom->setEnabled(on);
-        dtpTo->setEnabled(on);
-        cboKind_Click();
+    connect(m_cboKind, &QComboBox::currentIndexChanged, this, &HistoryWindow::chooseKind);
+    connect(m_chkDates, &QCheckBox::toggled, this, [this](bool on) {
+        m_dtpFrom->setEnabled(on);
+        m_dtpTo->setEnabled(on);
+        chooseKind();
     });
-    connect(dtpFrom, &QDateEdit::dateChanged, this, &frmHistory::cboKind_Click);
-    connect(dtpTo, &QDateEdit::dateChanged, this, &frmHistory::cboKind_Click);
-    connect(gridRuns->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+    connect(m_dtpFrom, &QDateEdit::dateChanged, this, &HistoryWindow::chooseKind);
+    connect(m_dtpTo, &QDateEdit::dateChanged, this, &HistoryWindow::chooseKind);
+    connect(m_gridRuns->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
         [this](const QModelIndex &current) {
             TopLevel::run(m_state, [&] { showRun(current.row()); });
         });
-    connect(cmdViewFile, &QPushButton::clicked, this, &frmHistory::cmdViewFile_Click);
-    connect(cmdReverse, &QPushButton::clicked, this, &frmHistory::cmdReverse_Click);
-    connect(cmdPutBack, &QPushButton::clicked, this, &frmHistory::cmdPutBack_Click);
-    connect(cmdExportList, &QPushButton::clicked, this, &frmHistory::cmdExportList_Click);
-    connect(cmdExportRun, &QPushButton::clicked, this, &frmHistory::cmdExportRun_Click);
-    connect(cmdPrint, &QPushButton::clicked, this, &frmHistory::cmdPrint_Click);
-    connect(cmdPdf, &QPushButton::clicked, this, &frmHistory::cmdPdf_Click);
-    connect(cmdExit, &QPushButton::clicked, this, &frmHistory::cmdExit_Click);
+    connect(m_cmdViewFile, &QPushButton::clicked, this, &HistoryWindow::viewFile);
+    connect(m_cmdReverse, &QPushButton::clicked, this, &HistoryWindow::reversePosting);
+    connect(m_cmdPutBack, &QPushButton::clicked, this, &HistoryWindow::putBackPaymentFile);
+    connect(m_cmdExportList, &QPushButton::clicked, this, &HistoryWindow::exportList);
+    connect(m_cmdExportRun, &QPushButton::clicked, this, &HistoryWindow::exportRun);
+    connect(m_cmdPrint, &QPushButton::clicked, this, &HistoryWindow::printRun);
+    connect(m_cmdPdf, &QPushButton::clicked, this, &HistoryWindow::saveRunAsPdf);
+    connect(m_cmdExit, &QPushButton::clicked, this, &HistoryWindow::exitScreen);
     // Esc leaves the screen as Exit does, like the other viewers.
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
-    connect(escape, &QShortcut::activated, this, &frmHistory::cmdExit_Click);
+    connect(escape, &QShortcut::activated, this, &HistoryWindow::exitScreen);
 
     QtGridFit::keepControlsWhole(*this);
     resize(1000, 680);
     centreOnScreen(*this);
 }
 
-Journal::Filter frmHistory::filter() const
+Journal::Filter HistoryWindow::filter() const
 {
     Journal::Filter f;
-    if (cboKind->currentIndex() > 0)
-        f.kind = Journal::kindOf(cboKind->currentData().toString());
-    if (chkDates->isChecked()) {
-        f.from = dtpFrom->date();
-        f.to = dtpTo->date();
+    if (m_cboKind->currentIndex() > 0)
+        f.kind = Journal::kindOf(m_cboKind->currentData().toString());
+    if (m_chkDates->isChecked()) {
+        f.from = m_dtpFrom->date();
+        f.to = m_dtpTo->date();
     }
     return f;
 }
 
-void frmHistory::reload()
+void HistoryWindow::reload()
 {
     const qint64 chosen = m_current ? m_current->id : 0;
     m_runs = Journal(m_state.store()).runs(filter());
@@ -274,12 +276,12 @@ void frmHistory::reload()
         showRun(-1);
 }
 
-bool frmHistory::selectRun(qint64 runId)
+bool HistoryWindow::selectRun(qint64 runId)
 {
     for (int r = 0; r < m_runs.size(); ++r) {
         if (m_runs[r].id != runId)
             continue;
-        gridRuns->selectionModel()->setCurrentIndex(m_runModel->index(r, 0),
+        m_gridRuns->selectionModel()->setCurrentIndex(m_runModel->index(r, 0),
             QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
         // The same row chosen again after a reload: its details afresh.
         if (!m_current || m_current->id != runId)
@@ -289,18 +291,18 @@ bool frmHistory::selectRun(qint64 runId)
     return false;
 }
 
-void frmHistory::showRun(int row)
+void HistoryWindow::showRun(int row)
 {
     if (row < 0 || row >= m_runs.size()) {
         m_current.reset();
         const Journal::Filter f = filter();
         const bool filtered = f.kind || f.from.isValid();
-        labRun->setText(!m_runs.isEmpty() ? QString()
-                : filtered                ? u"No run of this kind or in these dates."_qs
-                                          : u"No runs are recorded yet."_qs);
+        m_labRun->setText(!m_runs.isEmpty() ? QString()
+                : filtered                  ? u"No run of this kind or in these dates."_qs
+                                            : u"No runs are recorded yet."_qs);
         for (HistoryTableModel *model : { m_lineModel, m_rowModel, m_messageModel, m_fileModel })
             model->setTable({});
-        labShown->clear();
+        m_labShown->clear();
         updateCommands();
         return;
     }
@@ -309,14 +311,14 @@ void frmHistory::showRun(int row)
     if (!m_current)
         return;
     const qint64 id = m_current->id;
-    labRun->setText(RunText::heading(*m_current));
+    m_labRun->setText(RunText::heading(*m_current));
     m_lineModel->setTable(RunText::lines(journal.lines(id, ShownAtMost)));
     m_rowModel->setTable(RunText::rows(journal.rows(id, ShownAtMost)));
     m_messageModel->setTable(RunText::messages(journal.messages(id)));
     m_fileModel->setTable(RunText::files(journal.files(id)));
     const qint64 lines = journal.lineCount(id);
     const qint64 rows = journal.rowCount(id);
-    labShown->setText(lines > ShownAtMost || rows > ShownAtMost
+    m_labShown->setText(lines > ShownAtMost || rows > ShownAtMost
             ? u"The details show the first %1 of %2 lines and %3 rows; export the run to see "
               "them all."_qs.arg(ShownAtMost)
                   .arg(lines)
@@ -325,27 +327,27 @@ void frmHistory::showRun(int row)
     updateCommands();
 }
 
-void frmHistory::updateCommands()
+void HistoryWindow::updateCommands()
 {
     const bool run = m_current.has_value();
     const bool posting = run && m_current->kind == Journal::Kind::RentPosting;
-    cmdViewFile->setEnabled(run && m_fileModel->rowCount() > 0);
-    cmdReverse->setEnabled(posting
+    m_cmdViewFile->setEnabled(run && m_fileModel->rowCount() > 0);
+    m_cmdReverse->setEnabled(posting
         && (m_current->result.state == Journal::Posted
             || m_current->result.state == Journal::Stopped));
-    cmdPutBack->setEnabled(posting && ReversePosting::canPutBack(m_state, *m_current));
-    cmdExportList->setEnabled(!m_runs.isEmpty());
-    cmdExportRun->setEnabled(run);
-    cmdPrint->setEnabled(run);
-    cmdPdf->setEnabled(run);
+    m_cmdPutBack->setEnabled(posting && ReversePosting::canPutBack(m_state, *m_current));
+    m_cmdExportList->setEnabled(!m_runs.isEmpty());
+    m_cmdExportRun->setEnabled(run);
+    m_cmdPrint->setEnabled(run);
+    m_cmdPdf->setEnabled(run);
 }
 
-void frmHistory::cboKind_Click()
+void HistoryWindow::chooseKind()
 {
     TopLevel::run(m_state, [this] { reload(); });
 }
 
-void frmHistory::cmdViewFile_Click()
+void HistoryWindow::viewFile()
 {
     TopLevel::run(m_state, [this] {
         if (!m_current)
@@ -353,16 +355,16 @@ void frmHistory::cmdViewFile_Click()
         const QList<Journal::File> files = Journal(m_state.store()).files(m_current->id);
         if (files.isEmpty())
             return;
-        int chosen = gridFiles->currentIndex().isValid() ? gridFiles->currentIndex().row() : 0;
+        int chosen = m_gridFiles->currentIndex().isValid() ? m_gridFiles->currentIndex().row() : 0;
         const Journal::File &file = files.value(chosen, files.first());
         // The archived copy is the file as it was; the named one may have
         // been replaced since.
-        frmViewFiles::openFile(
+        TransferFileViewer::openFile(
             m_state, file.archive.isEmpty() ? file.name : file.archive, parentWidget());
     });
 }
 
-void frmHistory::cmdReverse_Click()
+void HistoryWindow::reversePosting()
 {
     TopLevel::run(m_state, [this] {
         if (!m_current)
@@ -375,7 +377,7 @@ void frmHistory::cmdReverse_Click()
     });
 }
 
-void frmHistory::cmdPutBack_Click()
+void HistoryWindow::putBackPaymentFile()
 {
     TopLevel::run(m_state, [this] {
         if (!m_current)
@@ -388,7 +390,7 @@ void frmHistory::cmdPutBack_Click()
     });
 }
 
-void frmHistory::cmdExportList_Click()
+void HistoryWindow::exportList()
 {
     TopLevel::run(m_state, [this] {
         const QString path = m_chooseFile(
@@ -402,7 +404,7 @@ void frmHistory::cmdExportList_Click()
     });
 }
 
-void frmHistory::cmdExportRun_Click()
+void HistoryWindow::exportRun()
 {
     TopLevel::run(m_state, [this] {
         if (!m_current)
@@ -419,21 +421,21 @@ void frmHistory::cmdExportRun_Click()
     });
 }
 
-bool frmHistory::printTo(QPrinter &printer)
+bool HistoryWindow::printTo(QPrinter &printer)
 {
     QStringList body;
     body += HistoryPrintLayout::part(u"Lines"_qs, m_lineModel->table());
     body += HistoryPrintLayout::part(u"Rows posted"_qs, m_rowModel->table());
     body += HistoryPrintLayout::part(u"Messages"_qs, m_messageModel->table());
     body += HistoryPrintLayout::part(u"Files"_qs, m_fileModel->table());
-    if (!labShown->text().isEmpty())
-        body << labShown->text();
+    if (!m_labShown->text().isEmpty())
+        body << m_labShown->text();
     return DownloadPrinter::print(printer,
         HistoryPrintLayout::heading(RunText::heading(*m_current), QDateTime::currentDateTime()),
         body, {});
 }
 
-void frmHistory::cmdPrint_Click()
+void HistoryWindow::printRun()
 {
     TopLevel::run(m_state, [this] {
         if (!m_current)
@@ -451,7 +453,7 @@ void frmHistory::cmdPrint_Click()
     });
 }
 
-void frmHistory::cmdPdf_Click()
+void HistoryWindow::saveRunAsPdf()
 {
     TopLevel::run(m_state, [this] {
         if (!m_current)
@@ -475,7 +477,7 @@ void frmHistory::cmdPdf_Click()
     });
 }
 
-void frmHistory::cmdExit_Click()
+void HistoryWindow::exitScreen()
 {
     close();
 }

@@ -22,15 +22,15 @@ class QTableView;
 // Shows the payments matched to their owners, units and tenants, lets the
 // user delete rows, print the screen, choose fees, deposit and remark, and
 // posts them into the ledgers. Modal; the work is done by the rent jobs.
-class frmDownload : public QDialog
+class RentReviewDialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    frmDownload(ProgramState &state, QWidget *parent = nullptr);
-    ~frmDownload() override;
+    RentReviewDialog(ProgramState &state, QWidget *parent = nullptr);
+    ~RentReviewDialog() override;
 
-    // How PrintScreen obtains its printer: the print dialog by default.
+    // How printRows obtains its printer: the print dialog by default.
     // Returns false when the user cancelled.
     using PrinterChooser = std::function<bool(QPrinter &)>;
     void setPrinterChooser(PrinterChooser chooser) { m_choosePrinter = std::move(chooser); }
@@ -40,14 +40,14 @@ public:
     const PaymentTableModel &model() const { return *m_model; }
 
 public slots:
-    void cmdUpdate_Click();
-    void cmdDeleteAll_Click();
-    void cmdPrintScreen_Click();
-    void cmdExit_Click();
-    void optRemark_Click();
-    void txtCreateDeposit_LostFocus();
+    void postToLedgers();
+    void deleteAllRows();
+    void printScreen();
+    void exitScreen();
+    void chooseRemark();
+    void checkDepositNumber();
     // The grid's row deletion: the rows selected by their record selectors.
-    void gridACHDownload_DeleteRows();
+    void deleteSelectedRows();
     // Leaving asks first while unposted payments are on screen.
     void reject() override;
 
@@ -56,10 +56,10 @@ protected:
 
 private:
     void buildUi();
-    void Form_Load();
-    bool Form_Unload();
-    void TransactionTotal();
-    void PrintScreen();
+    void load();
+    bool unload();
+    void showTransactionTotal();
+    void printRows();
     void showCount(const QString &text);
     void disableCommands();
     PostingChoices choices() const;
@@ -72,19 +72,19 @@ private:
     bool m_checkingDeposit = false;
     PrinterChooser m_choosePrinter;
 
-    QLabel *labDeposits = nullptr;
-    QTableView *gridACHDownload = nullptr;
-    QLabel *labRemitraPayments = nullptr;
-    QLabel *labTotal = nullptr;
-    QLabel *labTransTotal = nullptr;
-    QLabel *labDelete = nullptr;
-    QCheckBox *chkPostMgmtFees = nullptr;
-    QCheckBox *chkCreateDeposit = nullptr;
-    QLineEdit *txtCreateDeposit = nullptr;
-    QButtonGroup *optRemark = nullptr;
-    QLineEdit *txtRemark = nullptr;
-    QPushButton *cmdUpdate = nullptr;
-    QPushButton *cmdDeleteAll = nullptr;
-    QPushButton *cmdPrintScreen = nullptr;
-    QPushButton *cmdExit = nullptr;
+    QLabel *m_labDeposits = nullptr;
+    QTableView *m_gridACHDownload = nullptr;
+    QLabel *m_labRemitraPayments = nullptr;
+    QLabel *m_labTotal = nullptr;
+    QLabel *m_labTransTotal = nullptr;
+    QLabel *m_labDelete = nullptr;
+    QCheckBox *m_chkPostMgmtFees = nullptr;
+    QCheckBox *m_chkCreateDeposit = nullptr;
+    QLineEdit *m_txtCreateDeposit = nullptr;
+    QButtonGroup *m_optRemark = nullptr;
+    QLineEdit *m_txtRemark = nullptr;
+    QPushButton *m_cmdUpdate = nullptr;
+    QPushButton *m_cmdDeleteAll = nullptr;
+    QPushButton *m_cmdPrintScreen = nullptr;
+    QPushButton *m_cmdExit = nullptr;
 };

@@ -8,20 +8,20 @@ class QTableWidget;
 
 // "Last Batch Processed": the lines of the last distribution sent, one row
 // each (check, payee, remark, amount). Read-only; loaded when created.
-class frmShowLast : public QWidget
+class LastBatchWindow : public QWidget
 {
     Q_OBJECT
 
 public:
-    frmShowLast(ProgramState &state, QWidget *parent = nullptr);
+    LastBatchWindow(ProgramState &state, QWidget *parent = nullptr);
 
 public slots:
-    void cmdExit_Click();
+    void exitScreen();
 
 private:
-    void Form_Load();
+    void load();
 
     ProgramState &m_state;
-    QTableWidget *gridShowLast;
-    QPushButton *cmdExit;
+    QTableWidget *m_gridShowLast;
+    QPushButton *m_cmdExit;
 };

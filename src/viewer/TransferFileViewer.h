@@ -13,20 +13,20 @@ class QGroupBox;
 // "Remitra Files": looks at any of the nine transfer files line by line and,
 // when a technician asks for it, deletes one. Modeless; open() keeps a single
 // instance.
-class frmViewFiles : public QWidget
+class TransferFileViewer : public QWidget
 {
     Q_OBJECT
 
 public:
-    frmViewFiles(ProgramState &state, QWidget *parent = nullptr);
+    TransferFileViewer(ProgramState &state, QWidget *parent = nullptr);
 
     // Shows the one viewer, creating it (deleted when closed) if needed, and
     // brings it to the front.
-    static frmViewFiles *open(ProgramState &state, QWidget *parent = nullptr);
+    static TransferFileViewer *open(ProgramState &state, QWidget *parent = nullptr);
     // The same, showing one given file (a path relative to the program's
     // folder, such as an archived copy) instead of a choice of the list.
     // Such a file is for viewing only: it cannot be deleted from here.
-    static frmViewFiles *openFile(
+    static TransferFileViewer *openFile(
         ProgramState &state, const QString &relativePath, QWidget *parent = nullptr);
     void showGivenFile(const QString &relativePath);
 
@@ -34,12 +34,12 @@ public:
     QStringList fileNames() const;
 
 public slots:
-    void optFiles_Click(int index);
-    void cmdDelete_Click();
-    void cmdExit_Click();
+    void chooseFile(int index);
+    void deleteFile();
+    void exitScreen();
 
 private:
-    void Form_Load();
+    void load();
     void checkFile();
     void showFile();
     // A warning before deleting a file that payments depend on; "" for
@@ -50,13 +50,13 @@ private:
     QString m_currentName;
     bool m_fileExists = false;
 
-    QLabel *labHeading;
-    QGroupBox *optFiles;
+    QLabel *m_labHeading;
+    QGroupBox *m_optFiles;
     QButtonGroup *m_choices;
-    QLabel *labShown;
-    QListWidget *lstFileContents;
-    QPushButton *cmdDelete;
-    QPushButton *cmdExit;
+    QLabel *m_labShown;
+    QListWidget *m_lstFileContents;
+    QPushButton *m_cmdDelete;
+    QPushButton *m_cmdExit;
 
-    static QPointer<frmViewFiles> s_instance;
+    static QPointer<TransferFileViewer> s_instance;
 };

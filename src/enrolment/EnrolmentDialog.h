@@ -13,16 +13,16 @@ class QPushButton;
 // left), centring on first show, and, when the screen closes after a flag
 // was typed (or with a change that an earlier close could not send), the
 // roster's upload (EnrolmentUpload). Modal.
-class QtEnrolmentDialog : public QDialog
+class EnrolmentDialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    QtEnrolmentDialog(ProgramState &state, EnrolmentListWidget::Roster roster,
+    EnrolmentDialog(ProgramState &state, EnrolmentListWidget::Roster roster,
         const EnrolmentTexts &texts, QWidget *parent);
 
 public slots:
-    void cmdExit_Click();
+    void exitScreen();
     void done(int result) override;
 
 protected:
@@ -34,7 +34,7 @@ protected:
     EnrolmentListWidget *m_list;
 
 private:
-    void Form_Unload();
+    void unload();
     static bool keptForLater(const class RuntimeError &error);
 
     EnrolmentListWidget::Roster m_roster;

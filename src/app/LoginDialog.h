@@ -11,32 +11,32 @@ class QPushButton;
 // The boxes always open empty. "Save and Exit" puts the trimmed entries into
 // the state and sets LoginMissing; "Cancel" changes nothing. Nothing is
 // written to the settings store here.
-class frmLogin : public QDialog
+class LoginDialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    explicit frmLogin(ProgramState &state, QWidget *parent = nullptr);
+    explicit LoginDialog(ProgramState &state, QWidget *parent = nullptr);
 
     // Shows the screen modally over parent, centred on the screen.
     static void showModal(ProgramState &state, QWidget *parent);
 
 private slots:
-    void cmdSave_Click();
-    void cmdCancel_Click();
+    void saveAndExit();
+    void cancel();
 
 private:
     void showEvent(QShowEvent *event) override;
 
     ProgramState &m_state;
-    QLabel *labInstructions;
-    QLabel *labUserName;
-    QLineEdit *txtUserName;
-    QLabel *labPassword;
-    QLineEdit *txtPassword;
-    QLabel *labURL;
-    QLineEdit *txtURL;
-    QPushButton *cmdSave;
-    QPushButton *cmdCancel;
+    QLabel *m_labInstructions;
+    QLabel *m_labUserName;
+    QLineEdit *m_txtUserName;
+    QLabel *m_labPassword;
+    QLineEdit *m_txtPassword;
+    QLabel *m_labURL;
+    QLineEdit *m_txtURL;
+    QPushButton *m_cmdSave;
+    QPushButton *m_cmdCancel;
     bool m_centred = false;
 };

@@ -1,4 +1,4 @@
-#include "enrolment/QtEnrolmentDialog.h"
+#include "enrolment/EnrolmentDialog.h"
 
 #include "app/ProgramState.h"
 #include "app/QtCentre.h"
@@ -12,7 +12,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-QtEnrolmentDialog::QtEnrolmentDialog(ProgramState &state, EnrolmentListWidget::Roster roster,
+EnrolmentDialog::EnrolmentDialog(ProgramState &state, EnrolmentListWidget::Roster roster,
     const EnrolmentTexts &texts, QWidget *parent)
     : QDialog(parent)
     , m_state(state)
@@ -34,12 +34,12 @@ QtEnrolmentDialog::QtEnrolmentDialog(ProgramState &state, EnrolmentListWidget::R
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_list, 1);
     layout->addLayout(m_buttons);
-    connect(m_cmdExit, &QPushButton::clicked, this, &QtEnrolmentDialog::cmdExit_Click);
+    connect(m_cmdExit, &QPushButton::clicked, this, &EnrolmentDialog::exitScreen);
 
     m_list->load();
 }
 
-QPushButton *QtEnrolmentDialog::addButton(const QString &caption, const QString &name)
+QPushButton *EnrolmentDialog::addButton(const QString &caption, const QString &name)
 {
     auto *button = new QPushButton(caption, this);
     button->setObjectName(name);
@@ -50,7 +50,7 @@ QPushButton *QtEnrolmentDialog::addButton(const QString &caption, const QString 
     return button;
 }
 
-void QtEnrolmentDialog::showEvent(QShowEvent *event)
+void EnrolmentDialog::showEvent(QShowEvent *event)
 {
     QDialog::showEvent(event);
     if (!m_centred) {
@@ -62,18 +62,18 @@ void QtEnrolmentDialog::showEvent(QShowEvent *event)
     }
 }
 
-void QtEnrolmentDialog::cmdExit_Click()
+void EnrolmentDialog::exitScreen()
 {
     close();
 }
 
-void QtEnrolmentDialog::done(int result)
+void EnrolmentDialog::done(int result)
 {
-    Form_Unload();
+    unload();
     QDialog::done(result);
 }
 
-void QtEnrolmentDialog::Form_Unload()
+void EnrolmentDialog::unload()
 {
     if (m_unloaded)
         return;
@@ -100,10 +100,11 @@ void QtEnrolmentDialog::Form_Unload()
     });
 }
 
-bool QtEnrolmentDialog::keptForLater(const RuntimeError &error)
+bool EnrolmentDialog::keptForLater(const RuntimeError &error)
 {
     // A busy database or a file that cannot be written now.
     const int n = error.number();
-    return n == RuntimeError::databaseBusy().number() || n == RuntimeError::permissionDenied().number()
+    return n == RuntimeError::databaseBusy().number()
+        || n == RuntimeError::permissionDenied().number()
         || n == RuntimeError::pathNotFound().number() || n == RuntimeError::deviceIo().number();
 }

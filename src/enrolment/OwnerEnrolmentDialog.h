@@ -1,14 +1,14 @@
 #pragma once
 
-#include "enrolment/QtEnrolmentDialog.h"
+#include "enrolment/EnrolmentDialog.h"
 
 // Owner enrolment: lists every owner and lets the user set its Remitra flag
 // (Y, N or D). Closing after a flag was typed writes and sends the owner
 // file. Modal.
-class frmOwnerUpdate : public QtEnrolmentDialog
+class OwnerEnrolmentDialog : public EnrolmentDialog
 {
     Q_OBJECT
 
 public:
-    frmOwnerUpdate(ProgramState &state, QWidget *parent = nullptr);
+    OwnerEnrolmentDialog(ProgramState &state, QWidget *parent = nullptr);
 };

@@ -1,18 +1,18 @@
 #pragma once
 
-#include "enrolment/QtEnrolmentDialog.h"
+#include "enrolment/EnrolmentDialog.h"
 
 // Tenant enrolment: lists every tenant of the portfolio with its owner,
 // property and unit and lets the user set its Remitra flag (Y, N or D).
 // Closing after a flag was typed sends the whole tenant upload; Export writes
 // the enrolled tenants to a CSV file for mail merge. Modal.
-class frmTenantUpdate : public QtEnrolmentDialog
+class TenantEnrolmentDialog : public EnrolmentDialog
 {
     Q_OBJECT
 
 public:
-    frmTenantUpdate(ProgramState &state, QWidget *parent = nullptr);
+    TenantEnrolmentDialog(ProgramState &state, QWidget *parent = nullptr);
 
 public slots:
-    void cmdExport_Click();
+    void exportCsv();
 };

@@ -1,4 +1,4 @@
-#include "enrolment/frmTenantUpdate.h"
+#include "enrolment/TenantEnrolmentDialog.h"
 
 #include "app/ProgramState.h"
 #include "app/TopLevel.h"
@@ -28,17 +28,17 @@ EnrolmentTexts tenantTexts()
 
 } // namespace
 
-frmTenantUpdate::frmTenantUpdate(ProgramState &state, QWidget *parent)
-    : QtEnrolmentDialog(state, EnrolmentListWidget::Roster::Tenants, tenantTexts(), parent)
+TenantEnrolmentDialog::TenantEnrolmentDialog(ProgramState &state, QWidget *parent)
+    : EnrolmentDialog(state, EnrolmentListWidget::Roster::Tenants, tenantTexts(), parent)
 {
     setObjectName(u"frmTenantUpdate"_qs);
     setWindowTitle(u"Remitra Tenant Update"_qs);
     resize(1000, 640);
     QPushButton *cmdExport = addButton(u"&Export"_qs, u"cmdExport"_qs);
-    connect(cmdExport, &QPushButton::clicked, this, &frmTenantUpdate::cmdExport_Click);
+    connect(cmdExport, &QPushButton::clicked, this, &TenantEnrolmentDialog::exportCsv);
 }
 
-void frmTenantUpdate::cmdExport_Click()
+void TenantEnrolmentDialog::exportCsv()
 {
     TopLevel::run(m_state, [&] {
         const Prompter::Answer answer = m_state.prompter().ask(
