@@ -78,5 +78,5 @@ void UploadOwnerFile(ProgramState &state)
             u"Owner Remitra"_qs);
         return;
     }
-    ProcessorCall::transmitPayees(state, ReadWholeFile(path), QStringLiteral(""));
+    ProcessorCall::transmitPayees(state, CallText::file(path), CallText(QStringLiteral("")));
 }

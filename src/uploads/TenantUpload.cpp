@@ -118,5 +118,5 @@ void SendTenantUpload(ProgramState &state)
             u"Tenant Remitra"_qs);
         return;
     }
-    ProcessorCall::transmit(state, QStringLiteral(""), ReadWholeFile(path));
+    ProcessorCall::transmit(state, CallText(QStringLiteral("")), CallText::file(path));
 }

@@ -46,5 +46,5 @@ void UploadVendorFile(ProgramState &state)
             u"Vendor Remitra"_qs);
         return;
     }
-    ProcessorCall::transmitPayees(state, ReadWholeFile(path), QStringLiteral(""));
+    ProcessorCall::transmitPayees(state, CallText::file(path), CallText(QStringLiteral("")));
 }
