@@ -85,10 +85,38 @@ qsizetype candidateCount(const QStringList &pieces)
     return count;
 }
 
+namespace {
+
+// The properties and tenants that the payment lines name, read from the
+// database at once before the lines are matched one by one.
+void prefetchIds(const QStringList &pieces, qsizetype count, RentLookup &lookup)
+{
+    QList<qint64> properties, tenants;
+    auto add = [](QList<qint64> &ids, QStringView cell) {
+        const QVariant key = RentPayment::key(RentPayment::cellId(cell.toString()));
+        if (key.typeId() == QMetaType::LongLong)
+            ids.append(key.toLongLong());
+    };
+    for (qsizetype i = 0; i < count; ++i) {
+        const QString line = VbText::Trim(pieces.at(i));
+        if (line.isEmpty() || !line.startsWith(u'P'))
+            break;
+        const QList<QStringView> fields = QStringView(line).split(u',');
+        if (fields.size() < 9)
+            break;
+        add(properties, fields.at(0));
+        add(tenants, fields.at(2));
+    }
+    lookup.prefetch(properties, tenants);
+}
+
+} // namespace
+
 RentPayments parse(const QString &text, RentLookup &lookup)
 {
     const QStringList pieces = text.split(u'\n');
     const qsizetype count = candidateCount(pieces);
+    prefetchIds(pieces, count, lookup);
     RentPayments rows;
     rows.reserve(count > 0 ? std::size_t(count) : 0);
     for (qsizetype i = 0; i < count; ++i) {
@@ -114,9 +142,14 @@ Currency TransactionTotal(const RentPayments &rows)
 
 void markPosted(RentLookup &lookup, RentPayments &rows)
 {
+    // A file holds few distinct dates: each is read as a date once.
+    QHash<QString, QString> isoDates;
     for (RentPayment &row : rows) {
         row.postedNote.clear();
-        const QString iso = row.isoDate();
+        auto known = isoDates.constFind(row.date);
+        if (known == isoDates.cend())
+            known = isoDates.insert(row.date, row.isoDate());
+        const QString &iso = *known;
         if (!row.amount || iso.isEmpty())
             continue;
         const auto posted = lookup.postedPayment(
@@ -145,16 +178,27 @@ QString fileSha256(const ProgramState &state)
     return RentPostingRecord::sha256(file.readAll());
 }
 
+namespace {
+
+// Moves the payment file aside when the file with this SHA-256 is recorded
+// as posted in full.
+bool settleFile(ProgramState &state, const QString &sha)
+{
+    RentPostingRecord record(state.store());
+    if (record.completedAt(sha).isEmpty())
+        return false;
+    moveAside(state);
+    return true;
+}
+
+} // namespace
+
 bool settlePosted(ProgramState &state)
 {
     if (state.PaymentDownloadName.isEmpty()
         || !TransferFile::exists(state.pathOf(state.PaymentDownloadName)))
         return false;
-    RentPostingRecord record(state.store());
-    if (record.completedAt(fileSha256(state)).isEmpty())
-        return false;
-    moveAside(state);
-    return true;
+    return settleFile(state, fileSha256(state));
 }
 
 void markRecorded(ProgramState &state, const QString &sha, RentPayments &rows)
@@ -169,7 +213,8 @@ void markRecorded(ProgramState &state, const QString &sha, RentPayments &rows)
         const auto it = lines.constFind(row.line);
         if (it == lines.constEnd() || it->postedAt.isEmpty())
             continue;
-        const QString when = VbText::shortDate(QDateTime::fromString(it->postedAt, Qt::ISODateWithMs).date());
+        const QString when
+            = VbText::shortDate(QDateTime::fromString(it->postedAt, Qt::ISODateWithMs).date());
         if (it->missing == RentPostingRecord::Missing::Nothing)
             row.postedNote = u"Remitra posted this payment to the Dwellix ledgers on "_qs + when
                 + u". It will not be posted again."_qs;
@@ -185,12 +230,22 @@ LoadResult load(ProgramState &state)
     BusyCursor busy(prompter);
     LoadResult result;
     try {
+        // The file is read once: its text and its SHA-256 come from the
+        // same bytes.
+        const QString path = state.pathOf(state.PaymentDownloadName);
+        if (!TransferFile::exists(path))
+            throw RuntimeError::fileNotFound();
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            throw RuntimeError::permissionDenied();
+        const QByteArray bytes = file.readAll();
+        file.close();
+        result.fileSha256 = RentPostingRecord::sha256(bytes);
         // Payments that a posting run recorded as posted are never offered
         // again, even when the program ended before their file was moved.
-        settlePosted(state);
-        const QString path = state.pathOf(state.PaymentDownloadName);
-        const QString text = ReadWholeFile(path);
-        result.fileSha256 = fileSha256(state);
+        if (settleFile(state, result.fileSha256))
+            throw RuntimeError::fileNotFound();
+        const QString text = TransferFile::fromAnsi(bytes);
         if (candidateCount(text.split(u'\n')) <= 0) {
             prompter.notice(kNoPayments, kNoPaymentsTitle);
             if (!TransferFile::remove(path))
