@@ -66,6 +66,10 @@ public:
     static QString notPostedText(const QVariant &checkNumber);
 
 private:
+    // Reads at once the balances and posting targets the accepted checks'
+    // split lines will need.
+    void prefetch(const QList<PaymentRow> &rows, const ResponseMatcher &response);
+
     CheckPosting m_db;
     PostingTargets m_targets;
     QList<Message> m_messages;

@@ -1,6 +1,7 @@
 #include "hostdb/CheckPosting.h"
 
 #include "core/VbText.h"
+#include "hostdb/BatchRead.h"
 #include "hostdb/EngineSql.h"
 
 namespace {
@@ -39,8 +40,8 @@ QString deleteSplitsSql(const EngineSql &sql)
 
 QString deleteEnteredSql(const EngineSql &sql)
 {
-    return u"DELETE FROM CheckEntered WHERE CkID = :id AND "_qs
-        + sql.equalsExactly(u"CkType"_qs, 'X');
+    return u"DELETE FROM CheckEntered WHERE "_qs + sql.equalsExactly(u"CkType"_qs, 'X')
+        + u" AND CkID IN ("_qs;
 }
 
 // Text fields are copied as they are, Null included.
@@ -74,7 +75,6 @@ CheckPosting::CheckPosting(const HostDb &db)
     , m_tenants(db, u"Tenants"_qs, u"TenantID"_qs, { u"TCurrBal"_qs })
     , m_units(db, u"Units"_qs, u"UTenantID"_qs, kUnitFields)
     , m_deleteSplits(db.prepare(deleteSplitsSql(db.sql())))
-    , m_deleteEntered(db.prepare(deleteEnteredSql(db.sql())))
 {
 }
 
@@ -160,6 +160,27 @@ bool CheckPosting::addToBalance(const QString &code, qint64 id, Currency amount)
     return false;
 }
 
+void CheckPosting::prefetchBalances(const QList<std::pair<QString, qint64>> &postings)
+{
+    QList<qint64> owners, properties, tenants, units;
+    for (const auto &[code, id] : postings) {
+        if (code == u"O"_qs)
+            owners.append(id);
+        else if (code == u"P"_qs)
+            properties.append(id);
+        else if (code == u"T"_qs)
+            tenants.append(id);
+        else if (code == u"U"_qs)
+            units.append(id);
+        else if (code == u"B"_qs)
+            tenants.append(id), units.append(id);
+    }
+    m_owners.readKeys(owners);
+    m_properties.readKeys(properties);
+    m_tenants.readKeys(tenants);
+    m_units.readKeys(units);
+}
+
 void CheckPosting::addTransaction(const LedgerEntry &t)
 {
     m_addTransaction.bindValue(u":amount"_qs, (-t.amount.abs()).toDatabaseValue());
@@ -180,8 +201,8 @@ void CheckPosting::deleteEnteredSplits()
     HostDb::exec(m_deleteSplits, "removing the paid split lines");
 }
 
-void CheckPosting::deleteEnteredIfPaid(qint64 ckId)
+void CheckPosting::deleteEnteredIfPaid(const QList<qint64> &ckIds)
 {
-    m_deleteEntered.bindValue(u":id"_qs, ckId);
-    HostDb::exec(m_deleteEntered, "removing a paid entered check");
+    BatchRead::run(m_host, deleteEnteredSql(m_host.sql()), ckIds,
+        "removing the paid entered checks", [](const QSqlQuery &) {});
 }

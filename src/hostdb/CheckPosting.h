@@ -54,6 +54,9 @@ public:
     // the tenant's unit, when there is one. False when the record (for "B":
     // the tenant) is not there; nothing is changed then.
     bool addToBalance(const QString &code, qint64 id, Currency amount);
+    // Reads at once the balances that addToBalance() will change for these
+    // codes and ids, a batch of ids per statement.
+    void prefetchBalances(const QList<std::pair<QString, qint64>> &postings);
 
     struct LedgerEntry
     {
@@ -72,8 +75,9 @@ public:
 
     // Deletes every split line marked "X".
     void deleteEnteredSplits();
-    // Deletes the entered check if it is marked "X".
-    void deleteEnteredIfPaid(qint64 ckId);
+    // Deletes those of the entered checks that are marked "X", a batch of
+    // checks per statement.
+    void deleteEnteredIfPaid(const QList<qint64> &ckIds);
 
 private:
     const HostDb &m_host;
@@ -81,5 +85,5 @@ private:
     KeyedRows m_splits;
     bool m_splitsRead = false;
     KeyedRows m_owners, m_properties, m_tenants, m_units;
-    QSqlQuery m_deleteSplits, m_deleteEntered;
+    QSqlQuery m_deleteSplits;
 };

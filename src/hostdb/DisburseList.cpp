@@ -18,7 +18,9 @@ const QString kOwnersSql = u"SELECT OwnerID, OFirstName1, OLastName1, OFirstName
                            " FROM Owners WHERE OACH = 'Y'"_qs;
 const QString kVendorsSql = u"SELECT VenID, VenName, VenContact FROM Vendors WHERE VACH = 'Y'"_qs;
 
-PaymentRow readRow(const QSqlQuery &q)
+} // namespace
+
+PaymentRow DisburseList::readRow(const QSqlQuery &q)
 {
     PaymentRow row;
     row.CkID = q.value(0).toLongLong();
@@ -32,6 +34,8 @@ PaymentRow readRow(const QSqlQuery &q)
     row.CkNumber = q.value(8);
     return row;
 }
+
+namespace {
 
 // The key a name is matched by: trimmed of blanks, case folded. Null (a
 // missing part) matches nothing.

@@ -34,4 +34,6 @@ public:
     static QString checkColumns();
     // Reads the remaining rows of an executed query over checkColumns().
     static QList<PaymentRow> readRows(QSqlQuery &query);
+    // The current row of such a query.
+    static PaymentRow readRow(const QSqlQuery &query);
 };

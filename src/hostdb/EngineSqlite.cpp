@@ -90,6 +90,12 @@ public:
             + u" ORDER BY rowid"_qs;
     }
 
+    QString keyedRowsSql(const QString &table, const QStringList &columns) const override
+    {
+        return u"SELECT rowid, "_qs + columns.join(u", "_qs) + u" FROM "_qs + table + u" WHERE "_qs
+            + columns.first() + u" IN ("_qs;
+    }
+
     QString setRowSql(const QString &table, const QString &, const QStringList &,
         const QString &field, const QList<bool> &) const override
     {

@@ -1,6 +1,7 @@
 #include "hostdb/KeyedRows.h"
 
 #include "core/RuntimeError.h"
+#include "hostdb/BatchRead.h"
 #include "hostdb/EngineSql.h"
 #include "hostdb/HostDb.h"
 
@@ -33,16 +34,42 @@ void KeyedRows::readAll()
     m_readAll = true;
 }
 
-QList<KeyedRows::Row> KeyedRows::rows(const QVariant &key)
+void KeyedRows::readKeys(const QList<qint64> &keys)
+{
+    QList<qint64> wanted;
+    for (qint64 key : keys) {
+        if (!m_readAll && !m_keysRead.contains(key)) {
+            m_keysRead.insert(key);
+            wanted.append(key);
+        }
+    }
+    const int handles = m_engine.handleColumns();
+    BatchRead::run(m_db, m_engine.keyedRowsSql(m_table, QStringList { m_key } + m_fields), wanted,
+        "reading records", [&](const QSqlQuery &q) {
+            const QVariant key = q.value(handles);
+            m_all[key.toLongLong()].append(rowAt(q, key, handles + 1));
+        });
+}
+
+bool KeyedRows::isRead(const QVariant &key) const
 {
     if (m_readAll)
+        return true;
+    if (m_keysRead.isEmpty() || key.typeId() != QMetaType::LongLong)
+        return false;
+    return m_keysRead.contains(key.toLongLong());
+}
+
+QList<KeyedRows::Row> KeyedRows::rows(const QVariant &key)
+{
+    if (isRead(key))
         return m_all.value(key.toLongLong());
     return read(key, -1);
 }
 
 std::optional<KeyedRows::Row> KeyedRows::first(const QVariant &key)
 {
-    QList<Row> found = m_readAll ? m_all.value(key.toLongLong()) : read(key, 1);
+    QList<Row> found = isRead(key) ? m_all.value(key.toLongLong()) : read(key, 1);
     if (found.isEmpty())
         return std::nullopt;
     return found.takeFirst();
@@ -113,7 +140,7 @@ int KeyedRows::set(const Row &row, int index, const QVariant &value)
     }
     HostDb::exec(q, "changing a record");
     const int changed = q.numRowsAffected();
-    if (m_readAll && changed > 0)
+    if (changed > 0)
         remember(row, index, value);
     return changed;
 }

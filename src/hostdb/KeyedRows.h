@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QSet>
 #include <QSqlQuery>
 #include <QStringList>
 #include <QVariant>
@@ -42,6 +43,11 @@ public:
     // numbers.
     void readAll();
 
+    // Reads the rows of these keys at once, a batch of keys per statement
+    // (BatchRead); look-ups of them are then answered from what was read
+    // and from the changes made through this object.
+    void readKeys(const QList<qint64> &keys);
+
     // The rows with the key, in the order a seek on the key's index meets
     // them (the order entered, where the engine can name it).
     QList<Row> rows(const QVariant &key);
@@ -71,6 +77,9 @@ private:
     QStringList m_fields;
     QSqlQuery m_rows;
     QHash<QString, QSqlQuery> m_setters; // by field index and Null pattern
+    bool isRead(const QVariant &key) const;
+
     bool m_readAll = false;
-    QHash<qint64, QList<Row>> m_all; // by key, after readAll()
+    QSet<qint64> m_keysRead; // by readKeys()
+    QHash<qint64, QList<Row>> m_all; // by key, after readAll() or readKeys()
 };
