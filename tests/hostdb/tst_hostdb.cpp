@@ -6,8 +6,10 @@
 #include "disburse/DistributionRun.h"
 #include "hostdb/DisburseList.h"
 #include "hostdb/EngineSql.h"
+#include "hostdb/EnrolmentQueries.h"
 #include "hostdb/KeyedRows.h"
 #include "hostdb/PortfolioQueries.h"
+#include "hostdb/TenantListing.h"
 
 #include <QSqlQuery>
 #include <QTest>
@@ -202,6 +204,67 @@ private slots:
                  + u" ORDER BY Units.UAddress"_qs))
             joined << r.value(u"UAddress"_qs).toString();
         QCOMPARE(joined, (QStringList { u"1 Oak St"_qs, u"2 Oak St"_qs, u"3 Oak St"_qs }));
+    }
+
+    void tenantListingMatchesTheDatabase_data()
+    {
+        QTest::addColumn<QString>("sort");
+        QTest::addColumn<bool>("enrolledOnly");
+        for (const QString &sort : EnrolmentQueries::sortTexts(EnrolmentQueries::Roster::Tenants))
+            for (bool enrolled : { false, true })
+                QTest::addRow("%s%s", qPrintable(sort), enrolled ? ", enrolled" : "")
+                    << sort << enrolled;
+    }
+
+    // The tenant list worked out in the program has the rows and the order
+    // of the database's own join and sort: its collation (ASCII letters
+    // folded, other characters by their bytes), Nulls first, equal texts
+    // by the unit's row, rows whose chain of ids is broken left out.
+    void tenantListingMatchesTheDatabase()
+    {
+        QFETCH(QString, sort);
+        QFETCH(bool, enrolledOnly);
+        TestSite site;
+        const QVariant null;
+        const QList<QVariant> names { u"apple"_qs, u"Apple"_qs, u"APPLE "_qs, u"Éclair"_qs,
+            u"eclair"_qs, u"_x"_qs, u"Zed"_qs, u""_qs, null, u"apple "_qs };
+        auto name = [&](int i) { return names[i % names.size()]; };
+        for (int o = 1; o <= 4; ++o)
+            site.insert(u"Owners"_qs,
+                { { u"OwnerID"_qs, o }, { u"OLastName1"_qs, name(o) },
+                    { u"OFirstName1"_qs, name(o * 3) } });
+        for (int p = 1; p <= 9; ++p)
+            site.insert(u"Properties"_qs,
+                { { u"PropID"_qs, p }, { u"POwnerID"_qs, p == 9 ? null : QVariant(p % 5) },
+                    { u"PropName"_qs, name(p / 2) } });
+        const QList<QVariant> flags { u"Y"_qs, u"y"_qs, u" Y"_qs, u"N"_qs, null, u"Yes"_qs };
+        for (int t = 1; t <= 30; ++t)
+            site.insert(u"Tenants"_qs,
+                { { u"TenantID"_qs, t }, { u"TPropID"_qs, t == 30 ? null : QVariant(t % 11) },
+                    { u"TLastName1"_qs, name(t * 7) }, { u"TFirstName1"_qs, name(t) },
+                    { u"TACH"_qs, flags[t % flags.size()] } });
+        for (int u = 1; u <= 45; ++u)
+            site.insert(u"Units"_qs,
+                { { u"UTenantID"_qs, u == 45 ? null : QVariant(u % 32) },
+                    { u"UAddress"_qs, name(u * 5) }, { u"UNumber"_qs, name(u) } });
+
+        EnrolmentQueries::Listing listing;
+        listing.sortText = sort;
+        listing.enrolledOnly = enrolledOnly;
+        const std::optional<QList<qint64>> listed = TenantListing::keys(site.db(), listing);
+        QVERIFY(listed.has_value());
+        const QList<qint64> bySql = EnrolmentQueries::listedKeysBySql(
+            site.db(), EnrolmentQueries::Roster::Tenants, listing);
+        QVERIFY(bySql.size() > 10);
+        QCOMPARE(*listed, bySql);
+
+        // A search, or an id that is not a whole number, is left to the
+        // database.
+        listing.search = u"apple"_qs;
+        QVERIFY(!TenantListing::keys(site.db(), listing));
+        listing.search.clear();
+        site.db().execText(u"UPDATE Tenants SET TPropID = 2.5 WHERE TenantID = 3"_qs, "test");
+        QVERIFY(!TenantListing::keys(site.db(), listing));
     }
 
     void transactionRollsBackUnlessCommitted()
