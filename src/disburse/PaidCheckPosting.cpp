@@ -61,6 +61,8 @@ int PaidCheckPosting::PostCheck(const QList<PaymentRow> &rows, const ResponseMat
         }
         ++posted;
     }
+    // The paid marks are written before anything reads them.
+    m_db.flush();
     return posted;
 }
 

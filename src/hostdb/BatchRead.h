@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QString>
+#include <QVariantList>
 
 #include <functional>
 
@@ -19,8 +20,9 @@ namespace BatchRead {
 // Keys per statement.
 constexpr int BatchKeys = 200;
 
-// Calls row(query) for every row that the statements return.
+// Calls row(query) for every row that the statements return. `leading`
+// values are bound before the keys (the new value of an UPDATE).
 void run(const HostDb &db, const QString &sqlPrefix, QList<qint64> keys, const char *operation,
-    const std::function<void(const QSqlQuery &)> &row);
+    const std::function<void(const QSqlQuery &)> &row, const QVariantList &leading = {});
 
 } // namespace BatchRead

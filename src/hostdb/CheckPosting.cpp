@@ -4,6 +4,8 @@
 #include "hostdb/BatchRead.h"
 #include "hostdb/EngineSql.h"
 
+#include <utility>
+
 namespace {
 
 // CkPostToID is not among the fields of the printed checks that the
@@ -12,7 +14,7 @@ const QString kAddPrinted
     = u"INSERT INTO CheckDepPrinted (CkPayee, CkVendorID, CkAmount, CkDate, CkInvoice, CkRemark, "
       "CkStatus, CkSplit, CkType, CkAccountID, CkNumber, CkPostTo) "
       "VALUES (:payee, :vendor, :amount, :date, :invoice, :remark, 'P', 'Y', 'C', NULL, NULL, '')"_qs;
-const QString kMarkEntered = u"UPDATE CheckEntered SET CkType = 'X' WHERE CkID = :id"_qs;
+const QString kMarkEntered = u"UPDATE CheckEntered SET CkType = 'X' WHERE CkID IN ("_qs;
 const QString kAddSplit
     = u"INSERT INTO SplitPrintedChecks (CkNumber, CkAmount, CkAccountID, CkPostToID, CkRemark, "
       "CkStatus, CkType, CkPostTo) VALUES (:ck, :amount, :account, :postToId, :remark, :status, "
@@ -66,7 +68,6 @@ const HostDb &checked(const HostDb &db)
 CheckPosting::CheckPosting(const HostDb &db)
     : m_host(checked(db))
     , m_addPrinted(db.prepare(kAddPrinted))
-    , m_markEntered(db.prepare(kMarkEntered))
     , m_addSplit(db.prepare(kAddSplit))
     , m_addTransaction(db.prepare(kAddTransaction))
     , m_splits(db, u"SplitChecks"_qs, u"CkNumber"_qs, kSplitFields)
@@ -92,8 +93,7 @@ qint64 CheckPosting::addPrintedCheck(const PaymentRow &check)
 
 void CheckPosting::markEnteredPaid(qint64 ckId)
 {
-    m_markEntered.bindValue(u":id"_qs, ckId);
-    HostDb::exec(m_markEntered, "marking an entered check paid");
+    m_enteredPaid.append(ckId);
 }
 
 QList<CheckPosting::Split> CheckPosting::splitsOf(qint64 ckId)
@@ -138,7 +138,7 @@ void CheckPosting::markSplitPaid(const Split &split)
     // Without row handles, lines identical in every field are marked
     // together; each is still copied and posted once, as the walk meets it,
     // and all of them end marked, as they would one by one.
-    m_splits.set(split.row, kSplitType, u"X"_qs);
+    m_splits.setLater(split.row, kSplitType, u"X"_qs);
 }
 
 bool CheckPosting::addToBalance(const QString &code, qint64 id, Currency amount)
@@ -158,6 +158,13 @@ bool CheckPosting::addToBalance(const QString &code, qint64 id, Currency amount)
         return true;
     }
     return false;
+}
+
+void CheckPosting::flush()
+{
+    BatchRead::run(m_host, kMarkEntered, std::exchange(m_enteredPaid, {}),
+        "marking the entered checks paid", [](const QSqlQuery &) {});
+    m_splits.flush();
 }
 
 void CheckPosting::prefetchBalances(const QList<std::pair<QString, qint64>> &postings)

@@ -84,6 +84,8 @@ public:
             + columns.first() + u" IN ("_qs;
     }
 
+    QString setRowsByHandleSql(const QString &, const QString &) const override { return {}; }
+
     QString setRowSql(const QString &table, const QString &key, const QStringList &fields,
         const QString &field, const QList<bool> &nullFields) const override
     {

@@ -87,4 +87,8 @@ public:
     // was Null, as nullFields says, is matched with IS NULL).
     virtual QString setRowSql(const QString &table, const QString &key, const QStringList &fields,
         const QString &field, const QList<bool> &nullFields) const = 0;
+    // Sets `field` to the first bound value in the rows whose handles
+    // follow, as a text ending in "IN (" (BatchRead); empty where the engine
+    // has no handles.
+    virtual QString setRowsByHandleSql(const QString &table, const QString &field) const = 0;
 };

@@ -96,6 +96,11 @@ public:
             + columns.first() + u" IN ("_qs;
     }
 
+    QString setRowsByHandleSql(const QString &table, const QString &field) const override
+    {
+        return u"UPDATE "_qs + table + u" SET "_qs + field + u" = ? WHERE rowid IN ("_qs;
+    }
+
     QString setRowSql(const QString &table, const QString &, const QStringList &,
         const QString &field, const QList<bool> &) const override
     {

@@ -5,6 +5,9 @@
 #include "hostdb/EngineSql.h"
 #include "hostdb/HostDb.h"
 
+#include <algorithm>
+#include <utility>
+
 KeyedRows::KeyedRows(
     const HostDb &db, const EngineSql &engine, QString table, QString key, QStringList fields)
     : m_db(db)
@@ -162,4 +165,28 @@ bool KeyedRows::addToFirst(const QVariant &key, int index, Currency delta)
                 + u" Nothing was posted; try again."_qs);
     }
     return true;
+}
+
+void KeyedRows::setLater(const Row &row, int index, const QVariant &value)
+{
+    if (!row.handle.isValid()
+        || m_engine.setRowsByHandleSql(m_table, m_fields.at(index)).isEmpty()) {
+        set(row, index, value);
+        return;
+    }
+    auto same = std::find_if(m_pendingSets.begin(), m_pendingSets.end(),
+        [&](const PendingSet &p) { return p.index == index && p.value == value; });
+    if (same == m_pendingSets.end())
+        same = m_pendingSets.insert(m_pendingSets.end(), PendingSet { index, value, {} });
+    same->handles.append(row.handle.toLongLong());
+    // What the batch will write, in the rows read before.
+    remember(row, index, value);
+}
+
+void KeyedRows::flush()
+{
+    for (const PendingSet &p : std::exchange(m_pendingSets, {})) {
+        BatchRead::run(m_db, m_engine.setRowsByHandleSql(m_table, m_fields.at(p.index)), p.handles,
+            "changing records", [](const QSqlQuery &) {}, { p.value });
+    }
 }

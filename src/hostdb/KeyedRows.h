@@ -65,6 +65,13 @@ public:
     // caller's transaction is rolled back rather than a balance left wrong.
     bool addToFirst(const QVariant &key, int index, Currency delta);
 
+    // Sets the field of the row as set() does; rows with a handle are
+    // written by flush(), a batch of rows per statement.
+    void setLater(const Row &row, int index, const QVariant &value);
+    // Writes what setLater() left. The caller's transaction must not end
+    // before it.
+    void flush();
+
 private:
     QList<Row> read(const QVariant &key, int limit);
     Row rowAt(const QSqlQuery &query, const QVariant &key, int firstField) const;
@@ -82,4 +89,12 @@ private:
     bool m_readAll = false;
     QSet<qint64> m_keysRead; // by readKeys()
     QHash<qint64, QList<Row>> m_all; // by key, after readAll() or readKeys()
+    // setLater(): the handles of the rows to set, by field and value.
+    struct PendingSet
+    {
+        int index;
+        QVariant value;
+        QList<qint64> handles;
+    };
+    QList<PendingSet> m_pendingSets;
 };
