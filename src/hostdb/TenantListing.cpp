@@ -168,7 +168,7 @@ public:
         for (int c = 0; c < textColumns; ++c)
             rows.texts.append(std::vector<Text>());
         bool ok = true;
-        int rc;
+        int rc = SQLITE_OK;
         while (ok && (rc = sqlite3_step(statement)) == SQLITE_ROW) {
             int column = 0;
             if (withRowid)
@@ -349,10 +349,11 @@ std::optional<QList<qint64>> keys(const HostDb &db, const EnrolmentQueries::List
     // Each sorted column of the smaller tables becomes a rank (equal texts,
     // equal ranks), so that the sort of the joined rows compares numbers.
     QList<std::vector<int>> ranks;
-    for (const auto &[table, column] : order) {
+    for (const auto &sorted : std::as_const(order)) {
+        const int column = sorted.second;
         std::vector<int> rank;
-        if (table != UnitsTable) {
-            const TableRows &source = rows[table];
+        if (sorted.first != UnitsTable) {
+            const TableRows &source = rows[sorted.first];
             std::vector<int> byValue(std::size_t(source.size()));
             std::iota(byValue.begin(), byValue.end(), 0);
             std::sort(byValue.begin(), byValue.end(),

@@ -16,6 +16,9 @@
 #include <QTest>
 #include <QTimer>
 
+#include <memory>
+#include <utility>
+
 namespace {
 
 const QString kNoAnswer = u"The action could not be performed because the server is unavailable "
@@ -103,7 +106,8 @@ private slots:
         QList<QByteArray> requests;
         connect(&server, &QTcpServer::newConnection, this, [&] {
             QTcpSocket *socket = server.nextPendingConnection();
-            auto *got = new QByteArray;
+            // The request so far; ends with the socket's connection.
+            auto got = std::make_shared<QByteArray>();
             connect(socket, &QTcpSocket::readyRead, socket, [&requests, socket, got] {
                 *got += socket->readAll();
                 const qsizetype end = got->indexOf("\r\n\r\n");
@@ -111,8 +115,7 @@ private slots:
                 const auto m = length.match(QString::fromLatin1(got->left(end)));
                 if (end < 0 || !m.hasMatch() || got->size() < end + 4 + m.captured(1).toLongLong())
                     return;
-                requests.append(*got);
-                delete got;
+                requests.append(std::exchange(*got, {}));
                 socket->write(
                     "HTTP/1.1 200 OK\r\nContent-Length: 2\r\nConnection: close\r\n\r\nok");
                 socket->disconnectFromHost();
