@@ -10,6 +10,8 @@
 
 #include <QFile>
 
+#include <utility>
+
 namespace PaymentFile {
 
 namespace {
@@ -76,20 +78,36 @@ QString postedNoteFor(const RentPayment &row, const QString &isoDate)
 
 } // namespace
 
-qsizetype candidateCount(const QStringList &pieces)
+namespace {
+
+// The lines of a payment file's text, as views into it: a long file is not
+// copied line by line.
+QList<QStringView> linesOf(const QString &text)
+{
+    return QStringView(text).split(u'\n');
+}
+
+template <typename Pieces> qsizetype countCandidates(const Pieces &pieces)
 {
     qsizetype count = pieces.size() - 2;
-    const QString first = pieces.isEmpty() ? QString() : pieces.first();
-    if (!(first.startsWith(u'P') && VbText::IsNumeric(first.mid(1, 1))))
+    const QStringView first = pieces.isEmpty() ? QStringView() : QStringView(pieces.first());
+    if (!(first.startsWith(u'P') && VbText::IsNumeric(first.mid(1, 1).toString())))
         count = 0;
     return count;
+}
+
+} // namespace
+
+qsizetype candidateCount(const QStringList &pieces)
+{
+    return countCandidates(pieces);
 }
 
 namespace {
 
 // The properties and tenants that the payment lines name, read from the
 // database at once before the lines are matched one by one.
-void prefetchIds(const QStringList &pieces, qsizetype count, RentLookup &lookup)
+void prefetchIds(const QList<QStringView> &pieces, qsizetype count, RentLookup &lookup)
 {
     QList<qint64> properties, tenants;
     auto add = [](QList<qint64> &ids, QStringView cell) {
@@ -98,7 +116,7 @@ void prefetchIds(const QStringList &pieces, qsizetype count, RentLookup &lookup)
             ids.append(key.toLongLong());
     };
     for (qsizetype i = 0; i < count; ++i) {
-        const QString line = VbText::Trim(pieces.at(i));
+        const QString line = VbText::Trim(pieces.at(i).toString());
         if (line.isEmpty() || !line.startsWith(u'P'))
             break;
         const QList<QStringView> fields = QStringView(line).split(u',');
@@ -114,13 +132,13 @@ void prefetchIds(const QStringList &pieces, qsizetype count, RentLookup &lookup)
 
 RentPayments parse(const QString &text, RentLookup &lookup)
 {
-    const QStringList pieces = text.split(u'\n');
-    const qsizetype count = candidateCount(pieces);
+    const QList<QStringView> pieces = linesOf(text);
+    const qsizetype count = countCandidates(pieces);
     prefetchIds(pieces, count, lookup);
     RentPayments rows;
     rows.reserve(count > 0 ? std::size_t(count) : 0);
     for (qsizetype i = 0; i < count; ++i) {
-        const QString line = VbText::Trim(pieces.at(i));
+        const QString line = VbText::Trim(pieces.at(i).toString());
         // The payments end at the first line that is not one.
         if (line.isEmpty() || !line.startsWith(u'P'))
             break;
@@ -238,15 +256,15 @@ LoadResult load(ProgramState &state)
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly))
             throw RuntimeError::permissionDenied();
-        const QByteArray bytes = file.readAll();
+        QByteArray bytes = file.readAll();
         file.close();
         result.fileSha256 = RentPostingRecord::sha256(bytes);
         // Payments that a posting run recorded as posted are never offered
         // again, even when the program ended before their file was moved.
         if (settleFile(state, result.fileSha256))
             throw RuntimeError::fileNotFound();
-        const QString text = TransferFile::fromAnsi(bytes);
-        if (candidateCount(text.split(u'\n')) <= 0) {
+        const QString text = TransferFile::fromAnsi(std::exchange(bytes, {}));
+        if (countCandidates(linesOf(text)) <= 0) {
             prompter.notice(kNoPayments, kNoPaymentsTitle);
             if (!TransferFile::remove(path))
                 throw RuntimeError::permissionDenied();
