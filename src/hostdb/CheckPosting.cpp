@@ -163,7 +163,7 @@ bool CheckPosting::addToBalance(const QString &code, qint64 id, Currency amount)
 void CheckPosting::flush()
 {
     BatchRead::run(m_host, kMarkEntered, std::exchange(m_enteredPaid, {}),
-        "marking the entered checks paid", [](const QSqlQuery &) {});
+        "marking the entered checks paid", [](const BatchRead::Row &) {});
     m_splits.flush();
 }
 
@@ -211,5 +211,5 @@ void CheckPosting::deleteEnteredSplits()
 void CheckPosting::deleteEnteredIfPaid(const QList<qint64> &ckIds)
 {
     BatchRead::run(m_host, deleteEnteredSql(m_host.sql()), ckIds,
-        "removing the paid entered checks", [](const QSqlQuery &) {});
+        "removing the paid entered checks", [](const BatchRead::Row &) {});
 }

@@ -20,7 +20,7 @@ const QString kVendorsSql = u"SELECT VenID, VenName, VenContact FROM Vendors WHE
 
 } // namespace
 
-PaymentRow DisburseList::readRow(const QSqlQuery &q)
+PaymentRow DisburseList::readRow(const BatchRead::Row &q)
 {
     PaymentRow row;
     row.CkID = q.value(0).toLongLong();
@@ -177,7 +177,7 @@ QList<PaymentRow> DisburseList::load(const HostDb &db, const QString &sortItem)
         const bool vendorCheck = !q.value(7).isNull() && q.value(7).toDouble() == -1;
         if (owner == owners.cend() && (vendor == vendors.cend() || !vendorCheck))
             continue;
-        const PaymentRow check = readRow(q);
+        const PaymentRow check = readRow(BatchRead::QueryRow(q));
         auto add = [&check](QList<PaymentRow> &to, const Payee &p) {
             PaymentRow row = check;
             row.IDField = p.idField;
@@ -203,6 +203,6 @@ QList<PaymentRow> DisburseList::readRows(QSqlQuery &query)
 {
     QList<PaymentRow> rows;
     while (query.next())
-        rows.append(readRow(query));
+        rows.append(readRow(BatchRead::QueryRow(query)));
     return rows;
 }

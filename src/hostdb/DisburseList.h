@@ -1,6 +1,7 @@
 #pragma once
 
 #include "disburse/PaymentRow.h"
+#include "hostdb/BatchRead.h"
 #include "hostdb/HostDb.h"
 
 #include <QList>
@@ -35,5 +36,5 @@ public:
     // Reads the remaining rows of an executed query over checkColumns().
     static QList<PaymentRow> readRows(QSqlQuery &query);
     // The current row of such a query.
-    static PaymentRow readRow(const QSqlQuery &query);
+    static PaymentRow readRow(const BatchRead::Row &query);
 };

@@ -16,7 +16,7 @@ const QString kCheckBatchSql
 
 // The owner's second name pair as a payee would spell it, trimmed; Null
 // when a part of it is Null.
-QString secondPair(const QSqlQuery &q, int firstColumn)
+QString secondPair(const BatchRead::Row &q, int firstColumn)
 {
     return VbText::Trim(VbText::joinNull(
         VbText::text(q.value(firstColumn)), u" "_qs, VbText::text(q.value(firstColumn + 1))));
@@ -51,7 +51,7 @@ bool DisburseLookup::paysSecondPair(qint64 ownerId, const QString &payee)
         m_owner.bindValue(u":id"_qs, ownerId);
         HostDb::exec(m_owner, "finding the owner of a payment");
         if (m_owner.next())
-            pair = secondPair(m_owner, 0);
+            pair = secondPair(BatchRead::QueryRow(m_owner), 0);
         m_owner.finish();
     }
     if (!pair || pair->isNull())
@@ -63,7 +63,7 @@ bool DisburseLookup::paysSecondPair(qint64 ownerId, const QString &payee)
 void DisburseLookup::prefetchOwners(const QList<qint64> &ownerIds)
 {
     BatchRead::run(m_db, kOwnerBatchSql, ownerIds, "finding the owners of the payments",
-        [this](const QSqlQuery &q) {
+        [this](const BatchRead::Row &q) {
             // The first row of an owner, as a keyed look-up meets it.
             const qint64 id = q.value(0).toLongLong();
             if (!m_secondPairs.contains(id))
@@ -74,8 +74,8 @@ void DisburseLookup::prefetchOwners(const QList<qint64> &ownerIds)
 QHash<qint64, PaymentRow> DisburseLookup::enteredChecks(const QList<qint64> &ckIds)
 {
     QHash<qint64, PaymentRow> found;
-    BatchRead::run(
-        m_db, kCheckBatchSql, ckIds, "finding the entered checks", [&found](const QSqlQuery &q) {
+    BatchRead::run(m_db, kCheckBatchSql, ckIds, "finding the entered checks",
+        [&found](const BatchRead::Row &q) {
             const PaymentRow row = DisburseList::readRow(q);
             if (!found.contains(row.CkID))
                 found.insert(row.CkID, row);

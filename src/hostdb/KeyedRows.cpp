@@ -32,7 +32,7 @@ void KeyedRows::readAll()
     m_all.clear();
     while (all.next()) {
         const QVariant key = all.value(handles);
-        m_all[key.toLongLong()].append(rowAt(all, key, handles + 1));
+        m_all[key.toLongLong()].append(rowAt(BatchRead::QueryRow(all), key, handles + 1));
     }
     m_readAll = true;
 }
@@ -48,7 +48,7 @@ void KeyedRows::readKeys(const QList<qint64> &keys)
     }
     const int handles = m_engine.handleColumns();
     BatchRead::run(m_db, m_engine.keyedRowsSql(m_table, QStringList { m_key } + m_fields), wanted,
-        "reading records", [&](const QSqlQuery &q) {
+        "reading records", [&](const BatchRead::Row &q) {
             const QVariant key = q.value(handles);
             m_all[key.toLongLong()].append(rowAt(q, key, handles + 1));
         });
@@ -78,7 +78,8 @@ std::optional<KeyedRows::Row> KeyedRows::first(const QVariant &key)
     return found.takeFirst();
 }
 
-KeyedRows::Row KeyedRows::rowAt(const QSqlQuery &query, const QVariant &key, int firstField) const
+KeyedRows::Row KeyedRows::rowAt(
+    const BatchRead::Row &query, const QVariant &key, int firstField) const
 {
     Row row;
     row.key = key;
@@ -95,7 +96,7 @@ QList<KeyedRows::Row> KeyedRows::read(const QVariant &key, int limit)
     HostDb::exec(m_rows, "finding a record");
     QList<Row> found;
     while ((limit < 0 || found.size() < limit) && m_rows.next())
-        found.append(rowAt(m_rows, key, m_engine.handleColumns()));
+        found.append(rowAt(BatchRead::QueryRow(m_rows), key, m_engine.handleColumns()));
     m_rows.finish();
     return found;
 }
@@ -187,6 +188,6 @@ void KeyedRows::flush()
 {
     for (const PendingSet &p : std::exchange(m_pendingSets, {})) {
         BatchRead::run(m_db, m_engine.setRowsByHandleSql(m_table, m_fields.at(p.index)), p.handles,
-            "changing records", [](const QSqlQuery &) {}, { p.value });
+            "changing records", [](const BatchRead::Row &) {}, { p.value });
     }
 }

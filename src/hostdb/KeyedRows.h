@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Currency.h"
+#include "hostdb/BatchRead.h"
 
 #include <QHash>
 #include <QList>
@@ -74,7 +75,7 @@ public:
 
 private:
     QList<Row> read(const QVariant &key, int limit);
-    Row rowAt(const QSqlQuery &query, const QVariant &key, int firstField) const;
+    Row rowAt(const BatchRead::Row &query, const QVariant &key, int firstField) const;
     void remember(const Row &changed, int index, const QVariant &value);
 
     const HostDb &m_db;

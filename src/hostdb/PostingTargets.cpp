@@ -40,7 +40,7 @@ void readInto(const HostDb &db, const QString &sql, const QList<qint64> &ids,
             wanted.append(id);
         }
     }
-    BatchRead::run(db, sql, wanted, "finding the posting targets", [&](const QSqlQuery &q) {
+    BatchRead::run(db, sql, wanted, "finding the posting targets", [&](const BatchRead::Row &q) {
         std::optional<qint32> &slot = into[q.value(0).toLongLong()];
         if (!slot)
             slot = q.value(1).toInt();

@@ -89,7 +89,7 @@ void RentLookup::readBatches(const QString &sql, const char *operation, const QL
             wanted.append(id);
         }
     }
-    BatchRead::run(m_db, sql, wanted, operation, [&](const QSqlQuery &q) {
+    BatchRead::run(m_db, sql, wanted, operation, [&](const BatchRead::Row &q) {
         // The first row of an id, as a keyed look-up meets it.
         std::optional<Value> &slot = into[q.value(0).toLongLong()];
         if (!slot)
@@ -100,12 +100,13 @@ void RentLookup::readBatches(const QString &sql, const char *operation, const QL
 void RentLookup::prefetch(const QList<qint64> &propertyIds, const QList<qint64> &tenantIds)
 {
     readBatches(kPropertyBatchSql, "finding the properties", propertyIds, m_owners,
-        [](const QSqlQuery &q) { return q.value(1); });
+        [](const BatchRead::Row &q) { return q.value(1); });
     readBatches(kUnitBatchSql, "finding the units", tenantIds, m_addresses,
-        [](const QSqlQuery &q) { return q.value(1); });
-    readBatches(kTenantBatchSql, "finding the tenants", tenantIds, m_names, [](const QSqlQuery &q) {
-        return TenantName { q.value(1), q.value(2) };
-    });
+        [](const BatchRead::Row &q) { return q.value(1); });
+    readBatches(
+        kTenantBatchSql, "finding the tenants", tenantIds, m_names, [](const BatchRead::Row &q) {
+            return TenantName { q.value(1), q.value(2) };
+        });
 }
 
 template <typename Value>
