@@ -4,6 +4,7 @@
 #include "app/TopLevel.h"
 #include "core/RuntimeError.h"
 #include "disburse/DistributionRun.h"
+#include "hostdb/BatchRead.h"
 #include "hostdb/DisburseList.h"
 #include "hostdb/EngineSql.h"
 #include "hostdb/EnrolmentQueries.h"
@@ -13,6 +14,8 @@
 
 #include <QSqlQuery>
 #include <QTest>
+
+#include <algorithm>
 
 namespace {
 
@@ -204,6 +207,45 @@ private slots:
                  + u" ORDER BY Units.UAddress"_qs))
             joined << r.value(u"UAddress"_qs).toString();
         QCOMPARE(joined, (QStringList { u"1 Oak St"_qs, u"2 Oak St"_qs, u"3 Oak St"_qs }));
+    }
+
+    // Many keys in batches give the rows a seek gives, once each, with the
+    // values as the driver reads them; an UPDATE takes its new value before
+    // the keys.
+    void batchReadAnswersAsSeeksDo()
+    {
+        TestSite site;
+        for (int t = 1; t <= 450; ++t)
+            site.insert(u"Tenants"_qs,
+                { { u"TenantID"_qs, t }, { u"TPropID"_qs, t % 7 == 0 ? QVariant() : QVariant(t) },
+                    { u"TLastName1"_qs, t % 5 == 0 ? QVariant() : QVariant(u"Lee é %1"_qs.arg(t)) },
+                    { u"TCurrBal"_qs, t + 0.25 } });
+        QList<qint64> keys;
+        for (qint64 k = 900; k >= -3; k -= 2)
+            keys << k << k; // three batches: missing, doubled, out of order
+        QList<QList<QVariant>> read;
+        BatchRead::run(site.db(),
+            u"SELECT TenantID, TPropID, TLastName1, TCurrBal FROM Tenants WHERE TenantID IN ("_qs,
+            keys, "test", [&](const BatchRead::Row &row) {
+                read << QList<QVariant> { row.value(0), row.value(1), row.value(2), row.value(3) };
+            });
+        QList<QList<QVariant>> seek;
+        QSqlQuery one = site.db().prepare(
+            u"SELECT TenantID, TPropID, TLastName1, TCurrBal FROM Tenants WHERE TenantID = ?"_qs);
+        std::sort(keys.begin(), keys.end());
+        keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+        for (qint64 key : keys) {
+            one.bindValue(0, key);
+            HostDb::exec(one, "test");
+            while (one.next())
+                seek << QList<QVariant> { one.value(0), one.value(1), one.value(2), one.value(3) };
+        }
+        QCOMPARE(seek.size(), 225);
+        QCOMPARE(read, seek);
+
+        BatchRead::run(site.db(), u"UPDATE Tenants SET TACH = ? WHERE TenantID IN ("_qs, keys,
+            "test", [](const BatchRead::Row &) {}, { u"Y"_qs });
+        QCOMPARE(site.scalar(u"SELECT count(*) FROM Tenants WHERE TACH = 'Y'"_qs).toInt(), 225);
     }
 
     void tenantListingMatchesTheDatabase_data()
