@@ -1,6 +1,7 @@
 #include "BenchJobs.h"
 
 #include "BenchSite.h"
+#include "ChildRun.h"
 #include "ScriptedProcessorClient.h"
 
 #include "app/IdFile.h"
@@ -464,8 +465,11 @@ int runChild(int argc, char *argv[])
     }
     QFile out(options.result);
     if (out.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        out.write(
-            QByteArray::number(measured.start) + ' ' + QByteArray::number(measured.end) + '\n');
+        // The child's own high-water mark: it starts afresh at exec, while
+        // the kernel's ru_maxrss of a spawned child also counts the memory
+        // the bench itself held when it spawned it.
+        out.write(QByteArray::number(measured.start) + ' ' + QByteArray::number(measured.end) + ' '
+            + QByteArray::number(ChildRun::ownPeakKb()) + '\n');
         for (const QString &n : std::as_const(measured.notes))
             out.write(n.toUtf8() + '\n');
     }

@@ -32,8 +32,10 @@ constexpr qint64 PeakTargetKb = 300 * 1024;
 
 // Child side: runs the job named by --job in this process. Arguments:
 // --job ID --folder DIR --result FILE [--url URL --user U --password P].
-// The result file holds "start end" in CLOCK_MONOTONIC nanoseconds (start 0:
-// from the process's spawn) and then notes, one a line. Returns the exit code.
+// The result file holds "start end peak": the times in CLOCK_MONOTONIC
+// nanoseconds (start 0: from the process's spawn), the child's own peak
+// resident memory in kB (VmHWM); then notes, one a line. Returns the exit
+// code.
 int runChild(int argc, char *argv[]);
 
 // CLOCK_MONOTONIC now, in nanoseconds (shared by parent and child).

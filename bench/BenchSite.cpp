@@ -31,12 +31,25 @@ void addChecks(HostDb &db, int checks)
 {
     db.execText(u"UPDATE Owners SET OLastName1 = OLastName1 || '-' || OwnerID"_qs,
         "making owner names distinct");
-    db.execText(u"CREATE TEMP TABLE BenchPayee AS SELECT OwnerID, OFirstName1 || ' ' || "
-                "OLastName1 AS Payee, row_number() OVER (ORDER BY OwnerID) - 1 AS Pos, "
-                "(SELECT min(PropID) FROM Properties WHERE POwnerID = Owners.OwnerID) AS Prop "
-                "FROM Owners WHERE OACH = 'Y' AND EXISTS (SELECT 1 FROM Properties WHERE "
-                "POwnerID = Owners.OwnerID)"_qs,
+    // Each owner's first property and each property's first tenant, found in
+    // one pass: the host has no index on POwnerID or TPropID, and a look-up
+    // per payee or per check would scan the table every time.
+    db.execText(u"CREATE TEMP TABLE BenchFirstProp AS SELECT POwnerID AS OwnerID, "
+                "min(PropID) AS Prop FROM Properties GROUP BY POwnerID"_qs,
         "choosing the payees");
+    db.execText(u"CREATE TEMP TABLE BenchFirstTenant AS SELECT TPropID AS Prop, "
+                "min(TenantID) AS Tenant FROM Tenants GROUP BY TPropID"_qs,
+        "choosing the payees");
+    db.execText(u"CREATE INDEX temp.BenchFirstTenantProp ON BenchFirstTenant (Prop)"_qs,
+        "choosing the payees");
+    db.execText(u"CREATE TEMP TABLE BenchPayee AS SELECT Owners.OwnerID, OFirstName1 || ' ' || "
+                "OLastName1 AS Payee, row_number() OVER (ORDER BY Owners.OwnerID) - 1 AS Pos, "
+                "f.Prop AS Prop FROM Owners JOIN BenchFirstProp f ON f.OwnerID = Owners.OwnerID "
+                "WHERE OACH = 'Y'"_qs,
+        "choosing the payees");
+    db.execText(u"CREATE INDEX temp.BenchPayeePos ON BenchPayee (Pos)"_qs, "choosing the payees");
+    db.execText(
+        u"CREATE INDEX temp.BenchPayeeOwner ON BenchPayee (OwnerID)"_qs, "choosing the payees");
     const int payees = scalar(db, u"SELECT count(*) FROM BenchPayee"_qs).toInt();
     if (payees == 0 || checks <= 0)
         return;
@@ -62,10 +75,11 @@ void addChecks(HostDb &db, int checks)
     db.execText(splits.arg(u"25"_qs, u"3150"_qs, u"p.Prop"_qs, u"'Property reserve'"_qs, u"P"_qs),
         "writing split lines");
     db.execText(splits.arg(u"12.5"_qs, u"6200"_qs,
-                    u"(SELECT min(TenantID) FROM Tenants WHERE TPropID = p.Prop)"_qs,
+                    u"(SELECT Tenant FROM BenchFirstTenant WHERE Prop = p.Prop)"_qs,
                     u"'Unit lock change'"_qs, u"U"_qs),
         "writing split lines");
-    db.execText(u"DROP TABLE BenchPayee"_qs, "choosing the payees");
+    for (const QString &table : { u"BenchPayee"_qs, u"BenchFirstProp"_qs, u"BenchFirstTenant"_qs })
+        db.execText(u"DROP TABLE "_qs + table, "choosing the payees");
 }
 
 // A payment file as the download leaves it: one payment for each of

@@ -4,7 +4,10 @@
 #include <QStringList>
 
 // One child process of a bench run, timed from spawn to exit, with its
-// peak resident memory as the kernel counted it (ru_maxrss of wait4).
+// peak resident memory as the kernel counted it (ru_maxrss of wait4). A
+// spawned child shares the spawner's memory until it execs, and that count
+// keeps the larger of the two: it is never below what the bench itself held
+// at the spawn (a job reports its own peak instead, BenchJobs).
 namespace ChildRun {
 
 struct Result

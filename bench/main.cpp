@@ -159,7 +159,9 @@ public:
             return;
         }
         row.seconds << double(end - start) / 1e9;
-        row.peakKb << child.peakKb;
+        // The job's own peak where it reported one (see BenchJobs).
+        const qint64 ownPeak = stamps.value(2).toLongLong();
+        row.peakKb << (ownPeak > 0 ? ownPeak : child.peakKb);
     }
 
     // The sqlite3 shell writing the setup join to a file, timed from spawn

@@ -47,10 +47,7 @@ QString keep(const QString &programFolder, const QString &path)
     QString name = base + suffix;
     for (int n = 2; QFileInfo::exists(TransferFile::path(folder, name)); ++n)
         name = base + u'-' + QString::number(n) + suffix;
-    QFile in(path);
-    if (!in.open(QIODevice::ReadOnly))
-        throw RuntimeError::fileNotFound();
-    TransferFile::writeAtomicBytes(TransferFile::path(folder, name), in.readAll());
+    TransferFile::copyAtomic(path, TransferFile::path(folder, name));
     return FolderName + u'/' + name;
 }
 

@@ -26,11 +26,10 @@ namespace {
 
 // Windows-1252 differs from Latin-1 only in 0x80-0x9F; the five bytes the
 // code page leaves undefined map to the C1 controls, as Windows does.
-constexpr char16_t kHighTable[32] = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
-    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
-    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+constexpr char16_t kHighTable[32]
+    = { 0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+          0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+          0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178 };
 
 char ansiByte(char16_t ch)
 {
@@ -106,6 +105,30 @@ void writeAtomicBytes(const QString &p, const QByteArray &bytes)
         throw writeError(file, p);
 }
 
+void copyAtomic(const QString &from, const QString &p)
+{
+    QFile in(from);
+    if (!in.open(QIODevice::ReadOnly))
+        throw in.exists() ? RuntimeError::permissionDenied() : RuntimeError::fileNotFound();
+    QSaveFile file(p);
+    if (!file.open(QIODevice::WriteOnly))
+        throw writeError(file, p);
+    // A block at a time: a copy of a large upload never sits in memory.
+    while (!in.atEnd()) {
+        const QByteArray block = in.read(1 << 20);
+        if (block.isEmpty() && in.error() != QFileDevice::NoError) {
+            file.cancelWriting();
+            throw RuntimeError::deviceIo();
+        }
+        if (file.write(block) != block.size()) {
+            file.cancelWriting();
+            throw writeError(file, p);
+        }
+    }
+    if (!file.commit())
+        throw writeError(file, p);
+}
+
 void writeAtomic(const QString &p, const QString &text)
 {
     writeAtomicBytes(p, toAnsi(text));
@@ -113,13 +136,18 @@ void writeAtomic(const QString &p, const QString &text)
 
 struct LineWriter::Impl
 {
-    explicit Impl(const QString &p) : file(p), target(p) {}
+    explicit Impl(const QString &p)
+        : file(p)
+        , target(p)
+    {
+    }
     QSaveFile file;
     QString target;
     QByteArray buffer;
 };
 
-LineWriter::LineWriter(const QString &p) : d(new Impl(p))
+LineWriter::LineWriter(const QString &p)
+    : d(new Impl(p))
 {
     if (!d->file.open(QIODevice::WriteOnly)) {
         RuntimeError e = writeError(d->file, p);

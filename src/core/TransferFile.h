@@ -25,6 +25,8 @@ void appendAnsi(QByteArray &out, const QString &text);
 // RuntimeError (path not found / permission denied / device I/O) on failure.
 void writeAtomic(const QString &path, const QString &text);
 void writeAtomicBytes(const QString &path, const QByteArray &bytes);
+// Copies the file at `from` to `path` atomically, a block at a time.
+void copyAtomic(const QString &from, const QString &path);
 
 // Streams lines into a file atomically: each line is written followed by
 // CR LF; commit() renames it into place. Destroyed without commit(), the

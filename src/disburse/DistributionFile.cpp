@@ -20,6 +20,12 @@ QString line(const PaymentRow &row, bool secondPair)
 void write(const HostDb &db, const QString &path, const QList<PaymentRow> &rows)
 {
     DisburseLookup lookup(db);
+    QList<qint64> owners;
+    for (const PaymentRow &row : rows) {
+        if (row.isOwner())
+            owners.append(row.payeeId());
+    }
+    lookup.prefetchOwners(owners);
     TransferFile::LineWriter out(path);
     for (const PaymentRow &row : rows) {
         const bool second = row.isOwner() && lookup.paysSecondPair(row.payeeId(), row.CkPayee);

@@ -66,8 +66,16 @@ QList<PaymentRow> DistributionRun::freshRows(const QList<PaymentRow> &selected)
     QStringList gone, changed;
     {
         DisburseLookup lookup(m_state.db());
+        QList<qint64> ids;
+        ids.reserve(selected.size());
+        for (const PaymentRow &row : selected)
+            ids.append(row.CkID);
+        const QHash<qint64, PaymentRow> current = lookup.enteredChecks(ids);
         for (const PaymentRow &row : selected) {
-            std::optional<PaymentRow> now = lookup.enteredCheck(row.CkID);
+            const auto found = current.constFind(row.CkID);
+            std::optional<PaymentRow> now;
+            if (found != current.cend())
+                now = *found;
             if (!now) {
                 gone << UnfinishedRun::describe(row);
                 m_stale.append(row.key());

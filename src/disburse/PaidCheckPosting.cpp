@@ -36,6 +36,7 @@ PaidCheckPosting::PaidCheckPosting(HostDb &db, HostWriteLog *log)
 
 int PaidCheckPosting::PostCheck(const QList<PaymentRow> &rows, const ResponseMatcher &response)
 {
+    prefetch(rows, response);
     int posted = 0;
     int position = 0;
     for (const PaymentRow &check : rows) {
@@ -65,7 +66,27 @@ int PaidCheckPosting::PostCheck(const QList<PaymentRow> &rows, const ResponseMat
         }
         ++posted;
     }
+    // The paid marks are written before anything reads them.
+    m_db.flush();
     return posted;
+}
+
+void PaidCheckPosting::prefetch(const QList<PaymentRow> &rows, const ResponseMatcher &response)
+{
+    // The ledger records the accepted checks' split lines post to, read in
+    // a few statements before the posting reads and changes them one by one.
+    QList<std::pair<QString, qint64>> postings;
+    for (const PaymentRow &check : rows) {
+        if (!response.verdict(check.payeeId(), check.CkID).accepted)
+            continue;
+        for (const CheckPosting::Split &split : m_db.splitsOf(check.CkID)) {
+            const QString code = VbText::Left(VbText::text(split.postTo), 1);
+            if (split.type == u"C"_qs && isLedgerCode(code))
+                postings.append({ code, split.postToId.toInt() });
+        }
+    }
+    m_db.prefetchBalances(postings);
+    m_targets.prefetch(postings);
 }
 
 void PaidCheckPosting::PostTransaction(const Work &work, const PaymentRow &check)
@@ -94,8 +115,11 @@ void PaidCheckPosting::DeleteEnteredSplits()
 
 void PaidCheckPosting::DeleteEnteredChecks(const QList<PaymentRow> &rows)
 {
+    QList<qint64> ids;
+    ids.reserve(rows.size());
     for (const PaymentRow &check : rows)
-        m_db.deleteEnteredIfPaid(check.CkID);
+        ids.append(check.CkID);
+    m_db.deleteEnteredIfPaid(ids);
 }
 
 void PaidCheckPosting::showMessages(

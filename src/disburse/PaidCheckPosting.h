@@ -68,6 +68,10 @@ public:
     static QString notPostedText(const QVariant &checkNumber);
 
 private:
+    // Reads at once the balances and posting targets the accepted checks'
+    // split lines will need.
+    void prefetch(const QList<PaymentRow> &rows, const ResponseMatcher &response);
+
     CheckPosting m_db;
     HostWriteLog *m_log;
     PostingTargets m_targets;

@@ -1,7 +1,10 @@
 #include "hostdb/CheckPosting.h"
 
 #include "core/VbText.h"
+#include "hostdb/BatchRead.h"
 #include "hostdb/EngineSql.h"
+
+#include <utility>
 
 namespace {
 
@@ -11,7 +14,7 @@ const QString kAddPrinted
     = u"INSERT INTO CheckDepPrinted (CkPayee, CkVendorID, CkAmount, CkDate, CkInvoice, CkRemark, "
       "CkStatus, CkSplit, CkType, CkAccountID, CkNumber, CkPostTo) "
       "VALUES (:payee, :vendor, :amount, :date, :invoice, :remark, 'P', 'Y', 'C', NULL, NULL, '')"_qs;
-const QString kMarkEntered = u"UPDATE CheckEntered SET CkType = 'X' WHERE CkID = :id"_qs;
+const QString kMarkEntered = u"UPDATE CheckEntered SET CkType = 'X' WHERE CkID IN ("_qs;
 const QString kAddSplit
     = u"INSERT INTO SplitPrintedChecks (CkNumber, CkAmount, CkAccountID, CkPostToID, CkRemark, "
       "CkStatus, CkType, CkPostTo) VALUES (:ck, :amount, :account, :postToId, :remark, :status, "
@@ -39,8 +42,8 @@ QString deleteSplitsSql(const EngineSql &sql)
 
 QString deleteEnteredSql(const EngineSql &sql)
 {
-    return u"DELETE FROM CheckEntered WHERE CkID = :id AND "_qs
-        + sql.equalsExactly(u"CkType"_qs, 'X');
+    return u"DELETE FROM CheckEntered WHERE "_qs + sql.equalsExactly(u"CkType"_qs, 'X')
+        + u" AND CkID IN ("_qs;
 }
 
 // Text fields are copied as they are, Null included.
@@ -78,7 +81,6 @@ const HostDb &checked(const HostDb &db)
 CheckPosting::CheckPosting(const HostDb &db)
     : m_host(checked(db))
     , m_addPrinted(db.prepare(kAddPrinted))
-    , m_markEntered(db.prepare(kMarkEntered))
     , m_addSplit(db.prepare(kAddSplit))
     , m_addTransaction(db.prepare(kAddTransaction))
     , m_splits(db, u"SplitChecks"_qs, u"CkNumber"_qs, kSplitFields)
@@ -87,7 +89,6 @@ CheckPosting::CheckPosting(const HostDb &db)
     , m_tenants(db, u"Tenants"_qs, u"TenantID"_qs, { u"TCurrBal"_qs })
     , m_units(db, u"Units"_qs, u"UTenantID"_qs, kUnitFields)
     , m_deleteSplits(db.prepare(deleteSplitsSql(db.sql())))
-    , m_deleteEntered(db.prepare(deleteEnteredSql(db.sql())))
 {
 }
 
@@ -117,8 +118,8 @@ qint64 CheckPosting::addPrintedCheck(const PaymentRow &check)
 
 void CheckPosting::markEnteredPaid(qint64 ckId)
 {
-    m_markEntered.bindValue(u":id"_qs, ckId);
-    HostDb::exec(m_markEntered, "marking an entered check paid");
+    m_enteredPaid.append(ckId);
+    m_markedEntered.insert(ckId);
 }
 
 QList<CheckPosting::Split> CheckPosting::splitsOf(qint64 ckId)
@@ -171,7 +172,7 @@ void CheckPosting::markSplitPaid(const Split &split)
     // Without row handles, lines identical in every field are marked
     // together; each is still copied and posted once, as the walk meets it,
     // and all of them end marked, as they would one by one.
-    m_splits.set(split.row, kSplitType, u"X"_qs);
+    m_splits.setLater(split.row, kSplitType, u"X"_qs);
     if (m_log)
         m_marked.append(split);
 }
@@ -201,6 +202,34 @@ bool CheckPosting::addToBalance(const QString &code, qint64 id, Currency amount)
         return true;
     }
     return false;
+}
+
+void CheckPosting::flush()
+{
+    BatchRead::run(m_host, kMarkEntered, std::exchange(m_enteredPaid, {}),
+        "marking the entered checks paid", [](const BatchRead::Row &) {});
+    m_splits.flush();
+}
+
+void CheckPosting::prefetchBalances(const QList<std::pair<QString, qint64>> &postings)
+{
+    QList<qint64> owners, properties, tenants, units;
+    for (const auto &[code, id] : postings) {
+        if (code == u"O"_qs)
+            owners.append(id);
+        else if (code == u"P"_qs)
+            properties.append(id);
+        else if (code == u"T"_qs)
+            tenants.append(id);
+        else if (code == u"U"_qs)
+            units.append(id);
+        else if (code == u"B"_qs)
+            tenants.append(id), units.append(id);
+    }
+    m_owners.readKeys(owners);
+    m_properties.readKeys(properties);
+    m_tenants.readKeys(tenants);
+    m_units.readKeys(units);
 }
 
 void CheckPosting::addTransaction(const LedgerEntry &t)
@@ -241,12 +270,17 @@ void CheckPosting::deleteEnteredSplits()
     m_marked.clear();
 }
 
-void CheckPosting::deleteEnteredIfPaid(qint64 ckId)
+void CheckPosting::deleteEnteredIfPaid(const QList<qint64> &ckIds)
 {
-    m_deleteEntered.bindValue(u":id"_qs, ckId);
-    HostDb::exec(m_deleteEntered, "removing a paid entered check");
-    if (m_log && m_deleteEntered.numRowsAffected() > 0)
-        m_log->removed(u"CheckEntered"_qs,
-            m_host.sql().handleColumns() > 0 ? QVariant(ckId) : QVariant(),
-            { { u"CkID"_qs, ckId } });
+    BatchRead::run(m_host, deleteEnteredSql(m_host.sql()), ckIds,
+        "removing the paid entered checks", [](const BatchRead::Row &) {});
+    if (!m_log)
+        return;
+    // Only the checks this posting marked paid were removed.
+    for (const qint64 ckId : ckIds) {
+        if (m_markedEntered.contains(ckId))
+            m_log->removed(u"CheckEntered"_qs,
+                m_host.sql().handleColumns() > 0 ? QVariant(ckId) : QVariant(),
+                { { u"CkID"_qs, ckId } });
+    }
 }

@@ -7,6 +7,7 @@
 #include "hostdb/KeyedRows.h"
 
 #include <QList>
+#include <QSet>
 #include <QSqlQuery>
 #include <QVariant>
 
@@ -16,6 +17,9 @@
 // printed checks and post its split lines to the ledgers. Every statement is
 // prepared once and reused for each row; the caller holds the transaction,
 // and one object serves one transaction (the split lines are read once).
+// The paid marks are written by flush(), a batch of rows per statement; the
+// caller flushes before anything else reads them and before its
+// transaction commits.
 // Creating one checks the host's fields for check posting (error 3265).
 class CheckPosting
 {
@@ -44,14 +48,14 @@ public:
     // number, post-to "") copied from the entered check and returns its new
     // CkID.
     qint64 addPrintedCheck(const PaymentRow &check);
-    // Sets CkType "X" on the entered check.
+    // Sets CkType "X" on the entered check (at flush()).
     void markEnteredPaid(qint64 ckId);
     // The split lines of an entered check, in the order they were entered.
     QList<Split> splitsOf(qint64 ckId);
     // Copies a split line under the printed check with minus its absolute
     // amount.
     void addPrintedSplit(qint64 printedCkId, const Split &split);
-    // Sets CkType "X" on the split line.
+    // Sets CkType "X" on the split line (at flush()).
     void markSplitPaid(const Split &split);
 
     // Adds amount to the balance of the first owner ("O"), property ("P"),
@@ -59,6 +63,11 @@ public:
     // the tenant's unit, when there is one. False when the record (for "B":
     // the tenant) is not there; nothing is changed then.
     bool addToBalance(const QString &code, qint64 id, Currency amount);
+    // Writes the marks that wait.
+    void flush();
+    // Reads at once the balances that addToBalance() will change for these
+    // codes and ids, a batch of ids per statement.
+    void prefetchBalances(const QList<std::pair<QString, qint64>> &postings);
 
     struct LedgerEntry
     {
@@ -77,16 +86,19 @@ public:
 
     // Deletes every split line marked "X".
     void deleteEnteredSplits();
-    // Deletes the entered check if it is marked "X".
-    void deleteEnteredIfPaid(qint64 ckId);
+    // Deletes those of the entered checks that are marked "X", a batch of
+    // checks per statement.
+    void deleteEnteredIfPaid(const QList<qint64> &ckIds);
 
 private:
     const HostDb &m_host;
-    QSqlQuery m_addPrinted, m_markEntered, m_addSplit, m_addTransaction;
+    QSqlQuery m_addPrinted, m_addSplit, m_addTransaction;
+    QList<qint64> m_enteredPaid; // marked at flush()
     KeyedRows m_splits;
     bool m_splitsRead = false;
     KeyedRows m_owners, m_properties, m_tenants, m_units;
-    QSqlQuery m_deleteSplits, m_deleteEntered;
+    QSqlQuery m_deleteSplits;
     HostWriteLog *m_log = nullptr;
     QList<Split> m_marked; // split lines marked "X" (removed at the end)
+    QSet<qint64> m_markedEntered; // entered checks this posting marked "X"
 };

@@ -18,7 +18,9 @@ const QString kOwnersSql = u"SELECT OwnerID, OFirstName1, OLastName1, OFirstName
                            " FROM Owners WHERE OACH = 'Y'"_qs;
 const QString kVendorsSql = u"SELECT VenID, VenName, VenContact FROM Vendors WHERE VACH = 'Y'"_qs;
 
-PaymentRow readRow(const QSqlQuery &q)
+} // namespace
+
+PaymentRow DisburseList::readRow(const BatchRead::Row &q)
 {
     PaymentRow row;
     row.CkID = q.value(0).toLongLong();
@@ -32,6 +34,8 @@ PaymentRow readRow(const QSqlQuery &q)
     row.CkNumber = q.value(8);
     return row;
 }
+
+namespace {
 
 // The key a name is matched by: trimmed of blanks, case folded. Null (a
 // missing part) matches nothing.
@@ -173,7 +177,7 @@ QList<PaymentRow> DisburseList::load(const HostDb &db, const QString &sortItem)
         const bool vendorCheck = !q.value(7).isNull() && q.value(7).toDouble() == -1;
         if (owner == owners.cend() && (vendor == vendors.cend() || !vendorCheck))
             continue;
-        const PaymentRow check = readRow(q);
+        const PaymentRow check = readRow(BatchRead::QueryRow(q));
         auto add = [&check](QList<PaymentRow> &to, const Payee &p) {
             PaymentRow row = check;
             row.IDField = p.idField;
@@ -199,6 +203,6 @@ QList<PaymentRow> DisburseList::readRows(QSqlQuery &query)
 {
     QList<PaymentRow> rows;
     while (query.next())
-        rows.append(readRow(query));
+        rows.append(readRow(BatchRead::QueryRow(query)));
     return rows;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "disburse/PaymentRow.h"
+#include "hostdb/BatchRead.h"
 #include "hostdb/HostDb.h"
 
 #include <QList>
@@ -34,4 +35,6 @@ public:
     static QString checkColumns();
     // Reads the remaining rows of an executed query over checkColumns().
     static QList<PaymentRow> readRows(QSqlQuery &query);
+    // The current row of such a query.
+    static PaymentRow readRow(const BatchRead::Row &query);
 };

@@ -78,6 +78,14 @@ public:
         return u"SELECT "_qs + columns.join(u", "_qs) + u" FROM "_qs + table;
     }
 
+    QString keyedRowsSql(const QString &table, const QStringList &columns) const override
+    {
+        return u"SELECT "_qs + columns.join(u", "_qs) + u" FROM "_qs + table + u" WHERE "_qs
+            + columns.first() + u" IN ("_qs;
+    }
+
+    QString setRowsByHandleSql(const QString &, const QString &) const override { return {}; }
+
     QString setRowSql(const QString &table, const QString &key, const QStringList &fields,
         const QString &field, const QList<bool> &nullFields) const override
     {

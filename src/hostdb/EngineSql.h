@@ -78,6 +78,9 @@ public:
     // Every row of the table, the handle first, then the columns; in the
     // order entered where the engine can name it.
     virtual QString allRowsSql(const QString &table, const QStringList &columns) const = 0;
+    // The same for the rows whose first column is among a batch of keys:
+    // the text ends in "IN (" and the marks follow (BatchRead).
+    virtual QString keyedRowsSql(const QString &table, const QStringList &columns) const = 0;
     // Sets `field` to :value in the row read by rowsSql: by its handle
     // (:row), or, without handles, in the rows whose key is :key and whose
     // fields still hold the values read (:v0, :v1, ...; a field whose value
@@ -90,4 +93,9 @@ public:
     // a row is found by its values in plain SQL (see WrittenRows).
     virtual QString rowByHandleSql(const QString &table, const QStringList &fields) const = 0;
     virtual QString deleteByHandleSql(const QString &table) const = 0;
+
+    // Sets `field` to the first bound value in the rows whose handles
+    // follow, as a text ending in "IN (" (BatchRead); empty where the engine
+    // has no handles.
+    virtual QString setRowsByHandleSql(const QString &table, const QString &field) const = 0;
 };

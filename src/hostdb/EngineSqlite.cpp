@@ -90,6 +90,17 @@ public:
             + u" ORDER BY rowid"_qs;
     }
 
+    QString keyedRowsSql(const QString &table, const QStringList &columns) const override
+    {
+        return u"SELECT rowid, "_qs + columns.join(u", "_qs) + u" FROM "_qs + table + u" WHERE "_qs
+            + columns.first() + u" IN ("_qs;
+    }
+
+    QString setRowsByHandleSql(const QString &table, const QString &field) const override
+    {
+        return u"UPDATE "_qs + table + u" SET "_qs + field + u" = ? WHERE rowid IN ("_qs;
+    }
+
     QString setRowSql(const QString &table, const QString &, const QStringList &,
         const QString &field, const QList<bool> &) const override
     {

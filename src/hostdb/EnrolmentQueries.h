@@ -34,6 +34,9 @@ QStringList sortTexts(Roster roster);
 
 // Row keys of the listed rows, in the listing's order.
 QList<qint64> listedKeys(HostDb &db, Roster roster, const Listing &listing);
+// The same, always by the database's own join and sort (listedKeys works a
+// long tenant list out in the program where it can: TenantListing).
+QList<qint64> listedKeysBySql(HostDb &db, Roster roster, const Listing &listing);
 
 // The values of the given rows, by row key, in the column order of
 // columnCount(): tenants OwnerID, PropID, TenantID, OLastName1, OFirstName1,

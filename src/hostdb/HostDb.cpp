@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlRecord>
 
@@ -121,7 +122,9 @@ const FeatureNeeds kNeeds[] = {
 } // namespace
 
 HostDb::HostDb(QString connection, QString path, bool access)
-    : m_connection(std::move(connection)), m_path(std::move(path)), m_access(access)
+    : m_connection(std::move(connection))
+    , m_path(std::move(path))
+    , m_access(access)
 {
 }
 
@@ -147,7 +150,7 @@ std::unique_ptr<HostDb> HostDb::openFolder(const QString &folder)
     const QString name = u"hostdb-"_qs + QString::number(g_connectionSerial.fetchAndAddRelaxed(1));
     QSqlDatabase db = QSqlDatabase::addDatabase(u"QODBC"_qs, name);
     db.setDatabaseName(u"DRIVER={Microsoft Access Driver (*.mdb, *.accdb)};DBQ="_qs
-                       + QFileInfo(access).absoluteFilePath() + u';');
+        + QFileInfo(access).absoluteFilePath() + u';');
     std::unique_ptr<HostDb> host(new HostDb(name, access, true));
     if (!db.open()) {
         // Either the driver is missing or the file is not an Access
@@ -180,6 +183,18 @@ std::unique_ptr<HostDb> HostDb::openSqlite(const QString &path, bool create)
 QSqlDatabase HostDb::database() const
 {
     return QSqlDatabase::database(m_connection, false);
+}
+
+sqlite3 *HostDb::sqliteHandle() const
+{
+    if (m_access)
+        return nullptr;
+    const QSqlDatabase db = database();
+    const QVariant handle = db.driver() ? db.driver()->handle() : QVariant();
+    // The driver hands it out by this type name (Qt's documented way).
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
+        return nullptr;
+    return *static_cast<sqlite3 *const *>(handle.constData());
 }
 
 void HostDb::createSchema()
@@ -314,7 +329,8 @@ void beginWrite(HostDb &db)
 
 } // namespace
 
-HostDb::Transaction::Transaction(HostDb &db) : m_db(db)
+HostDb::Transaction::Transaction(HostDb &db)
+    : m_db(db)
 {
     beginWrite(m_db);
     m_open = true;

@@ -32,6 +32,8 @@ enum class HostFeature {
 // file "dxdatafl.mdb" is there, it is opened through the ODBC Access driver.
 // Failures throw RuntimeError; a database held locked by another writer past
 // the busy wait throws RuntimeError::databaseBusy().
+struct sqlite3;
+
 class HostDb
 {
 public:
@@ -51,6 +53,10 @@ public:
     QSqlDatabase database() const;
     const QString &path() const { return m_path; }
     bool isAccess() const { return m_access; }
+    // The SQLite engine's own handle of the connection, for the few reads
+    // in bulk where the driver's cost per value would dominate; nullptr on
+    // another engine. Owned by the connection.
+    sqlite3 *sqliteHandle() const;
     // The statements that differ between the engines, for this one.
     const EngineSql &sql() const;
 

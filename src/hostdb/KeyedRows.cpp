@@ -1,8 +1,12 @@
 #include "hostdb/KeyedRows.h"
 
 #include "core/RuntimeError.h"
+#include "hostdb/BatchRead.h"
 #include "hostdb/EngineSql.h"
 #include "hostdb/HostDb.h"
+
+#include <algorithm>
+#include <utility>
 
 KeyedRows::KeyedRows(
     const HostDb &db, const EngineSql &engine, QString table, QString key, QStringList fields)
@@ -28,27 +32,54 @@ void KeyedRows::readAll()
     m_all.clear();
     while (all.next()) {
         const QVariant key = all.value(handles);
-        m_all[key.toLongLong()].append(rowAt(all, key, handles + 1));
+        m_all[key.toLongLong()].append(rowAt(BatchRead::QueryRow(all), key, handles + 1));
     }
     m_readAll = true;
 }
 
-QList<KeyedRows::Row> KeyedRows::rows(const QVariant &key)
+void KeyedRows::readKeys(const QList<qint64> &keys)
+{
+    QList<qint64> wanted;
+    for (qint64 key : keys) {
+        if (!m_readAll && !m_keysRead.contains(key)) {
+            m_keysRead.insert(key);
+            wanted.append(key);
+        }
+    }
+    const int handles = m_engine.handleColumns();
+    BatchRead::run(m_db, m_engine.keyedRowsSql(m_table, QStringList { m_key } + m_fields), wanted,
+        "reading records", [&](const BatchRead::Row &q) {
+            const QVariant key = q.value(handles);
+            m_all[key.toLongLong()].append(rowAt(q, key, handles + 1));
+        });
+}
+
+bool KeyedRows::isRead(const QVariant &key) const
 {
     if (m_readAll)
+        return true;
+    if (m_keysRead.isEmpty() || key.typeId() != QMetaType::LongLong)
+        return false;
+    return m_keysRead.contains(key.toLongLong());
+}
+
+QList<KeyedRows::Row> KeyedRows::rows(const QVariant &key)
+{
+    if (isRead(key))
         return m_all.value(key.toLongLong());
     return read(key, -1);
 }
 
 std::optional<KeyedRows::Row> KeyedRows::first(const QVariant &key)
 {
-    QList<Row> found = m_readAll ? m_all.value(key.toLongLong()) : read(key, 1);
+    QList<Row> found = isRead(key) ? m_all.value(key.toLongLong()) : read(key, 1);
     if (found.isEmpty())
         return std::nullopt;
     return found.takeFirst();
 }
 
-KeyedRows::Row KeyedRows::rowAt(const QSqlQuery &query, const QVariant &key, int firstField) const
+KeyedRows::Row KeyedRows::rowAt(
+    const BatchRead::Row &query, const QVariant &key, int firstField) const
 {
     Row row;
     row.key = key;
@@ -65,7 +96,7 @@ QList<KeyedRows::Row> KeyedRows::read(const QVariant &key, int limit)
     HostDb::exec(m_rows, "finding a record");
     QList<Row> found;
     while ((limit < 0 || found.size() < limit) && m_rows.next())
-        found.append(rowAt(m_rows, key, m_engine.handleColumns()));
+        found.append(rowAt(BatchRead::QueryRow(m_rows), key, m_engine.handleColumns()));
     m_rows.finish();
     return found;
 }
@@ -113,7 +144,7 @@ int KeyedRows::set(const Row &row, int index, const QVariant &value)
     }
     HostDb::exec(q, "changing a record");
     const int changed = q.numRowsAffected();
-    if (m_readAll && changed > 0)
+    if (changed > 0)
         remember(row, index, value);
     return changed;
 }
@@ -137,4 +168,28 @@ bool KeyedRows::addToFirst(const QVariant &key, int index, Currency delta, Chang
     if (change)
         *change = { *row, before, balance };
     return true;
+}
+
+void KeyedRows::setLater(const Row &row, int index, const QVariant &value)
+{
+    if (!row.handle.isValid()
+        || m_engine.setRowsByHandleSql(m_table, m_fields.at(index)).isEmpty()) {
+        set(row, index, value);
+        return;
+    }
+    auto same = std::find_if(m_pendingSets.begin(), m_pendingSets.end(),
+        [&](const PendingSet &p) { return p.index == index && p.value == value; });
+    if (same == m_pendingSets.end())
+        same = m_pendingSets.insert(m_pendingSets.end(), PendingSet { index, value, {} });
+    same->handles.append(row.handle.toLongLong());
+    // What the batch will write, in the rows read before.
+    remember(row, index, value);
+}
+
+void KeyedRows::flush()
+{
+    for (const PendingSet &p : std::exchange(m_pendingSets, {})) {
+        BatchRead::run(m_db, m_engine.setRowsByHandleSql(m_table, m_fields.at(p.index)), p.handles,
+            "changing records", [](const BatchRead::Row &) {}, { p.value });
+    }
 }

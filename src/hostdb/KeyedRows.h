@@ -1,9 +1,11 @@
 #pragma once
 
 #include "core/Currency.h"
+#include "hostdb/BatchRead.h"
 
 #include <QHash>
 #include <QList>
+#include <QSet>
 #include <QSqlQuery>
 #include <QStringList>
 #include <QVariant>
@@ -42,6 +44,11 @@ public:
     // numbers.
     void readAll();
 
+    // Reads the rows of these keys at once, a batch of keys per statement
+    // (BatchRead); look-ups of them are then answered from what was read
+    // and from the changes made through this object.
+    void readKeys(const QList<qint64> &keys);
+
     // The rows with the key, in the order a seek on the key's index meets
     // them (the order entered, where the engine can name it).
     QList<Row> rows(const QVariant &key);
@@ -73,9 +80,16 @@ public:
     const QString &keyField() const { return m_key; }
     const QStringList &fields() const { return m_fields; }
 
+    // Sets the field of the row as set() does; rows with a handle are
+    // written by flush(), a batch of rows per statement.
+    void setLater(const Row &row, int index, const QVariant &value);
+    // Writes what setLater() left. The caller's transaction must not end
+    // before it.
+    void flush();
+
 private:
     QList<Row> read(const QVariant &key, int limit);
-    Row rowAt(const QSqlQuery &query, const QVariant &key, int firstField) const;
+    Row rowAt(const BatchRead::Row &query, const QVariant &key, int firstField) const;
     void remember(const Row &changed, int index, const QVariant &value);
 
     const HostDb &m_db;
@@ -85,6 +99,17 @@ private:
     QStringList m_fields;
     QSqlQuery m_rows;
     QHash<QString, QSqlQuery> m_setters; // by field index and Null pattern
+    bool isRead(const QVariant &key) const;
+
     bool m_readAll = false;
-    QHash<qint64, QList<Row>> m_all; // by key, after readAll()
+    QSet<qint64> m_keysRead; // by readKeys()
+    QHash<qint64, QList<Row>> m_all; // by key, after readAll() or readKeys()
+    // setLater(): the handles of the rows to set, by field and value.
+    struct PendingSet
+    {
+        int index;
+        QVariant value;
+        QList<qint64> handles;
+    };
+    QList<PendingSet> m_pendingSets;
 };

@@ -1,5 +1,6 @@
 #include "hostdb/RentLookup.h"
 
+#include "hostdb/BatchRead.h"
 #include "hostdb/EngineSql.h"
 
 #include <QDate>
@@ -10,6 +11,11 @@ namespace {
 const QString kPropertySql = u"SELECT POwnerID FROM Properties WHERE PropID = :id"_qs;
 const QString kUnitSql = u"SELECT UAddress FROM Units WHERE UTenantID = :id"_qs;
 const QString kTenantSql = u"SELECT TFirstName1, TLastName1 FROM Tenants WHERE TenantID = :id"_qs;
+// The same, for a batch of ids ("IN (" is followed by the marks).
+const QString kPropertyBatchSql = u"SELECT PropID, POwnerID FROM Properties WHERE PropID IN ("_qs;
+const QString kUnitBatchSql = u"SELECT UTenantID, UAddress FROM Units WHERE UTenantID IN ("_qs;
+const QString kTenantBatchSql
+    = u"SELECT TenantID, TFirstName1, TLastName1 FROM Tenants WHERE TenantID IN ("_qs;
 // The income lines of one day.
 const QString kIncomeSql = u"SELECT TransTID, TransAmount, TransCheckNumber FROM Transactions"
                            " WHERE TransType = 'I' AND TransDate = :date"_qs;
@@ -64,15 +70,59 @@ RentLookup::ReadScope::~ReadScope()
 }
 
 RentLookup::RentLookup(const HostDb &db)
-    : m_property(checked(db).prepare(kPropertySql))
+    : m_db(checked(db))
+    , m_property(db.prepare(kPropertySql))
     , m_unit(db.prepare(kUnitSql))
     , m_tenant(db.prepare(kTenantSql))
     , m_income(db.prepare(kIncomeSql))
 {
 }
 
+template <typename Value, typename Take>
+void RentLookup::readBatches(const QString &sql, const char *operation, const QList<qint64> &ids,
+    QHash<qint64, std::optional<Value>> &into, Take take)
+{
+    QList<qint64> wanted;
+    for (qint64 id : ids) {
+        if (!into.contains(id)) {
+            into.insert(id, std::nullopt);
+            wanted.append(id);
+        }
+    }
+    BatchRead::run(m_db, sql, wanted, operation, [&](const BatchRead::Row &q) {
+        // The first row of an id, as a keyed look-up meets it.
+        std::optional<Value> &slot = into[q.value(0).toLongLong()];
+        if (!slot)
+            slot = take(q);
+    });
+}
+
+void RentLookup::prefetch(const QList<qint64> &propertyIds, const QList<qint64> &tenantIds)
+{
+    readBatches(kPropertyBatchSql, "finding the properties", propertyIds, m_owners,
+        [](const BatchRead::Row &q) { return q.value(1); });
+    readBatches(kUnitBatchSql, "finding the units", tenantIds, m_addresses,
+        [](const BatchRead::Row &q) { return q.value(1); });
+    readBatches(
+        kTenantBatchSql, "finding the tenants", tenantIds, m_names, [](const BatchRead::Row &q) {
+            return TenantName { q.value(1), q.value(2) };
+        });
+}
+
+template <typename Value>
+const std::optional<Value> *RentLookup::fetched(
+    const QHash<qint64, std::optional<Value>> &found, const QVariant &id)
+{
+    if (found.isEmpty() || id.typeId() != QMetaType::LongLong)
+        return nullptr;
+    const auto it = found.constFind(id.toLongLong());
+    return it == found.cend() ? nullptr : &it.value();
+}
+
 std::optional<QVariant> RentLookup::ownerOfProperty(const QVariant &propId)
 {
+    if (const auto *known = fetched(m_owners, propId))
+        return *known;
     m_property.bindValue(u":id"_qs, propId);
     HostDb::exec(m_property, "finding a property");
     std::optional<QVariant> owner;
@@ -84,6 +134,8 @@ std::optional<QVariant> RentLookup::ownerOfProperty(const QVariant &propId)
 
 std::optional<QVariant> RentLookup::unitAddress(const QVariant &tenantId)
 {
+    if (const auto *known = fetched(m_addresses, tenantId))
+        return *known;
     m_unit.bindValue(u":id"_qs, tenantId);
     HostDb::exec(m_unit, "finding a unit");
     std::optional<QVariant> address;
@@ -95,6 +147,8 @@ std::optional<QVariant> RentLookup::unitAddress(const QVariant &tenantId)
 
 std::optional<RentLookup::TenantName> RentLookup::tenantName(const QVariant &tenantId)
 {
+    if (const auto *known = fetched(m_names, tenantId))
+        return *known;
     m_tenant.bindValue(u":id"_qs, tenantId);
     HostDb::exec(m_tenant, "finding a tenant");
     std::optional<TenantName> name;

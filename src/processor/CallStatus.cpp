@@ -16,14 +16,6 @@ QString count(qsizetype n, const QString &one, const QString &many)
     return numbers.toString(qlonglong(n)) + u' ' + (n == 1 ? one : many);
 }
 
-// Lines of a transfer text, a last line without its line break included.
-qsizetype lineCount(const QString &text)
-{
-    if (text.isEmpty())
-        return 0;
-    return text.count(u'\n') + (text.endsWith(u'\n') ? 0 : 1);
-}
-
 } // namespace
 
 CallStatus::CallStatus(Prompter &prompter, const QString &activity)
@@ -52,9 +44,9 @@ void CallStatus::release()
     m_prompter = nullptr;
 }
 
-QString CallStatus::transmitText(const QString &setupText, const QString &tenantText)
+QString CallStatus::transmitText(const CallText &setupText, const CallText &tenantText)
 {
-    const qsizetype tenants = lineCount(tenantText);
+    const qsizetype tenants = tenantText.lineCount();
     if (!setupText.isEmpty())
         return u"Sending the portfolio: "_qs + count(tenants, u"tenant"_qs, u"tenants"_qs)
             + u"…"_qs;
@@ -64,19 +56,13 @@ QString CallStatus::transmitText(const QString &setupText, const QString &tenant
     return u"Asking the processor for rent payments…"_qs;
 }
 
-QString CallStatus::payeesText(const QString &payeeText, const QString &paymentText)
+QString CallStatus::payeesText(const CallText &payeeText, const CallText &paymentText)
 {
     if (!paymentText.isEmpty())
         return u"Sending the owner and vendor payments: "_qs
-            + count(lineCount(paymentText), u"check"_qs, u"checks"_qs) + u"…"_qs;
-    qsizetype owners = 0;
-    qsizetype vendors = 0;
-    for (QStringView line : QStringView(payeeText).split(u'\n')) {
-        if (line.startsWith(u'O'))
-            ++owners;
-        else if (line.startsWith(u'V'))
-            ++vendors;
-    }
+            + count(paymentText.lineCount(), u"check"_qs, u"checks"_qs) + u"…"_qs;
+    const qsizetype owners = payeeText.lineCount('O');
+    const qsizetype vendors = payeeText.lineCount('V');
     if (vendors == 0)
         return u"Sending the owners' enrolment: "_qs + count(owners, u"owner"_qs, u"owners"_qs)
             + u"…"_qs;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "processor/CallText.h"
+
 #include <QElapsedTimer>
 #include <QString>
 #include <QTimer>
@@ -23,10 +25,10 @@ public:
 
     // The work of a Transmit: the portfolio (setup and tenants), the tenants'
     // enrolment alone, or, with both texts empty, the request for rent.
-    static QString transmitText(const QString &setupText, const QString &tenantText);
+    static QString transmitText(const CallText &setupText, const CallText &tenantText);
     // The work of a TransmitPayees: owners' and vendors' enrolment (payee
     // lines "O…"/"V…") or a batch of payments.
-    static QString payeesText(const QString &payeeText, const QString &paymentText);
+    static QString payeesText(const CallText &payeeText, const CallText &paymentText);
     // "Waiting for the processor… 12 s".
     static QString waitingText(qint64 seconds);
 

@@ -1,16 +1,21 @@
 #include "processor/HttpProcessorClient.h"
 
+#include "core/RuntimeError.h"
 #include "core/TransferFile.h"
 
 #include <QCoreApplication>
 #include <QEvent>
 #include <QEventLoop>
+#include <QFile>
+#include <QFileInfo>
 #include <QThread>
 #include <QUrl>
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -38,12 +43,37 @@ size_t collect(char *data, size_t size, size_t count, void *target)
     return bytes;
 }
 
+// One part of the body: bytes in memory, or a transfer file read as it is
+// sent. A file part announces the size the file had when it was opened; a
+// file that is shorter by the time it is read stops the transfer rather
+// than send a body shorter than announced.
+struct Part
+{
+    QByteArray name;
+    QByteArray bytes;
+    std::unique_ptr<QFile> file;
+    qint64 left = 0; // bytes of the file still to be sent
+
+    static size_t read(char *buffer, size_t size, size_t count, void *arg)
+    {
+        auto *part = static_cast<Part *>(arg);
+        const qint64 want = std::min(qint64(size * count), part->left);
+        if (want == 0)
+            return 0;
+        const qint64 got = part->file->read(buffer, want);
+        if (got <= 0)
+            return CURL_READFUNC_ABORT;
+        part->left -= got;
+        return size_t(got);
+    }
+};
+
 struct Transfer
 {
     // Inputs, filled on the calling thread.
     QByteArray url;
     QByteArray authorization;
-    QList<QPair<QByteArray, QByteArray>> parts;
+    std::vector<Part> parts;
     long timeoutSeconds = 120;
     // Outputs, filled on the worker thread.
     bool answered = false;
@@ -59,10 +89,17 @@ struct Transfer
             return;
         CURL *h = curl.get();
         curl_mime *mime = curl_mime_init(h);
-        for (const auto &[name, data] : parts) {
+        for (Part &p : parts) {
             curl_mimepart *part = curl_mime_addpart(mime);
-            curl_mime_name(part, name.constData());
-            curl_mime_data(part, data.constData(), size_t(data.size()));
+            curl_mime_name(part, p.name.constData());
+            if (p.file) {
+                // No file name and no type: the part's headers are those of
+                // the same bytes given in memory. No seek function: the part
+                // is read once, so the request is never sent again.
+                curl_mime_data_cb(part, curl_off_t(p.left), Part::read, nullptr, nullptr, &p);
+            } else {
+                curl_mime_data(part, p.bytes.constData(), size_t(p.bytes.size()));
+            }
         }
         curl_slist *headers = nullptr;
         headers = curl_slist_append(headers, authorization.constData());
@@ -203,18 +240,15 @@ bool HttpProcessorClient::isAllowedUrl(const QString &url)
     return true;
 }
 
-bool HttpProcessorClient::Transmit(const QString &setupText, const QString &tenantText)
+bool HttpProcessorClient::Transmit(const CallText &setupText, const CallText &tenantText)
 {
-    return post({ { "setup", TransferFile::toAnsi(setupText) },
-        { "tenant", TransferFile::toAnsi(tenantText) } });
+    return post({ { "setup", setupText }, { "tenant", tenantText } });
 }
 
 bool HttpProcessorClient::TransmitPayees(
-    const QString &payeeText, const QString &paymentText, const QString &thirdText)
+    const CallText &payeeText, const CallText &paymentText, const CallText &thirdText)
 {
-    return post({ { "payee", TransferFile::toAnsi(payeeText) },
-        { "payment", TransferFile::toAnsi(paymentText) },
-        { "extra", TransferFile::toAnsi(thirdText) } });
+    return post({ { "payee", payeeText }, { "payment", paymentText }, { "extra", thirdText } });
 }
 
 bool HttpProcessorClient::post(const Parts &parts)
@@ -227,10 +261,23 @@ bool HttpProcessorClient::post(const Parts &parts)
         return false;
     }
     Transfer transfer;
+    for (const auto &[name, text] : parts) {
+        Part part;
+        part.name = name;
+        if (text.isFile()) {
+            part.file = std::make_unique<QFile>(text.path());
+            if (!part.file->open(QIODevice::ReadOnly))
+                throw QFileInfo::exists(text.path()) ? RuntimeError::permissionDenied()
+                                                     : RuntimeError::fileNotFound();
+            part.left = part.file->size();
+        } else {
+            part.bytes = TransferFile::toAnsi(text.text());
+        }
+        transfer.parts.push_back(std::move(part));
+    }
     transfer.url = QUrl(m_url).toEncoded();
     transfer.authorization
         = "Authorization: Basic " + TransferFile::toAnsi(m_user + u':' + m_password).toBase64();
-    transfer.parts = parts;
     transfer.timeoutSeconds = m_timeoutSeconds > 0 ? m_timeoutSeconds : 120;
     runWaiting(transfer);
     transfer.authorization.fill('\0');

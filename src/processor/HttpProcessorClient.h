@@ -2,7 +2,6 @@
 
 #include "processor/ProcessorClient.h"
 
-#include <QByteArray>
 #include <QList>
 #include <QPair>
 
@@ -11,7 +10,10 @@
 // second POST of a payment batch could pay twice. The body is
 // multipart/form-data with the texts in Windows-1252 (parts setup/tenant, or
 // payee/payment/extra); the answer's status becomes ResultCode and its body
-// ResponseText.
+// ResponseText. A text given as its transfer file is read from disk a block
+// at a time as it goes out, with the same part headers and bytes as the
+// text itself would have; such a part cannot be rewound, so it can never go
+// out twice either.
 //
 // The flag is true when an HTTP answer arrived, whatever its code. When none
 // did (refused, unreachable, timed out, TLS failure, or the answer broke off
@@ -42,9 +44,9 @@ public:
     qint32 ResultCode() const override { return m_resultCode; }
     QString ResponseText() const override { return m_responseText; }
 
-    bool Transmit(const QString &setupText, const QString &tenantText) override;
+    bool Transmit(const CallText &setupText, const CallText &tenantText) override;
     bool TransmitPayees(
-        const QString &payeeText, const QString &paymentText, const QString &thirdText) override;
+        const CallText &payeeText, const CallText &paymentText, const CallText &thirdText) override;
 
     bool mayHaveArrived() const override { return m_mayHaveArrived; }
 
@@ -56,7 +58,7 @@ public:
     static constexpr qint64 MaxAnswerBytes = qint64(64) << 20;
 
 private:
-    using Parts = QList<QPair<QByteArray, QByteArray>>;
+    using Parts = QList<QPair<QByteArray, CallText>>;
     bool post(const Parts &parts);
 
     int m_timeoutSeconds;

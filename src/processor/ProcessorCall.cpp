@@ -21,8 +21,8 @@ const QString kRestartText
       "sent."_qs;
 
 template <typename Send>
-Outcome call(ProgramState &state, const QString &url, const QString &activity, const Keep &keep,
-    Send &&send)
+Outcome call(
+    ProgramState &state, const QString &url, const QString &activity, const Keep &keep, Send &&send)
 {
     if (!fileNamesBuilt(state))
         throw RuntimeError::badFileName();
@@ -55,20 +55,20 @@ Outcome call(ProgramState &state, const QString &url, const QString &activity, c
 } // namespace
 
 Outcome transmit(
-    ProgramState &state, const QString &setupText, const QString &tenantText, const Keep &keep)
+    ProgramState &state, const CallText &setupText, const CallText &tenantText, const Keep &keep)
 {
     return call(state, state.ProcessorUrl, CallStatus::transmitText(setupText, tenantText), keep,
         [&](ProcessorClient &c) { return c.Transmit(setupText, tenantText); });
 }
 
 Outcome transmitPayees(
-    ProgramState &state, const QString &payeeText, const QString &paymentText, const Keep &keep)
+    ProgramState &state, const CallText &payeeText, const CallText &paymentText, const Keep &keep)
 {
     const QString url = payeeUrl(state.ProcessorUrl);
-    return call(state, url, CallStatus::payeesText(payeeText, paymentText), keep,
-        [&](ProcessorClient &c) {
-        return c.TransmitPayees(payeeText, paymentText, QStringLiteral(""));
-    });
+    return call(
+        state, url, CallStatus::payeesText(payeeText, paymentText), keep, [&](ProcessorClient &c) {
+            return c.TransmitPayees(payeeText, paymentText, CallText(QStringLiteral("")));
+        });
 }
 
 bool fileNamesBuilt(const ProgramState &state)

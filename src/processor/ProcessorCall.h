@@ -1,5 +1,7 @@
 #pragma once
 
+#include "processor/CallText.h"
+
 #include <QString>
 
 #include <functional>
@@ -29,11 +31,12 @@ struct Outcome
 };
 using Keep = std::function<void(const Outcome &)>;
 
-// Transmit(setupText, tenantText) to state.ProcessorUrl.
-Outcome transmit(ProgramState &state, const QString &setupText, const QString &tenantText,
+// Transmit(setupText, tenantText) to state.ProcessorUrl. A text given as its
+// transfer file (CallText::file) is sent from disk.
+Outcome transmit(ProgramState &state, const CallText &setupText, const CallText &tenantText,
     const Keep &keep = {});
 // TransmitPayees(payeeText, paymentText, "") to the payee URL.
-Outcome transmitPayees(ProgramState &state, const QString &payeeText, const QString &paymentText,
+Outcome transmitPayees(ProgramState &state, const CallText &payeeText, const CallText &paymentText,
     const Keep &keep = {});
 
 // True once start-up has built the transfer file names. A log in completed

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "processor/CallText.h"
+
 #include <QString>
 
 #include <functional>
@@ -23,11 +25,13 @@ public:
     virtual QString ResponseText() const = 0;
 
     // Sends the setup and tenant uploads; both empty fetches rent payments.
-    virtual bool Transmit(const QString &setupText, const QString &tenantText) = 0;
+    // A text given as its transfer file is read while it is sent.
+    virtual bool Transmit(const CallText &setupText, const CallText &tenantText) = 0;
     // Sends owner/vendor enrolments (payee) or a distribution (payment); the
     // third text is always empty.
-    virtual bool TransmitPayees(const QString &payeeText, const QString &paymentText,
-                                const QString &thirdText) = 0;
+    virtual bool TransmitPayees(
+        const CallText &payeeText, const CallText &paymentText, const CallText &thirdText)
+        = 0;
 
     // After a call without an answer: false only when the request certainly
     // never reached the processor (the URL was refused, or no connection

@@ -11,6 +11,8 @@
 
 #include <QFile>
 
+#include <utility>
+
 namespace PaymentFile {
 
 namespace {
@@ -77,23 +79,67 @@ QString postedNoteFor(const RentPayment &row, const QString &isoDate)
 
 } // namespace
 
-qsizetype candidateCount(const QStringList &pieces)
+namespace {
+
+// The lines of a payment file's text, as views into it: a long file is not
+// copied line by line.
+QList<QStringView> linesOf(const QString &text)
+{
+    return QStringView(text).split(u'\n');
+}
+
+template <typename Pieces> qsizetype countCandidates(const Pieces &pieces)
 {
     qsizetype count = pieces.size() - 2;
-    const QString first = pieces.isEmpty() ? QString() : pieces.first();
-    if (!(first.startsWith(u'P') && VbText::IsNumeric(first.mid(1, 1))))
+    const QStringView first = pieces.isEmpty() ? QStringView() : QStringView(pieces.first());
+    if (!(first.startsWith(u'P') && VbText::IsNumeric(first.mid(1, 1).toString())))
         count = 0;
     return count;
 }
 
+} // namespace
+
+qsizetype candidateCount(const QStringList &pieces)
+{
+    return countCandidates(pieces);
+}
+
+namespace {
+
+// The properties and tenants that the payment lines name, read from the
+// database at once before the lines are matched one by one.
+void prefetchIds(const QList<QStringView> &pieces, qsizetype count, RentLookup &lookup)
+{
+    QList<qint64> properties, tenants;
+    auto add = [](QList<qint64> &ids, QStringView cell) {
+        const QVariant key = RentPayment::key(RentPayment::cellId(cell.toString()));
+        if (key.typeId() == QMetaType::LongLong)
+            ids.append(key.toLongLong());
+    };
+    for (qsizetype i = 0; i < count; ++i) {
+        const QString line = VbText::Trim(pieces.at(i).toString());
+        if (line.isEmpty() || !line.startsWith(u'P'))
+            break;
+        const QList<QStringView> fields = QStringView(line).split(u',');
+        if (fields.size() < 9)
+            break;
+        add(properties, fields.at(0));
+        add(tenants, fields.at(2));
+    }
+    lookup.prefetch(properties, tenants);
+}
+
+} // namespace
+
 RentPayments parse(const QString &text, RentLookup &lookup)
 {
-    const QStringList pieces = text.split(u'\n');
-    const qsizetype count = candidateCount(pieces);
+    const QList<QStringView> pieces = linesOf(text);
+    const qsizetype count = countCandidates(pieces);
+    prefetchIds(pieces, count, lookup);
     RentPayments rows;
     rows.reserve(count > 0 ? std::size_t(count) : 0);
     for (qsizetype i = 0; i < count; ++i) {
-        const QString line = VbText::Trim(pieces.at(i));
+        const QString line = VbText::Trim(pieces.at(i).toString());
         // The payments end at the first line that is not one.
         if (line.isEmpty() || !line.startsWith(u'P'))
             break;
@@ -115,9 +161,14 @@ Currency transactionTotal(const RentPayments &rows)
 
 void markPosted(RentLookup &lookup, RentPayments &rows)
 {
+    // A file holds few distinct dates: each is read as a date once.
+    QHash<QString, QString> isoDates;
     for (RentPayment &row : rows) {
         row.postedNote.clear();
-        const QString iso = row.isoDate();
+        auto known = isoDates.constFind(row.date);
+        if (known == isoDates.cend())
+            known = isoDates.insert(row.date, row.isoDate());
+        const QString &iso = *known;
         if (!row.amount || iso.isEmpty())
             continue;
         const auto posted = lookup.postedPayment(
@@ -146,16 +197,27 @@ QString fileSha256(const ProgramState &state)
     return RentPostingRecord::sha256(file.readAll());
 }
 
+namespace {
+
+// Moves the payment file aside when the file with this SHA-256 is recorded
+// as posted in full.
+bool settleFile(ProgramState &state, const QString &sha)
+{
+    RentPostingRecord record(state.store());
+    if (record.completedAt(sha).isEmpty())
+        return false;
+    moveAside(state);
+    return true;
+}
+
+} // namespace
+
 bool settlePosted(ProgramState &state)
 {
     if (state.PaymentDownloadName.isEmpty()
         || !TransferFile::exists(state.pathOf(state.PaymentDownloadName)))
         return false;
-    RentPostingRecord record(state.store());
-    if (record.completedAt(fileSha256(state)).isEmpty())
-        return false;
-    moveAside(state);
-    return true;
+    return settleFile(state, fileSha256(state));
 }
 
 void markRecorded(ProgramState &state, const QString &sha, RentPayments &rows)
@@ -187,13 +249,23 @@ LoadResult load(ProgramState &state)
     BusyCursor busy(prompter);
     LoadResult result;
     try {
+        // The file is read once: its text and its SHA-256 come from the
+        // same bytes.
+        const QString path = state.pathOf(state.PaymentDownloadName);
+        if (!TransferFile::exists(path))
+            throw RuntimeError::fileNotFound();
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            throw RuntimeError::permissionDenied();
+        QByteArray bytes = file.readAll();
+        file.close();
+        result.fileSha256 = RentPostingRecord::sha256(bytes);
         // Payments that a posting run recorded as posted are never offered
         // again, even when the program ended before their file was moved.
-        settlePosted(state);
-        const QString path = state.pathOf(state.PaymentDownloadName);
-        const QString text = ReadWholeFile(path);
-        result.fileSha256 = fileSha256(state);
-        if (candidateCount(text.split(u'\n')) <= 0) {
+        if (settleFile(state, result.fileSha256))
+            throw RuntimeError::fileNotFound();
+        const QString text = TransferFile::fromAnsi(std::exchange(bytes, {}));
+        if (countCandidates(linesOf(text)) <= 0) {
             prompter.notice(kNoPayments, kNoPaymentsTitle);
             if (!TransferFile::remove(path))
                 throw RuntimeError::permissionDenied();

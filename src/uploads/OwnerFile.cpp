@@ -79,8 +79,8 @@ void UploadOwnerFile(ProgramState &state)
             u"Owner Remitra"_qs);
         return;
     }
-    const QString payees = ReadWholeFile(path);
     ExchangeJournal exchange(
         state, Journal::Kind::OwnerUpload, { { state.OwnerUploadName }, {}, {}, {} });
-    ProcessorCall::transmitPayees(state, payees, QStringLiteral(""), exchange.keep());
+    ProcessorCall::transmitPayees(
+        state, CallText::file(path), CallText(QStringLiteral("")), exchange.keep());
 }

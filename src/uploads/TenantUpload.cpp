@@ -119,8 +119,8 @@ void SendTenantUpload(ProgramState &state)
             u"Tenant Remitra"_qs);
         return;
     }
-    const QString tenants = ReadWholeFile(path);
     ExchangeJournal exchange(
         state, Journal::Kind::TenantUpload, { { state.TenantUploadName }, {}, {}, {} });
-    ProcessorCall::transmit(state, QStringLiteral(""), tenants, exchange.keep());
+    ProcessorCall::transmit(
+        state, CallText(QStringLiteral("")), CallText::file(path), exchange.keep());
 }

@@ -17,8 +17,10 @@ bool UploadAll(ProgramState &state)
     }
     BuildSetupFile(state);
     BuildTenantUpload(state);
-    const QString setup = ReadWholeFile(state.pathOf(state.SetupUploadName));
-    const QString tenants = ReadWholeFile(state.pathOf(state.TenantUploadName));
+    // Both files go out from disk as they are: the portfolio is never held
+    // in memory.
+    const CallText setup = CallText::file(state.pathOf(state.SetupUploadName));
+    const CallText tenants = CallText::file(state.pathOf(state.TenantUploadName));
     ExchangeJournal exchange(state, Journal::Kind::UploadAll,
         { { state.SetupUploadName, state.TenantUploadName }, {}, {}, {} });
     ProcessorCall::transmit(state, setup, tenants, exchange.keep());

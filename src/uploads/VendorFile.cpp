@@ -47,8 +47,8 @@ void UploadVendorFile(ProgramState &state)
             u"Vendor Remitra"_qs);
         return;
     }
-    const QString payees = ReadWholeFile(path);
     ExchangeJournal exchange(
         state, Journal::Kind::VendorUpload, { { state.VendorUploadName }, {}, {}, {} });
-    ProcessorCall::transmitPayees(state, payees, QStringLiteral(""), exchange.keep());
+    ProcessorCall::transmitPayees(
+        state, CallText::file(path), CallText(QStringLiteral("")), exchange.keep());
 }

@@ -33,7 +33,10 @@ public:
         QList<Reply> replies;
     };
 
-    explicit ScriptedProcessorClient(std::shared_ptr<Script> script) : m_script(std::move(script)) {}
+    explicit ScriptedProcessorClient(std::shared_ptr<Script> script)
+        : m_script(std::move(script))
+    {
+    }
 
     static ProcessorClientFactory factory(std::shared_ptr<Script> script)
     {
@@ -46,17 +49,20 @@ public:
     qint32 ResultCode() const override { return m_reply.code; }
     bool mayHaveArrived() const override { return m_reply.flag || m_reply.arrived; }
     QString ResponseText() const override { return m_reply.response; }
-    bool Transmit(const QString &a, const QString &b) override { return record(u"Transmit"_qs, {a, b}); }
-    bool TransmitPayees(const QString &a, const QString &b, const QString &c) override
+    bool Transmit(const CallText &a, const CallText &b) override
     {
-        return record(u"TransmitPayees"_qs, {a, b, c});
+        return record(u"Transmit"_qs, { a.readAll(), b.readAll() });
+    }
+    bool TransmitPayees(const CallText &a, const CallText &b, const CallText &c) override
+    {
+        return record(u"TransmitPayees"_qs, { a.readAll(), b.readAll(), c.readAll() });
     }
 
 private:
     bool record(const QString &op, const QStringList &texts)
     {
-        m_script->calls.append({op, m_url, m_user, m_password, texts});
-        m_reply = m_script->replies.isEmpty() ? Reply{} : m_script->replies.takeFirst();
+        m_script->calls.append({ op, m_url, m_user, m_password, texts });
+        m_reply = m_script->replies.isEmpty() ? Reply {} : m_script->replies.takeFirst();
         return m_reply.flag;
     }
 

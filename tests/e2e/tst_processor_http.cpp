@@ -9,10 +9,15 @@
 #include "processor/ReportResult.h"
 
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+
+#include <memory>
+#include <utility>
 
 namespace {
 
@@ -49,7 +54,8 @@ private slots:
     void transmitCarriesTheExactBytes()
     {
         const QString setup = u"DXRM|O1|Zoë Brontë|P2|Café € 5|x\r\nDXRM|O1|a|b\r\n"_qs;
-        const QString tenant = u"DXRM|O1|P2|U3|T3|125.5|1/2/2020|Rent|T3|Ann|Lee|1 Main|Town|ST|12345|activate|\r\n"_qs;
+        const QString tenant
+            = u"DXRM|O1|P2|U3|T3|125.5|1/2/2020|Rent|T3|Ann|Lee|1 Main|Town|ST|12345|activate|\r\n"_qs;
         auto c = client(sandbox->url());
         QVERIFY(c->Transmit(setup, tenant));
         QCOMPARE(c->ResultCode(), 200);
@@ -58,7 +64,7 @@ private slots:
         const auto got = sandbox->received();
         QCOMPARE(got.size(), 1);
         QVERIFY(got[0].authorized);
-        QCOMPARE(got[0].parts.keys(), (QStringList{u"setup"_qs, u"tenant"_qs}));
+        QCOMPARE(got[0].parts.keys(), (QStringList { u"setup"_qs, u"tenant"_qs }));
         QCOMPARE(got[0].parts[u"setup"_qs], TransferFile::toAnsi(setup));
         QVERIFY(got[0].parts[u"setup"_qs].contains('\x80')); // the euro sign in Windows-1252
         QCOMPARE(got[0].parts[u"tenant"_qs], TransferFile::toAnsi(tenant));
@@ -72,22 +78,66 @@ private slots:
         const QString payments = u"B1043|O7|March | draw|1500\r\nB1045|V8|Repairs|82.4\r\n"_qs;
         auto p = client(sandbox->payeeUrl());
         QVERIFY(p->TransmitPayees(QString(), payments, QString()));
-        QCOMPARE(p->ResponseText(), u"O7,B1043,0,Accepted\r\n"
-                                    "V8,B1045,4,Payee is not set up for electronic payment\r\n"_qs);
+        QCOMPARE(p->ResponseText(),
+            u"O7,B1043,0,Accepted\r\n"
+            "V8,B1045,4,Payee is not set up for electronic payment\r\n"_qs);
 
         const auto got = sandbox->received();
         QCOMPARE(got.size(), 2);
         QCOMPARE(got[0].path, u"/qps/evendorpay.php"_qs);
-        QCOMPARE(got[0].parts.keys(), (QStringList{u"extra"_qs, u"payee"_qs, u"payment"_qs}));
+        QCOMPARE(got[0].parts.keys(), (QStringList { u"extra"_qs, u"payee"_qs, u"payment"_qs }));
         QCOMPARE(got[0].parts[u"payee"_qs], TransferFile::toAnsi(payees));
         QCOMPARE(got[0].parts[u"payment"_qs], QByteArray(""));
         QCOMPARE(got[1].parts[u"payment"_qs], TransferFile::toAnsi(payments));
     }
 
+    // A text given as its transfer file is read from disk as it goes out;
+    // the request is the one its text in memory makes, part headers
+    // included (no file name, no type), but for curl's random boundary.
+    void aFileGoesOutAsItsTextWould()
+    {
+        QTemporaryDir dir;
+        const QString tenant = u"DXRM|O1|P2|U3|T3|125.5|Zoë € \x81|activate|\r\n"_qs.repeated(5000);
+        const QString path = dir.filePath(u"tenants.txt"_qs);
+        TransferFile::writeAtomic(path, tenant);
+
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        QList<QByteArray> requests;
+        connect(&server, &QTcpServer::newConnection, this, [&] {
+            QTcpSocket *socket = server.nextPendingConnection();
+            // The request so far; ends with the socket's connection.
+            auto got = std::make_shared<QByteArray>();
+            connect(socket, &QTcpSocket::readyRead, socket, [&requests, socket, got] {
+                *got += socket->readAll();
+                const qsizetype end = got->indexOf("\r\n\r\n");
+                const QRegularExpression length(u"Content-Length: (\\d+)"_qs);
+                const auto m = length.match(QString::fromLatin1(got->left(end)));
+                if (end < 0 || !m.hasMatch() || got->size() < end + 4 + m.captured(1).toLongLong())
+                    return;
+                requests.append(std::exchange(*got, {}));
+                socket->write(
+                    "HTTP/1.1 200 OK\r\nContent-Length: 2\r\nConnection: close\r\n\r\nok");
+                socket->disconnectFromHost();
+            });
+        });
+        const QString url = u"http://127.0.0.1:%1/qps/upload.php"_qs.arg(server.serverPort());
+        QVERIFY(client(url)->Transmit(u"S"_qs, tenant));
+        QVERIFY(client(url)->Transmit(u"S"_qs, CallText::file(path)));
+        QCOMPARE(requests.size(), 2);
+        auto normalised = [](QByteArray request) {
+            const QRegularExpression boundary(u"boundary=([-\\w]+)"_qs);
+            const QString b = boundary.match(QString::fromLatin1(request)).captured(1);
+            return request.replace(b.toLatin1(), "BOUNDARY");
+        };
+        QCOMPARE(normalised(requests[1]), normalised(requests[0]));
+        QVERIFY(requests[0].contains(TransferFile::toAnsi(tenant)));
+    }
+
     void eachStatusReachesTheReport_data()
     {
         QTest::addColumn<int>("status");
-        for (int status : {401, 403, 404, 501, 503, 302, 500})
+        for (int status : { 401, 403, 404, 501, 503, 302, 500 })
             QTest::addRow("%d", status) << status;
     }
     void eachStatusReachesTheReport()
@@ -149,13 +199,14 @@ private slots:
             site.state->ProcessorUrl = local;
             server.close();
         } else if (how == u"tls"_qs) {
-            site.state->ProcessorUrl = u"https://127.0.0.1:%1/qps/upload.php"_qs.arg(sandbox->port());
+            site.state->ProcessorUrl
+                = u"https://127.0.0.1:%1/qps/upload.php"_qs.arg(sandbox->port());
         } else if (how == u"timeout"_qs) {
             sandbox->forceDelay(2500);
         } else if (how == u"dropped"_qs) {
             sandbox->forceDrop();
         } else if (how == u"truncated"_qs) {
-            sandbox->queueLines({u"P1,U2,T3,100,1/1/2026,123,1/1/2026,ACH,Rent"_qs});
+            sandbox->queueLines({ u"P1,U2,T3,100,1/1/2026,123,1/1/2026,ACH,Rent"_qs });
             sandbox->forceTruncatedBody();
         } else {
             // A server that hangs up once the upload has started to arrive.
@@ -173,7 +224,7 @@ private slots:
         QCOMPARE(outcome.code, qint16(501));
         QCOMPARE(outcome.response, QString());
         QCOMPARE(site.state->ResultText, u"False"_qs);
-        QCOMPARE(site.prompter.texts(), QStringList{kNoAnswer});
+        QCOMPARE(site.prompter.texts(), QStringList { kNoAnswer });
         QTest::qWait(how == u"timeout"_qs ? 2000 : 200); // past any late answer or retry
         if (sandboxRequests >= 0)
             QCOMPARE(sandbox->requestCount(), sandboxRequests);
@@ -196,7 +247,7 @@ private slots:
         const auto outcome = ProcessorCall::transmit(*site.state, u"S"_qs, u"T"_qs);
         QVERIFY(!outcome.flag);
         QCOMPARE(outcome.code, qint16(404));
-        QCOMPARE(site.prompter.titles(), QStringList{u"Remitra error"_qs});
+        QCOMPARE(site.prompter.titles(), QStringList { u"Remitra error"_qs });
         QCOMPARE(sandbox->requestCount(), 0);
     }
 
@@ -218,10 +269,10 @@ private slots:
         sandbox->forceDelay(600);
         QVERIFY(c->Transmit(u"S"_qs, u"T"_qs));
         ticker.stop();
-        QVERIFY(ticks >= 3);   // the event loop kept running
-        QCOMPARE(clicks, 0);   // but no click got through
+        QVERIFY(ticks >= 3); // the event loop kept running
+        QCOMPARE(clicks, 0); // but no click got through
         QTest::mouseClick(&button, Qt::LeftButton);
-        QCOMPARE(clicks, 1);   // and input works again afterwards
+        QCOMPARE(clicks, 1); // and input works again afterwards
     }
 
     void aLongCallShowsHowLongItHasWaited()

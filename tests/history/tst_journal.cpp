@@ -39,7 +39,7 @@ class ThrowingClient : public ScriptedProcessorClient
 {
 public:
     using ScriptedProcessorClient::ScriptedProcessorClient;
-    bool Transmit(const QString &, const QString &) override { throw RuntimeError::deviceIo(); }
+    bool Transmit(const CallText &, const CallText &) override { throw RuntimeError::deviceIo(); }
 };
 
 } // namespace

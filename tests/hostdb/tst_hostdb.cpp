@@ -4,13 +4,18 @@
 #include "app/TopLevel.h"
 #include "core/RuntimeError.h"
 #include "disburse/DistributionRun.h"
+#include "hostdb/BatchRead.h"
 #include "hostdb/DisburseList.h"
 #include "hostdb/EngineSql.h"
+#include "hostdb/EnrolmentQueries.h"
 #include "hostdb/KeyedRows.h"
 #include "hostdb/PortfolioQueries.h"
+#include "hostdb/TenantListing.h"
 
 #include <QSqlQuery>
 #include <QTest>
+
+#include <algorithm>
 
 namespace {
 
@@ -170,6 +175,26 @@ private slots:
                 site.scalar(u"SELECT sum(UCurrBal) FROM Units WHERE UTenantID = 9"_qs).toInt(), 3);
         }
 
+        // Rows read in a batch are the rows a seek meets, in its order; a
+        // balance changed twice in one posting adds up from what was
+        // written, not from what the batch read.
+        const QStringList fields { u"UCurrBal"_qs, u"UAddress"_qs, u"UNumber"_qs };
+        KeyedRows batch(site.db(), sql, u"Units"_qs, u"UTenantID"_qs, fields);
+        KeyedRows seek(site.db(), sql, u"Units"_qs, u"UTenantID"_qs, fields);
+        auto values = [](const QList<KeyedRows::Row> &rows) {
+            QList<QList<QVariant>> out;
+            for (const KeyedRows::Row &row : rows)
+                out << row.values;
+            return out;
+        };
+        batch.readKeys({ 9, 7, 42, 8, 7 });
+        for (qint64 key : { 7, 8, 9, 42 })
+            QCOMPARE(values(batch.rows(key)), values(seek.rows(key)));
+        QVERIFY(batch.addToFirst(8, 0, Currency::fromWhole(10)));
+        QVERIFY(batch.addToFirst(8, 0, Currency::fromWhole(10)));
+        QCOMPARE(site.scalar(u"SELECT UCurrBal FROM Units WHERE UTenantID = 8"_qs).toInt(),
+            engine == u"sqlite"_qs ? 70 : 26);
+
         // The portfolio join, as written for the engine.
         site.insert(u"Owners"_qs, { { u"OwnerID"_qs, 1 } });
         site.insert(u"Owners"_qs, { { u"OwnerID"_qs, 2 } });
@@ -182,6 +207,106 @@ private slots:
                  + u" ORDER BY Units.UAddress"_qs))
             joined << r.value(u"UAddress"_qs).toString();
         QCOMPARE(joined, (QStringList { u"1 Oak St"_qs, u"2 Oak St"_qs, u"3 Oak St"_qs }));
+    }
+
+    // Many keys in batches give the rows a seek gives, once each, with the
+    // values as the driver reads them; an UPDATE takes its new value before
+    // the keys.
+    void batchReadAnswersAsSeeksDo()
+    {
+        TestSite site;
+        for (int t = 1; t <= 450; ++t)
+            site.insert(u"Tenants"_qs,
+                { { u"TenantID"_qs, t }, { u"TPropID"_qs, t % 7 == 0 ? QVariant() : QVariant(t) },
+                    { u"TLastName1"_qs, t % 5 == 0 ? QVariant() : QVariant(u"Lee é %1"_qs.arg(t)) },
+                    { u"TCurrBal"_qs, t + 0.25 } });
+        QList<qint64> keys;
+        for (qint64 k = 900; k >= -3; k -= 2)
+            keys << k << k; // three batches: missing, doubled, out of order
+        QList<QList<QVariant>> read;
+        BatchRead::run(site.db(),
+            u"SELECT TenantID, TPropID, TLastName1, TCurrBal FROM Tenants WHERE TenantID IN ("_qs,
+            keys, "test", [&](const BatchRead::Row &row) {
+                read << QList<QVariant> { row.value(0), row.value(1), row.value(2), row.value(3) };
+            });
+        QList<QList<QVariant>> seek;
+        QSqlQuery one = site.db().prepare(
+            u"SELECT TenantID, TPropID, TLastName1, TCurrBal FROM Tenants WHERE TenantID = ?"_qs);
+        std::sort(keys.begin(), keys.end());
+        keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+        for (qint64 key : keys) {
+            one.bindValue(0, key);
+            HostDb::exec(one, "test");
+            while (one.next())
+                seek << QList<QVariant> { one.value(0), one.value(1), one.value(2), one.value(3) };
+        }
+        QCOMPARE(seek.size(), 225);
+        QCOMPARE(read, seek);
+
+        BatchRead::run(site.db(), u"UPDATE Tenants SET TACH = ? WHERE TenantID IN ("_qs, keys,
+            "test", [](const BatchRead::Row &) {}, { u"Y"_qs });
+        QCOMPARE(site.scalar(u"SELECT count(*) FROM Tenants WHERE TACH = 'Y'"_qs).toInt(), 225);
+    }
+
+    void tenantListingMatchesTheDatabase_data()
+    {
+        QTest::addColumn<QString>("sort");
+        QTest::addColumn<bool>("enrolledOnly");
+        for (const QString &sort : EnrolmentQueries::sortTexts(EnrolmentQueries::Roster::Tenants))
+            for (bool enrolled : { false, true })
+                QTest::addRow("%s%s", qPrintable(sort), enrolled ? ", enrolled" : "")
+                    << sort << enrolled;
+    }
+
+    // The tenant list worked out in the program has the rows and the order
+    // of the database's own join and sort: its collation (ASCII letters
+    // folded, other characters by their bytes), Nulls first, equal texts
+    // by the unit's row, rows whose chain of ids is broken left out.
+    void tenantListingMatchesTheDatabase()
+    {
+        QFETCH(QString, sort);
+        QFETCH(bool, enrolledOnly);
+        TestSite site;
+        const QVariant null;
+        const QList<QVariant> names { u"apple"_qs, u"Apple"_qs, u"APPLE "_qs, u"Éclair"_qs,
+            u"eclair"_qs, u"_x"_qs, u"Zed"_qs, u""_qs, null, u"apple "_qs };
+        auto name = [&](int i) { return names[i % names.size()]; };
+        for (int o = 1; o <= 4; ++o)
+            site.insert(u"Owners"_qs,
+                { { u"OwnerID"_qs, o }, { u"OLastName1"_qs, name(o) },
+                    { u"OFirstName1"_qs, name(o * 3) } });
+        for (int p = 1; p <= 9; ++p)
+            site.insert(u"Properties"_qs,
+                { { u"PropID"_qs, p }, { u"POwnerID"_qs, p == 9 ? null : QVariant(p % 5) },
+                    { u"PropName"_qs, name(p / 2) } });
+        const QList<QVariant> flags { u"Y"_qs, u"y"_qs, u" Y"_qs, u"N"_qs, null, u"Yes"_qs };
+        for (int t = 1; t <= 30; ++t)
+            site.insert(u"Tenants"_qs,
+                { { u"TenantID"_qs, t }, { u"TPropID"_qs, t == 30 ? null : QVariant(t % 11) },
+                    { u"TLastName1"_qs, name(t * 7) }, { u"TFirstName1"_qs, name(t) },
+                    { u"TACH"_qs, flags[t % flags.size()] } });
+        for (int u = 1; u <= 45; ++u)
+            site.insert(u"Units"_qs,
+                { { u"UTenantID"_qs, u == 45 ? null : QVariant(u % 32) },
+                    { u"UAddress"_qs, name(u * 5) }, { u"UNumber"_qs, name(u) } });
+
+        EnrolmentQueries::Listing listing;
+        listing.sortText = sort;
+        listing.enrolledOnly = enrolledOnly;
+        const std::optional<QList<qint64>> listed = TenantListing::keys(site.db(), listing);
+        QVERIFY(listed.has_value());
+        const QList<qint64> bySql = EnrolmentQueries::listedKeysBySql(
+            site.db(), EnrolmentQueries::Roster::Tenants, listing);
+        QVERIFY(bySql.size() > 10);
+        QCOMPARE(*listed, bySql);
+
+        // A search, or an id that is not a whole number, is left to the
+        // database.
+        listing.search = u"apple"_qs;
+        QVERIFY(!TenantListing::keys(site.db(), listing));
+        listing.search.clear();
+        site.db().execText(u"UPDATE Tenants SET TPropID = 2.5 WHERE TenantID = 3"_qs, "test");
+        QVERIFY(!TenantListing::keys(site.db(), listing));
     }
 
     void transactionRollsBackUnlessCommitted()

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QVariant>
+#include <QVariantList>
+
+#include <functional>
+
+class HostDb;
+class QSqlQuery;
+
+// Reads (or deletes) the rows of many keys with a few statements:
+// `sqlPrefix` ends in "IN (" and the marks of a batch of keys follow it. The
+// keys go in ascending order, so each batch reaches neighbouring rows and
+// every page of the table is read once at most, however small the engine's
+// page cache. Duplicate keys are taken once. Keys are bound, never written
+// into the text. On the SQLite host the statements run straight through the
+// engine's own interface on the same connection (inside the caller's
+// transaction), so a long batch does not pay the driver's cost per value;
+// the values come out as the driver gives them.
+namespace BatchRead {
+
+// Keys per statement.
+constexpr int BatchKeys = 200;
+
+// One row a statement returned.
+class Row
+{
+public:
+    virtual ~Row() = default;
+    // The value of a column, of the type the Qt driver gives (a Null as a
+    // null QString).
+    virtual QVariant value(int column) const = 0;
+};
+
+// A row of a Qt query, for code that reads rows of both kinds.
+class QueryRow final : public Row
+{
+public:
+    explicit QueryRow(const QSqlQuery &query)
+        : m_query(query)
+    {
+    }
+    QVariant value(int column) const override;
+
+private:
+    const QSqlQuery &m_query;
+};
+
+// Calls row() for every row that the statements return. `leading` values
+// are bound before the keys (the new value of an UPDATE).
+void run(const HostDb &db, const QString &sqlPrefix, QList<qint64> keys, const char *operation,
+    const std::function<void(const Row &)> &row, const QVariantList &leading = {});
+
+} // namespace BatchRead
