@@ -263,6 +263,7 @@ bool DistributionRun::finish(ProgramState &state, qint64 runId, const QList<Paym
         DistributionRecord record(state.store());
         HostDb::Transaction tx(db);
         HostWriteLog written;
+        written.keepSlim(Journal::readsRowsFromHost(db, state.store()));
         PaidCheckPosting posting(db, &written);
         const int posted = posting.PostCheck(rows, response);
         posting.DeleteEnteredSplits();

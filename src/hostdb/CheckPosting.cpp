@@ -103,15 +103,16 @@ qint64 CheckPosting::addPrintedCheck(const PaymentRow &check)
     HostDb::exec(m_addPrinted, "adding a printed check");
     const qint64 id = m_host.newCounter(m_addPrinted);
     if (m_log) {
-        m_log->added(u"CheckDepPrinted"_qs, handleOf(m_host, m_addPrinted),
-            { { u"CkID"_qs, id }, { u"CkPayee"_qs, nullable(check.CkPayee) },
+        m_log->addedRow(u"CheckDepPrinted"_qs, handleOf(m_host, m_addPrinted), [&] {
+            return QVariantMap { { u"CkID"_qs, id }, { u"CkPayee"_qs, nullable(check.CkPayee) },
                 { u"CkVendorID"_qs, check.CkVendorID },
                 { u"CkAmount"_qs, check.CkAmount.toPlainText() }, { u"CkDate"_qs, check.CkDate },
                 { u"CkInvoice"_qs, nullable(check.CkInvoice) },
                 { u"CkRemark"_qs, nullable(check.CkRemark) }, { u"CkStatus"_qs, u"P"_qs },
                 { u"CkSplit"_qs, u"Y"_qs }, { u"CkType"_qs, u"C"_qs },
                 { u"CkAccountID"_qs, QVariant() }, { u"CkNumber"_qs, QVariant() },
-                { u"CkPostTo"_qs, u""_qs } });
+                { u"CkPostTo"_qs, u""_qs } };
+        });
     }
     return id;
 }
@@ -158,12 +159,13 @@ void CheckPosting::addPrintedSplit(qint64 printedCkId, const Split &split)
     m_addSplit.bindValue(u":postTo"_qs, split.postTo);
     HostDb::exec(m_addSplit, "adding a printed split line");
     if (m_log) {
-        m_log->added(u"SplitPrintedChecks"_qs, handleOf(m_host, m_addSplit),
-            { { u"CkNumber"_qs, printedCkId },
+        m_log->addedRow(u"SplitPrintedChecks"_qs, handleOf(m_host, m_addSplit), [&] {
+            return QVariantMap { { u"CkNumber"_qs, printedCkId },
                 { u"CkAmount"_qs, (-money(split.amount).abs()).toPlainText() },
                 { u"CkAccountID"_qs, split.accountId }, { u"CkPostToID"_qs, split.postToId },
                 { u"CkRemark"_qs, split.remark }, { u"CkStatus"_qs, split.status },
-                { u"CkType"_qs, split.type }, { u"CkPostTo"_qs, split.postTo } });
+                { u"CkType"_qs, split.type }, { u"CkPostTo"_qs, split.postTo } };
+        });
     }
 }
 
@@ -246,14 +248,15 @@ void CheckPosting::addTransaction(const LedgerEntry &t)
     m_addTransaction.bindValue(u":uid"_qs, t.targets[3]);
     HostDb::exec(m_addTransaction, "adding a ledger transaction");
     if (m_log) {
-        m_log->added(u"Transactions"_qs, handleOf(m_host, m_addTransaction),
-            { { u"TransAmount"_qs, (-t.amount.abs()).toPlainText() }, { u"TransDate"_qs, t.date },
-                { u"TransAccountID"_qs, t.accountId }, { u"TransPostToID"_qs, t.postToId },
-                { u"TransStatus"_qs, t.code }, { u"TransType"_qs, u"C"_qs },
-                { u"TransTax"_qs, u"N"_qs }, { u"TransRemark"_qs, t.remark },
-                { u"TransCheckNumber"_qs, QVariant() }, { u"TransOID"_qs, t.targets[0] },
-                { u"TransPID"_qs, t.targets[1] }, { u"TransTID"_qs, t.targets[2] },
-                { u"TransUID"_qs, t.targets[3] } });
+        m_log->addedRow(u"Transactions"_qs, handleOf(m_host, m_addTransaction), [&] {
+            return QVariantMap { { u"TransAmount"_qs, (-t.amount.abs()).toPlainText() },
+                { u"TransDate"_qs, t.date }, { u"TransAccountID"_qs, t.accountId },
+                { u"TransPostToID"_qs, t.postToId }, { u"TransStatus"_qs, t.code },
+                { u"TransType"_qs, u"C"_qs }, { u"TransTax"_qs, u"N"_qs },
+                { u"TransRemark"_qs, t.remark }, { u"TransCheckNumber"_qs, QVariant() },
+                { u"TransOID"_qs, t.targets[0] }, { u"TransPID"_qs, t.targets[1] },
+                { u"TransTID"_qs, t.targets[2] }, { u"TransUID"_qs, t.targets[3] } };
+        });
     }
 }
 

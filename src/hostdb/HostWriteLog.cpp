@@ -4,6 +4,8 @@
 
 #include <QDate>
 #include <QDateTime>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QSet>
 
 #include <cmath>
@@ -88,20 +90,75 @@ QVariant HostWriteLog::bindable(const QString &field, const QVariant &kept)
     return text;
 }
 
+QString HostWriteLog::json(const QVariantMap &fields)
+{
+    return QString::fromUtf8(
+        QJsonDocument(QJsonObject::fromVariantMap(fields)).toJson(QJsonDocument::Compact));
+}
+
+QStringList HostWriteLog::hostFields(const QString &table, Change change)
+{
+    if (change == Change::Balance) {
+        if (table == u"Units"_qs)
+            return { u"UTenantID"_qs, u"UAddress"_qs, u"UNumber"_qs };
+        if (table == u"Tenants"_qs)
+            return { u"TenantID"_qs };
+        if (table == u"Owners"_qs)
+            return { u"OwnerID"_qs };
+        if (table == u"Properties"_qs)
+            return { u"PropID"_qs };
+        return {};
+    }
+    if (table == u"Transactions"_qs)
+        return { u"TransAccountID"_qs, u"TransPostToID"_qs, u"TransAmount"_qs, u"TransDate"_qs,
+            u"TransCheckNumber"_qs, u"TransRemark"_qs, u"TransType"_qs, u"TransStatus"_qs,
+            u"TransTax"_qs, u"TransOID"_qs, u"TransPID"_qs, u"TransUID"_qs, u"TransTID"_qs };
+    if (table == u"CheckDepPrinted"_qs)
+        return { u"CkID"_qs, u"CkPayee"_qs, u"CkAccountID"_qs, u"CkAmount"_qs, u"CkDate"_qs,
+            u"CkInvoice"_qs, u"CkRemark"_qs, u"CkStatus"_qs, u"CkVendorID"_qs, u"CkPostTo"_qs,
+            u"CkPostToText"_qs, u"CkNumber"_qs, u"CkType"_qs, u"CkSplit"_qs };
+    if (table == u"SplitPrintedChecks"_qs)
+        return { u"CkNumber"_qs, u"CkCheckNumber"_qs, u"CkAmount"_qs, u"CkAccountID"_qs,
+            u"CkPostToID"_qs, u"CkRemark"_qs, u"CkStatus"_qs, u"CkType"_qs, u"CkPostTo"_qs };
+    return {};
+}
+
+void HostWriteLog::addSlim(Change change, const QString &table, const QVariant &handle,
+    const QString &fields, const QString &field, Currency before, Currency after)
+{
+    Slim slim;
+    slim.handle = handle.toLongLong();
+    slim.before = before;
+    slim.after = after;
+    slim.fields = fields;
+    slim.position = ++m_position;
+    slim.line = m_line;
+    slim.table = table;
+    slim.field = field;
+    slim.change = change;
+    m_slim.push_back(std::move(slim));
+}
+
 void HostWriteLog::added(const QString &table, const QVariant &handle, const QVariantMap &fields)
 {
-    m_entries.append({ Change::Added, table, handle, normal(fields), {}, {}, {}, m_line });
+    m_entries.append(
+        { ++m_position, Change::Added, table, handle, normal(fields), {}, {}, {}, m_line });
 }
 
 void HostWriteLog::balance(const QString &table, const QVariant &handle,
     const QVariantMap &keyFields, const QString &field, Currency before, Currency after)
 {
-    m_entries.append({ Change::Balance, table, handle, normal(keyFields), field,
+    m_entries.append({ ++m_position, Change::Balance, table, handle, normal(keyFields), field,
         before.toPlainText(), after.toPlainText(), m_line });
 }
 
 void HostWriteLog::balance(const KeyedRows &rows, const KeyedRows::Change &change, int index)
 {
+    if (m_slimRows && !change.row.handle.isNull()) {
+        addSlim(Change::Balance, rows.table(), change.row.handle, {}, rows.fields().at(index),
+            change.before, change.after);
+        return;
+    }
     QVariantMap keyFields { { rows.keyField(), change.row.key } };
     for (qsizetype i = 0; i < rows.fields().size(); ++i) {
         if (i != index)
@@ -115,18 +172,24 @@ void HostWriteLog::changed(const QString &table, const QVariant &handle,
     const QVariantMap &keyFields, const QString &field, const QVariant &before,
     const QVariant &after)
 {
-    m_entries.append({ Change::Changed, table, handle, normal(keyFields), field,
+    m_entries.append({ ++m_position, Change::Changed, table, handle, normal(keyFields), field,
         normal(field, before), normal(field, after), m_line });
 }
 
 void HostWriteLog::removed(const QString &table, const QVariant &handle, const QVariantMap &fields)
 {
-    m_entries.append({ Change::Removed, table, handle, normal(fields), {}, {}, {}, m_line });
+    if (m_slimRows && !handle.isNull()) {
+        addSlim(Change::Removed, table, handle, json(normal(fields)), {}, {}, {});
+        return;
+    }
+    m_entries.append(
+        { ++m_position, Change::Removed, table, handle, normal(fields), {}, {}, {}, m_line });
 }
 
 void HostWriteLog::amendAdded(const QString &table, const QString &keyField, const QVariant &key,
     const QString &field, const QVariant &value)
 {
+    // A slim row is read from the host as the posting left it.
     const QVariant wanted = normal(keyField, key);
     for (auto it = m_entries.rbegin(); it != m_entries.rend(); ++it) {
         if (it->change == Change::Added && it->table == table

@@ -8,6 +8,8 @@
 #include <QVariant>
 #include <QVariantMap>
 
+#include <vector>
+
 // The host rows a posting run wrote, in the order written, as the journal
 // keeps them: rows added (every field as written), balances changed (the
 // value before and after), rows changed in place and rows removed. A row is
@@ -23,6 +25,7 @@ public:
 
     struct Entry
     {
+        int position = 0; // in the order written
         Change change = Change::Added;
         QString table;
         QVariant handle; // rowid; null where the engine has none
@@ -35,10 +38,40 @@ public:
         int line = 0; // the payment file line it belongs to (0: none)
     };
 
+    // A row named by its handle, kept in a few numbers: the fields of an
+    // added row or of a balance's row are read from the host when the
+    // journal takes the log (Journal::addRun), inside the same transaction,
+    // so they are what was written. A removed row's fields are kept as JSON.
+    struct Slim
+    {
+        qint64 handle = 0;
+        Currency before, after;
+        QString fields; // JSON; empty: read from the host row
+        int position = 0;
+        int line = 0;
+        QString table;
+        QString field;
+        Change change = Change::Added;
+    };
+
+    // Keeps rows with handles slim (see Slim). Only where the journal can
+    // read them from the host in the posting's transaction (SQLite, with
+    // the store attached): a large posting then keeps a few bytes a row.
+    void keepSlim(bool on) { m_slimRows = on; }
+
     // The payment file line the following entries belong to.
     void setLine(int line) { m_line = line; }
 
     void added(const QString &table, const QVariant &handle, const QVariantMap &fields);
+    // The same, with the fields made only when they are kept.
+    template <typename MakeFields>
+    void addedRow(const QString &table, const QVariant &handle, MakeFields &&fields)
+    {
+        if (m_slimRows && !handle.isNull())
+            addSlim(Change::Added, table, handle, {}, {}, {}, {});
+        else
+            added(table, handle, fields());
+    }
     void balance(const QString &table, const QVariant &handle, const QVariantMap &keyFields,
         const QString &field, Currency before, Currency after);
     // A balance changed through KeyedRows::addToFirst (field `index`).
@@ -52,7 +85,13 @@ public:
         const QString &field, const QVariant &value);
 
     const QList<Entry> &entries() const { return m_entries; }
-    bool isEmpty() const { return m_entries.isEmpty(); }
+    const std::vector<Slim> &slimEntries() const { return m_slim; }
+    bool isEmpty() const { return m_entries.isEmpty() && m_slim.empty(); }
+
+    // The fields the journal reads from the host for a slim row of the
+    // table: every field written for an added row, the identifying fields
+    // for a balance's row.
+    static QStringList hostFields(const QString &table, Change change);
 
     // A host value as the journal keeps it: Null stays null; money fields as
     // Currency's plain text; date fields as ISO dates; id and number fields
@@ -65,7 +104,16 @@ public:
     static QString changeName(Change change);
     static Change changeOf(const QString &name);
 
+    // Fields as JSON text, the journal's form.
+    static QString json(const QVariantMap &fields);
+
 private:
+    void addSlim(Change change, const QString &table, const QVariant &handle, const QString &fields,
+        const QString &field, Currency before, Currency after);
+
     QList<Entry> m_entries;
+    std::vector<Slim> m_slim;
+    bool m_slimRows = false;
     int m_line = 0;
+    int m_position = 0;
 };

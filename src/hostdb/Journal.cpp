@@ -1,6 +1,7 @@
 #include "hostdb/Journal.h"
 
 #include "core/RuntimeError.h"
+#include "hostdb/EngineSql.h"
 #include "hostdb/RemitraStore.h"
 
 #include <QFileInfo>
@@ -53,12 +54,6 @@ std::optional<Currency> totalOf(const QVariant &v)
     return v.isNull() ? std::nullopt : Currency::parse(v.toString());
 }
 
-QString json(const QVariantMap &fields)
-{
-    return QString::fromUtf8(
-        QJsonDocument(QJsonObject::fromVariantMap(fields)).toJson(QJsonDocument::Compact));
-}
-
 QVariantMap fieldsOf(const QString &text)
 {
     QVariantMap fields = QJsonDocument::fromJson(text.toUtf8()).object().toVariantMap();
@@ -66,7 +61,36 @@ QVariantMap fieldsOf(const QString &text)
         if (it.value().isNull() || it.value().typeId() == QMetaType::Nullptr)
             it.value() = QVariant();
     }
-    return fields;
+    // Fields read from the host come in the host's own types.
+    return HostWriteLog::normal(fields);
+}
+
+// A text as a JSON string.
+void appendJsonString(QByteArray &out, const QString &text)
+{
+    out += '"';
+    for (const QChar c : text) {
+        const char16_t u = c.unicode();
+        if (u == u'"' || u == u'\\') {
+            out += '\\';
+            out += char(u);
+        } else if (u < 0x20) {
+            out += "\\u00";
+            out += "0123456789abcdef"[u >> 4];
+            out += "0123456789abcdef"[u & 15];
+        } else {
+            out += QString(c).toUtf8();
+        }
+    }
+    out += '"';
+}
+
+void appendJsonText(QByteArray &out, const QString &text)
+{
+    if (text.isNull())
+        out += "null";
+    else
+        appendJsonString(out, text);
 }
 
 // The columns of a run with its latest result (see runAt()).
@@ -153,22 +177,92 @@ qint64 Journal::addRun(const Entry &entry)
             + u" (run_id, position, line, tbl, handle, change, fields, field, before, after) "
               "VALUES (:run, :position, :line, :tbl, :handle, :change, :fields, :field, "
               ":before, :after)"_qs);
-        int position = 0;
         for (const HostWriteLog::Entry &e : entry.rows->entries()) {
             row.bindValue(u":run"_qs, id);
-            row.bindValue(u":position"_qs, ++position);
+            row.bindValue(u":position"_qs, e.position);
             row.bindValue(u":line"_qs, e.line ? QVariant(e.line) : QVariant());
             row.bindValue(u":tbl"_qs, e.table);
             row.bindValue(u":handle"_qs, e.handle);
             row.bindValue(u":change"_qs, HostWriteLog::changeName(e.change));
-            row.bindValue(u":fields"_qs, json(e.fields));
+            row.bindValue(u":fields"_qs, HostWriteLog::json(e.fields));
             row.bindValue(u":field"_qs, orNull(e.field));
             row.bindValue(u":before"_qs, e.before);
             row.bindValue(u":after"_qs, e.after);
             HostDb::exec(row, "adding a posted row to the journal");
         }
+        addSlimRows(id, *entry.rows);
     }
     return id;
+}
+
+bool Journal::readsRowsFromHost(const HostDb &db, const RemitraStore &store)
+{
+    return store.attached() && db.sql().handleColumns() > 0;
+}
+
+void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
+{
+    if (log.slimEntries().empty())
+        return;
+    // The rows go in a statement per table and kind, handed over as one JSON
+    // array: [position, line, handle, change, field, before, after, fields].
+    // Rows without fields of their own take them from the host row, read in
+    // the same statement.
+    struct Group
+    {
+        QString table;
+        HostWriteLog::Change change;
+        bool fromHost;
+        QByteArray json;
+    };
+    QList<Group> groups;
+    for (const HostWriteLog::Slim &s : log.slimEntries()) {
+        const bool fromHost = s.fields.isEmpty();
+        auto it = std::find_if(groups.begin(), groups.end(), [&](const Group &g) {
+            return g.table == s.table && g.change == s.change && g.fromHost == fromHost;
+        });
+        if (it == groups.end()) {
+            groups.append({ s.table, s.change, fromHost, QByteArray("[") });
+            it = groups.end() - 1;
+        } else {
+            it->json += ',';
+        }
+        QByteArray &out = it->json;
+        out += '[' + QByteArray::number(s.position) + ',' + QByteArray::number(s.line) + ','
+            + QByteArray::number(s.handle) + ',';
+        appendJsonString(out, HostWriteLog::changeName(s.change));
+        out += ',';
+        appendJsonText(out, s.field.isEmpty() ? QString() : s.field);
+        out += ',';
+        const bool balance = s.change == HostWriteLog::Change::Balance;
+        appendJsonText(out, balance ? s.before.toPlainText() : QString());
+        out += ',';
+        appendJsonText(out, balance ? s.after.toPlainText() : QString());
+        out += ',';
+        appendJsonText(out, fromHost ? QString() : s.fields);
+        out += ']';
+    }
+    for (Group &g : groups) {
+        g.json += ']';
+        QString fields = u"e.value ->> 7"_qs;
+        QString from = u"json_each(:rows) e"_qs;
+        if (g.fromHost) {
+            QStringList pairs;
+            for (const QString &f : HostWriteLog::hostFields(g.table, g.change))
+                pairs << u"'"_qs + f + u"', h."_qs + f;
+            fields = u"json_object("_qs + pairs.join(u", "_qs) + u')';
+            from += u" LEFT JOIN main."_qs + g.table + u" h ON h.rowid = e.value ->> 2"_qs;
+        }
+        QSqlQuery q = m_store.prepare(u"INSERT INTO "_qs + m_store.table("journal_rows")
+            + u" (run_id, position, line, tbl, handle, change, fields, field, before, after) "
+              "SELECT :run, e.value ->> 0, nullif(e.value ->> 1, 0), :tbl, e.value ->> 2, "
+              "e.value ->> 3, "_qs
+            + fields + u", e.value ->> 4, e.value ->> 5, e.value ->> 6 FROM "_qs + from);
+        q.bindValue(u":run"_qs, runId);
+        q.bindValue(u":tbl"_qs, g.table);
+        q.bindValue(u":rows"_qs, QString::fromUtf8(g.json));
+        HostDb::exec(q, "adding the posted rows to the journal");
+    }
 }
 
 void Journal::addResult(qint64 runId, const Result &result)

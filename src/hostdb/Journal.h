@@ -155,6 +155,9 @@ public:
     // Writing. Each call writes on the store's connection and joins the
     // transaction open there (the host's, attached); else it commits alone.
     qint64 addRun(const Entry &entry);
+    // Whether a posting's log may keep its rows slim (HostWriteLog::keepSlim):
+    // the store is attached to the host, whose rows have handles.
+    static bool readsRowsFromHost(const HostDb &db, const RemitraStore &store);
     void addResult(qint64 runId, const Result &result);
     void addFile(qint64 runId, const File &file);
     void addLines(qint64 runId, const QList<Line> &lines, int firstPosition = 0);
@@ -213,6 +216,10 @@ public:
     static QString resultText(const Run &run);
 
 private:
+    // The slim rows of a posting's log (SQLite, store attached), their
+    // fields read from the host rows in the same transaction.
+    void addSlimRows(qint64 runId, const HostWriteLog &log);
+
     Run runAt(QSqlQuery &query) const;
 
     const RemitraStore &m_store;

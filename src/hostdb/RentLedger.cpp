@@ -80,14 +80,16 @@ void RentLedger::addTransaction(const Line &line)
     q.bindValue(u":tid"_qs, line.tenantId);
     HostDb::exec(q, "adding a ledger transaction");
     if (m_log) {
-        m_log->added(u"Transactions"_qs, insertedHandle(q),
-            { { u"TransAccountID"_qs, line.accountId }, { u"TransPostToID"_qs, line.postToId },
+        m_log->addedRow(u"Transactions"_qs, insertedHandle(q), [&] {
+            return QVariantMap { { u"TransAccountID"_qs, line.accountId },
+                { u"TransPostToID"_qs, line.postToId },
                 { u"TransAmount"_qs, line.amount.toPlainText() }, { u"TransDate"_qs, line.date },
                 { u"TransCheckNumber"_qs, line.checkNumber }, { u"TransRemark"_qs, line.remark },
                 { u"TransType"_qs, line.type }, { u"TransStatus"_qs, line.status },
                 { u"TransTax"_qs, line.tax }, { u"TransOID"_qs, line.ownerId },
                 { u"TransPID"_qs, line.propertyId }, { u"TransUID"_qs, line.unitId },
-                { u"TransTID"_qs, line.tenantId } });
+                { u"TransTID"_qs, line.tenantId } };
+        });
     }
 }
 
@@ -135,13 +137,15 @@ qint64 RentLedger::addDeposit(const Deposit &deposit)
     HostDb::exec(m_insertDeposit, "adding a deposit");
     const qint64 id = m_db.newCounter(m_insertDeposit);
     if (m_log) {
-        m_log->added(u"CheckDepPrinted"_qs, insertedHandle(m_insertDeposit),
-            { { u"CkID"_qs, id }, { u"CkPayee"_qs, u"DEPOSIT"_qs }, { u"CkAccountID"_qs, 0 },
-                { u"CkAmount"_qs, 0 }, { u"CkDate"_qs, deposit.date }, { u"CkInvoice"_qs, u""_qs },
-                { u"CkRemark"_qs, u"REMITRA DEPOSIT"_qs }, { u"CkStatus"_qs, u"P"_qs },
-                { u"CkVendorID"_qs, -1 }, { u"CkPostTo"_qs, QVariant() },
-                { u"CkNumber"_qs, deposit.number }, { u"CkType"_qs, u"D"_qs },
-                { u"CkSplit"_qs, u"Y"_qs }, { u"CkPostToText"_qs, u"Y"_qs } });
+        m_log->addedRow(u"CheckDepPrinted"_qs, insertedHandle(m_insertDeposit), [&] {
+            return QVariantMap { { u"CkID"_qs, id }, { u"CkPayee"_qs, u"DEPOSIT"_qs },
+                { u"CkAccountID"_qs, 0 }, { u"CkAmount"_qs, 0 }, { u"CkDate"_qs, deposit.date },
+                { u"CkInvoice"_qs, u""_qs }, { u"CkRemark"_qs, u"REMITRA DEPOSIT"_qs },
+                { u"CkStatus"_qs, u"P"_qs }, { u"CkVendorID"_qs, -1 },
+                { u"CkPostTo"_qs, QVariant() }, { u"CkNumber"_qs, deposit.number },
+                { u"CkType"_qs, u"D"_qs }, { u"CkSplit"_qs, u"Y"_qs },
+                { u"CkPostToText"_qs, u"Y"_qs } };
+        });
     }
     m_insertDeposit.finish();
     return id;
@@ -160,12 +164,14 @@ void RentLedger::addSplit(const Split &split)
     q.bindValue(u":code"_qs, split.postTo);
     HostDb::exec(q, "adding a deposit split");
     if (m_log) {
-        m_log->added(u"SplitPrintedChecks"_qs, insertedHandle(q),
-            { { u"CkNumber"_qs, split.depositId }, { u"CkCheckNumber"_qs, split.checkNumber },
+        m_log->addedRow(u"SplitPrintedChecks"_qs, insertedHandle(q), [&] {
+            return QVariantMap { { u"CkNumber"_qs, split.depositId },
+                { u"CkCheckNumber"_qs, split.checkNumber },
                 { u"CkAmount"_qs, split.amount.toPlainText() },
                 { u"CkAccountID"_qs, split.accountId }, { u"CkPostToID"_qs, split.postToId },
                 { u"CkRemark"_qs, split.remark }, { u"CkStatus"_qs, u"P"_qs },
-                { u"CkType"_qs, u"D"_qs }, { u"CkPostTo"_qs, split.postTo } });
+                { u"CkType"_qs, u"D"_qs }, { u"CkPostTo"_qs, split.postTo } };
+        });
     }
 }
 

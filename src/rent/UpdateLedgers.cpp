@@ -191,6 +191,7 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
 
     RentLedger ledger(db);
     HostWriteLog written;
+    written.keepSlim(Journal::readsRowsFromHost(db, state.store()));
     ledger.setLog(&written);
     PostPayments posting(state, ledger, toPost, choices);
     for (const RentPayment &row : toPost) {
