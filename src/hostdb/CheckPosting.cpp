@@ -262,28 +262,39 @@ void CheckPosting::addTransaction(const LedgerEntry &t)
 
 void CheckPosting::deleteEnteredSplits()
 {
+    if (m_log && m_log->keepsSlim()) {
+        QList<qint64> handles;
+        for (const Split &split : std::as_const(m_marked))
+            handles.append(split.row.handle.toLongLong());
+        m_log->removing(m_host, u"SplitChecks"_qs, handles);
+    }
     HostDb::exec(m_deleteSplits, "removing the paid split lines");
-    if (!m_log)
-        return;
-    for (const Split &split : std::as_const(m_marked)) {
-        QVariantMap fields = splitFields(split);
-        fields.insert(u"CkType"_qs, u"X"_qs);
-        m_log->removed(u"SplitChecks"_qs, split.row.handle, fields);
+    if (m_log && !m_log->keepsSlim()) {
+        for (const Split &split : std::as_const(m_marked)) {
+            QVariantMap fields = splitFields(split);
+            fields.insert(u"CkType"_qs, u"X"_qs);
+            m_log->removed(u"SplitChecks"_qs, split.row.handle, fields);
+        }
     }
     m_marked.clear();
 }
 
 void CheckPosting::deleteEnteredIfPaid(const QList<qint64> &ckIds)
 {
-    BatchRead::run(m_host, deleteEnteredSql(m_host.sql()), ckIds,
-        "removing the paid entered checks", [](const BatchRead::Row &) {});
-    if (!m_log)
-        return;
-    // Only the checks this posting marked paid were removed.
+    // Only the checks this posting marked paid are removed.
+    QList<qint64> paid;
     for (const qint64 ckId : ckIds) {
         if (m_markedEntered.contains(ckId))
-            m_log->removed(u"CheckEntered"_qs,
-                m_host.sql().handleColumns() > 0 ? QVariant(ckId) : QVariant(),
-                { { u"CkID"_qs, ckId } });
+            paid.append(ckId);
     }
+    if (m_log && m_log->keepsSlim())
+        m_log->removing(m_host, u"CheckEntered"_qs, paid); // a check's CkID is its handle
+    BatchRead::run(m_host, deleteEnteredSql(m_host.sql()), ckIds,
+        "removing the paid entered checks", [](const BatchRead::Row &) {});
+    if (!m_log || m_log->keepsSlim())
+        return;
+    for (const qint64 ckId : std::as_const(paid))
+        m_log->removed(u"CheckEntered"_qs,
+            m_host.sql().handleColumns() > 0 ? QVariant(ckId) : QVariant(),
+            { { u"CkID"_qs, ckId } });
 }

@@ -1,6 +1,7 @@
 #include "hostdb/HostWriteLog.h"
 
 #include "core/VbText.h"
+#include "hostdb/HostDb.h"
 
 #include <QDate>
 #include <QDateTime>
@@ -117,26 +118,88 @@ QStringList HostWriteLog::hostFields(const QString &table, Change change)
         return { u"CkID"_qs, u"CkPayee"_qs, u"CkAccountID"_qs, u"CkAmount"_qs, u"CkDate"_qs,
             u"CkInvoice"_qs, u"CkRemark"_qs, u"CkStatus"_qs, u"CkVendorID"_qs, u"CkPostTo"_qs,
             u"CkPostToText"_qs, u"CkNumber"_qs, u"CkType"_qs, u"CkSplit"_qs };
+    if (change == Change::Removed) {
+        if (table == u"SplitChecks"_qs)
+            return { u"CkNumber"_qs, u"CkAmount"_qs, u"CkAccountID"_qs, u"CkPostToID"_qs,
+                u"CkRemark"_qs, u"CkStatus"_qs, u"CkType"_qs, u"CkPostTo"_qs };
+        if (table == u"CheckEntered"_qs)
+            return { u"CkID"_qs, u"CkPayee"_qs, u"CkDate"_qs, u"CkAmount"_qs, u"CkInvoice"_qs,
+                u"CkRemark"_qs, u"CkVendorID"_qs, u"CkStatus"_qs, u"CkSplit"_qs, u"CkAccountID"_qs,
+                u"CkPostToID"_qs, u"CkPostTo"_qs, u"CkNumber"_qs, u"CkType"_qs };
+        return {};
+    }
     if (table == u"SplitPrintedChecks"_qs)
         return { u"CkNumber"_qs, u"CkCheckNumber"_qs, u"CkAmount"_qs, u"CkAccountID"_qs,
             u"CkPostToID"_qs, u"CkRemark"_qs, u"CkStatus"_qs, u"CkType"_qs, u"CkPostTo"_qs };
     return {};
 }
 
-void HostWriteLog::addSlim(Change change, const QString &table, const QVariant &handle,
-    const QString &fields, const QString &field, Currency before, Currency after)
+QString HostWriteLog::jsonObjectSql(const QString &table, Change change, const QString &alias)
 {
+    QStringList pairs;
+    for (const QString &f : hostFields(table, change))
+        pairs << u"'"_qs + f + u"', "_qs + alias + u'.' + f;
+    return u"json_object("_qs + pairs.join(u", "_qs) + u')';
+}
+
+void HostWriteLog::removing(const HostDb &db, const QString &table, const QList<qint64> &handles)
+{
+    if (handles.isEmpty())
+        return;
+    // Slim rows exist only on the SQLite host; the table lives in the
+    // connection's temp schema, so it goes with the posting's transaction.
+    db.execText(u"CREATE TEMP TABLE IF NOT EXISTS remitra_removed (tbl TEXT NOT NULL, "
+                "handle INTEGER NOT NULL, fields TEXT, PRIMARY KEY (tbl, handle))"_qs,
+        "keeping the removed rows for the journal");
+    QByteArray list("[");
+    for (qsizetype i = 0; i < handles.size(); ++i) {
+        if (i)
+            list += ',';
+        list += QByteArray::number(handles.at(i));
+    }
+    list += ']';
+    QSqlQuery keep = db.prepare(u"INSERT OR REPLACE INTO temp.remitra_removed "
+                                "SELECT :tbl, h.rowid, "_qs
+        + jsonObjectSql(table, Change::Removed, u"h"_qs) + u" FROM main."_qs + table
+        + u" h WHERE h.rowid IN (SELECT value FROM json_each(:handles))"_qs);
+    keep.bindValue(u":tbl"_qs, table);
+    keep.bindValue(u":handles"_qs, QString::fromLatin1(list));
+    HostDb::exec(keep, "keeping the removed rows for the journal");
+    for (const qint64 handle : handles)
+        addSlim(Change::Removed, table, handle, {}, {}, {});
+}
+
+const QStringList &HostWriteLog::slimTables()
+{
+    static const QStringList tables { u"Transactions"_qs, u"CheckDepPrinted"_qs,
+        u"SplitPrintedChecks"_qs, u"Units"_qs, u"Tenants"_qs, u"Owners"_qs, u"Properties"_qs,
+        u"SplitChecks"_qs, u"CheckEntered"_qs };
+    return tables;
+}
+
+const QStringList &HostWriteLog::slimFields()
+{
+    static const QStringList fields { QString(), u"UCurrBal"_qs, u"TCurrBal"_qs, u"OCurrBal"_qs,
+        u"PCurrBal"_qs };
+    return fields;
+}
+
+void HostWriteLog::addSlim(Change change, const QString &table, const QVariant &handle,
+    const QString &field, Currency before, Currency after)
+{
+    const qsizetype t = slimTables().indexOf(table);
+    const qsizetype f = slimFields().indexOf(field);
+    Q_ASSERT(t >= 0 && f >= 0);
     Slim slim;
     slim.handle = handle.toLongLong();
     slim.before = before;
     slim.after = after;
-    slim.fields = fields;
     slim.position = ++m_position;
     slim.line = m_line;
-    slim.table = table;
-    slim.field = field;
+    slim.table = quint8(t);
+    slim.field = quint8(f);
     slim.change = change;
-    m_slim.push_back(std::move(slim));
+    m_slim.push_back(slim);
 }
 
 void HostWriteLog::added(const QString &table, const QVariant &handle, const QVariantMap &fields)
@@ -155,7 +218,7 @@ void HostWriteLog::balance(const QString &table, const QVariant &handle,
 void HostWriteLog::balance(const KeyedRows &rows, const KeyedRows::Change &change, int index)
 {
     if (m_slimRows && !change.row.handle.isNull()) {
-        addSlim(Change::Balance, rows.table(), change.row.handle, {}, rows.fields().at(index),
+        addSlim(Change::Balance, rows.table(), change.row.handle, rows.fields().at(index),
             change.before, change.after);
         return;
     }
@@ -178,10 +241,6 @@ void HostWriteLog::changed(const QString &table, const QVariant &handle,
 
 void HostWriteLog::removed(const QString &table, const QVariant &handle, const QVariantMap &fields)
 {
-    if (m_slimRows && !handle.isNull()) {
-        addSlim(Change::Removed, table, handle, json(normal(fields)), {}, {}, {});
-        return;
-    }
     m_entries.append(
         { ++m_position, Change::Removed, table, handle, normal(fields), {}, {}, {}, m_line });
 }

@@ -3,6 +3,8 @@
 #include "core/Currency.h"
 #include "hostdb/KeyedRows.h"
 
+class HostDb;
+
 #include <QList>
 #include <QString>
 #include <QVariant>
@@ -45,19 +47,22 @@ public:
     struct Slim
     {
         qint64 handle = 0;
-        Currency before, after;
-        QString fields; // JSON; empty: read from the host row
+        Currency before, after; // a balance's
         int position = 0;
         int line = 0;
-        QString table;
-        QString field;
+        quint8 table = 0; // in slimTables()
+        quint8 field = 0; // in slimFields(); 0: none
         Change change = Change::Added;
     };
+    // The tables and balance fields a slim row can name.
+    static const QStringList &slimTables();
+    static const QStringList &slimFields();
 
     // Keeps rows with handles slim (see Slim). Only where the journal can
     // read them from the host in the posting's transaction (SQLite, with
     // the store attached): a large posting then keeps a few bytes a row.
     void keepSlim(bool on) { m_slimRows = on; }
+    bool keepsSlim() const { return m_slimRows; }
 
     // The payment file line the following entries belong to.
     void setLine(int line) { m_line = line; }
@@ -68,7 +73,7 @@ public:
     void addedRow(const QString &table, const QVariant &handle, MakeFields &&fields)
     {
         if (m_slimRows && !handle.isNull())
-            addSlim(Change::Added, table, handle, {}, {}, {}, {});
+            addSlim(Change::Added, table, handle, {}, {}, {});
         else
             added(table, handle, fields());
     }
@@ -79,6 +84,11 @@ public:
     void changed(const QString &table, const QVariant &handle, const QVariantMap &keyFields,
         const QString &field, const QVariant &before, const QVariant &after);
     void removed(const QString &table, const QVariant &handle, const QVariantMap &fields);
+    // Slim only: rows about to be removed, named by their handles. Their
+    // fields are read from the host now, in one statement, into a table of
+    // the connection's own (temp.remitra_removed) that the journal takes
+    // them from.
+    void removing(const HostDb &db, const QString &table, const QList<qint64> &handles);
     // Sets a field of the last added row of the table whose keyField holds
     // key (a deposit's amount, stored once its splits are written).
     void amendAdded(const QString &table, const QString &keyField, const QVariant &key,
@@ -104,12 +114,16 @@ public:
     static QString changeName(Change change);
     static Change changeOf(const QString &name);
 
+    // The SQL expression of a slim row's fields, read from the host row
+    // named `alias` (SQLite).
+    static QString jsonObjectSql(const QString &table, Change change, const QString &alias);
+
     // Fields as JSON text, the journal's form.
     static QString json(const QVariantMap &fields);
 
 private:
-    void addSlim(Change change, const QString &table, const QVariant &handle, const QString &fields,
-        const QString &field, Currency before, Currency after);
+    void addSlim(Change change, const QString &table, const QVariant &handle, const QString &field,
+        Currency before, Currency after);
 
     QList<Entry> m_entries;
     std::vector<Slim> m_slim;

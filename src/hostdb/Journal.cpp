@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSet>
 
 namespace {
 
@@ -69,28 +70,20 @@ QVariantMap fieldsOf(const QString &text)
 void appendJsonString(QByteArray &out, const QString &text)
 {
     out += '"';
-    for (const QChar c : text) {
-        const char16_t u = c.unicode();
-        if (u == u'"' || u == u'\\') {
+    for (const char c : text.toUtf8()) {
+        const auto u = static_cast<unsigned char>(c);
+        if (c == '"' || c == '\\') {
             out += '\\';
-            out += char(u);
+            out += c;
         } else if (u < 0x20) {
             out += "\\u00";
             out += "0123456789abcdef"[u >> 4];
             out += "0123456789abcdef"[u & 15];
         } else {
-            out += QString(c).toUtf8();
+            out += c;
         }
     }
     out += '"';
-}
-
-void appendJsonText(QByteArray &out, const QString &text)
-{
-    if (text.isNull())
-        out += "null";
-    else
-        appendJsonString(out, text);
 }
 
 // The columns of a run with its latest result (see runAt()).
@@ -202,66 +195,74 @@ bool Journal::readsRowsFromHost(const HostDb &db, const RemitraStore &store)
 
 void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
 {
-    if (log.slimEntries().empty())
-        return;
-    // The rows go in a statement per table and kind, handed over as one JSON
-    // array: [position, line, handle, change, field, before, after, fields].
-    // Rows without fields of their own take them from the host row, read in
-    // the same statement.
-    struct Group
-    {
-        QString table;
-        HostWriteLog::Change change;
-        bool fromHost;
-        QByteArray json;
-    };
-    QList<Group> groups;
-    for (const HostWriteLog::Slim &s : log.slimEntries()) {
-        const bool fromHost = s.fields.isEmpty();
-        auto it = std::find_if(groups.begin(), groups.end(), [&](const Group &g) {
-            return g.table == s.table && g.change == s.change && g.fromHost == fromHost;
-        });
-        if (it == groups.end()) {
-            groups.append({ s.table, s.change, fromHost, QByteArray("[") });
-            it = groups.end() - 1;
+    const std::vector<HostWriteLog::Slim> &slim = log.slimEntries();
+    // The rows of one table, kind and balance field go in statements of a
+    // few thousand rows each, handed over as a JSON array of
+    // [position, line, handle, before, after]; their fields are read from
+    // the host row in the same statement (a removed row's from the copy made
+    // before it was removed, see HostWriteLog::removing).
+    constexpr int kChunk = 20000;
+    QSet<int> groups;
+    for (const HostWriteLog::Slim &s : slim)
+        groups.insert(s.table << 16 | int(s.change) << 8 | s.field);
+    for (const int group : std::as_const(groups)) {
+        const QString table = HostWriteLog::slimTables().at(group >> 16);
+        const auto change = HostWriteLog::Change((group >> 8) & 0xff);
+        const QString field = HostWriteLog::slimFields().at(group & 0xff);
+        QString fields, from = u"json_each(:rows) e"_qs;
+        if (change == HostWriteLog::Change::Removed) {
+            fields = u"r.fields"_qs;
+            from += u" LEFT JOIN temp.remitra_removed r ON r.tbl = :tbl AND r.handle = "
+                    "e.value ->> 2"_qs;
         } else {
-            it->json += ',';
-        }
-        QByteArray &out = it->json;
-        out += '[' + QByteArray::number(s.position) + ',' + QByteArray::number(s.line) + ','
-            + QByteArray::number(s.handle) + ',';
-        appendJsonString(out, HostWriteLog::changeName(s.change));
-        out += ',';
-        appendJsonText(out, s.field.isEmpty() ? QString() : s.field);
-        out += ',';
-        const bool balance = s.change == HostWriteLog::Change::Balance;
-        appendJsonText(out, balance ? s.before.toPlainText() : QString());
-        out += ',';
-        appendJsonText(out, balance ? s.after.toPlainText() : QString());
-        out += ',';
-        appendJsonText(out, fromHost ? QString() : s.fields);
-        out += ']';
-    }
-    for (Group &g : groups) {
-        g.json += ']';
-        QString fields = u"e.value ->> 7"_qs;
-        QString from = u"json_each(:rows) e"_qs;
-        if (g.fromHost) {
-            QStringList pairs;
-            for (const QString &f : HostWriteLog::hostFields(g.table, g.change))
-                pairs << u"'"_qs + f + u"', h."_qs + f;
-            fields = u"json_object("_qs + pairs.join(u", "_qs) + u')';
-            from += u" LEFT JOIN main."_qs + g.table + u" h ON h.rowid = e.value ->> 2"_qs;
+            fields = HostWriteLog::jsonObjectSql(table, change, u"h"_qs);
+            from += u" LEFT JOIN main."_qs + table + u" h ON h.rowid = e.value ->> 2"_qs;
         }
         QSqlQuery q = m_store.prepare(u"INSERT INTO "_qs + m_store.table("journal_rows")
             + u" (run_id, position, line, tbl, handle, change, fields, field, before, after) "
               "SELECT :run, e.value ->> 0, nullif(e.value ->> 1, 0), :tbl, e.value ->> 2, "
-              "e.value ->> 3, "_qs
-            + fields + u", e.value ->> 4, e.value ->> 5, e.value ->> 6 FROM "_qs + from);
-        q.bindValue(u":run"_qs, runId);
-        q.bindValue(u":tbl"_qs, g.table);
-        q.bindValue(u":rows"_qs, QString::fromUtf8(g.json));
-        HostDb::exec(q, "adding the posted rows to the journal");
+              ":change, "_qs
+            + fields + u", :field, e.value ->> 3, e.value ->> 4 FROM "_qs + from);
+        QByteArray rows;
+        int count = 0;
+        const auto flush = [&] {
+            if (count == 0)
+                return;
+            rows += ']';
+            q.bindValue(u":run"_qs, runId);
+            q.bindValue(u":tbl"_qs, table);
+            q.bindValue(u":change"_qs, HostWriteLog::changeName(change));
+            q.bindValue(u":field"_qs, field.isEmpty() ? QVariant() : QVariant(field));
+            q.bindValue(u":rows"_qs, QString::fromLatin1(rows));
+            HostDb::exec(q, "adding the posted rows to the journal");
+            rows.clear();
+            count = 0;
+        };
+        const bool balance = change == HostWriteLog::Change::Balance;
+        for (const HostWriteLog::Slim &s : slim) {
+            if ((s.table << 16 | int(s.change) << 8 | s.field) != group)
+                continue;
+            rows += count++ ? ',' : '[';
+            rows += '[' + QByteArray::number(s.position) + ',' + QByteArray::number(s.line) + ','
+                + QByteArray::number(s.handle) + ',';
+            if (balance) {
+                appendJsonString(rows, s.before.toPlainText());
+                rows += ',';
+                appendJsonString(rows, s.after.toPlainText());
+            } else {
+                rows += "null,null";
+            }
+            rows += ']';
+            if (count == kChunk)
+                flush();
+        }
+        flush();
+        if (change == HostWriteLog::Change::Removed) {
+            QSqlQuery taken
+                = m_store.prepare(u"DELETE FROM temp.remitra_removed WHERE tbl = :tbl"_qs);
+            taken.bindValue(u":tbl"_qs, table);
+            HostDb::exec(taken, "adding the posted rows to the journal");
+        }
     }
 }
 
