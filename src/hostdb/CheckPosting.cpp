@@ -175,7 +175,9 @@ void CheckPosting::markSplitPaid(const Split &split)
     // together; each is still copied and posted once, as the walk meets it,
     // and all of them end marked, as they would one by one.
     m_splits.setLater(split.row, kSplitType, u"X"_qs);
-    if (m_log)
+    if (m_log && m_log->keepsSlim())
+        m_markedHandles.append(split.row.handle.toLongLong());
+    else if (m_log)
         m_marked.append(split);
 }
 
@@ -262,12 +264,8 @@ void CheckPosting::addTransaction(const LedgerEntry &t)
 
 void CheckPosting::deleteEnteredSplits()
 {
-    if (m_log && m_log->keepsSlim()) {
-        QList<qint64> handles;
-        for (const Split &split : std::as_const(m_marked))
-            handles.append(split.row.handle.toLongLong());
-        m_log->removing(m_host, u"SplitChecks"_qs, handles);
-    }
+    if (m_log && m_log->keepsSlim())
+        m_log->removing(m_host, u"SplitChecks"_qs, std::exchange(m_markedHandles, {}));
     HostDb::exec(m_deleteSplits, "removing the paid split lines");
     if (m_log && !m_log->keepsSlim()) {
         for (const Split &split : std::as_const(m_marked)) {

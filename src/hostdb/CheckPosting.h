@@ -100,5 +100,6 @@ private:
     QSqlQuery m_deleteSplits;
     HostWriteLog *m_log = nullptr;
     QList<Split> m_marked; // split lines marked "X" (removed at the end)
+    QList<qint64> m_markedHandles; // the same, by handle, for a slim log
     QSet<qint64> m_markedEntered; // entered checks this posting marked "X"
 };

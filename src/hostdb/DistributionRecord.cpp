@@ -123,8 +123,9 @@ QList<PaymentRow> DistributionRecord::checksOf(qint64 runId)
 
 QList<DistributionRecord::Run> DistributionRecord::answered()
 {
-    QSqlQuery query = m_store.prepare(u"SELECT run_id, sent_at, payment_text, response_text FROM "_qs
-        + m_store.table("distribution_runs") + u" WHERE state = 'answered' ORDER BY run_id"_qs);
+    QSqlQuery query
+        = m_store.prepare(u"SELECT run_id, sent_at, payment_text, response_text FROM "_qs
+            + m_store.table("distribution_runs") + u" WHERE state = 'answered' ORDER BY run_id"_qs);
     HostDb::exec(query, "reading the payment distributions");
     QList<Run> runs;
     while (query.next()) {
@@ -145,8 +146,7 @@ QList<DistributionRecord::Run> DistributionRecord::answered()
 QList<DistributionRecord::Unanswered> DistributionRecord::unanswered()
 {
     QSqlQuery query = m_store.prepare(u"SELECT r.run_id, r.sent_at, c.position FROM "_qs
-        + m_store.table("distribution_runs") + u" r JOIN "_qs
-        + m_store.table("distribution_checks")
+        + m_store.table("distribution_runs") + u" r JOIN "_qs + m_store.table("distribution_checks")
         + u" c ON c.run_id = r.run_id WHERE r.state = 'sending' AND c.released_at IS NULL "
           "ORDER BY r.run_id, c.position"_qs);
     HostDb::exec(query, "reading the payment distributions");

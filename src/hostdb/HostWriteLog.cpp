@@ -192,8 +192,10 @@ void HostWriteLog::addSlim(Change change, const QString &table, const QVariant &
     Q_ASSERT(t >= 0 && f >= 0);
     Slim slim;
     slim.handle = handle.toLongLong();
-    slim.before = before;
-    slim.after = after;
+    if (change == Change::Balance) {
+        slim.balance = int(m_slimBalances.size());
+        m_slimBalances.push_back({ before, after });
+    }
     slim.position = ++m_position;
     slim.line = m_line;
     slim.table = quint8(t);

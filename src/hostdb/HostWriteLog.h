@@ -23,7 +23,7 @@ class HostDb;
 class HostWriteLog
 {
 public:
-    enum class Change { Added, Balance, Changed, Removed };
+    enum class Change : quint8 { Added, Balance, Changed, Removed };
 
     struct Entry
     {
@@ -47,12 +47,16 @@ public:
     struct Slim
     {
         qint64 handle = 0;
-        Currency before, after; // a balance's
         int position = 0;
         int line = 0;
+        int balance = -1; // in slimBalances(), for a balance
         quint8 table = 0; // in slimTables()
         quint8 field = 0; // in slimFields(); 0: none
         Change change = Change::Added;
+    };
+    struct SlimBalance
+    {
+        Currency before, after;
     };
     // The tables and balance fields a slim row can name.
     static const QStringList &slimTables();
@@ -96,6 +100,7 @@ public:
 
     const QList<Entry> &entries() const { return m_entries; }
     const std::vector<Slim> &slimEntries() const { return m_slim; }
+    const std::vector<SlimBalance> &slimBalances() const { return m_slimBalances; }
     bool isEmpty() const { return m_entries.isEmpty() && m_slim.empty(); }
 
     // The fields the journal reads from the host for a slim row of the
@@ -127,6 +132,7 @@ private:
 
     QList<Entry> m_entries;
     std::vector<Slim> m_slim;
+    std::vector<SlimBalance> m_slimBalances;
     bool m_slimRows = false;
     int m_line = 0;
     int m_position = 0;

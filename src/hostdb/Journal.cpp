@@ -246,9 +246,10 @@ void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
             rows += '[' + QByteArray::number(s.position) + ',' + QByteArray::number(s.line) + ','
                 + QByteArray::number(s.handle) + ',';
             if (balance) {
-                appendJsonString(rows, s.before.toPlainText());
+                const HostWriteLog::SlimBalance &b = log.slimBalances().at(size_t(s.balance));
+                appendJsonString(rows, b.before.toPlainText());
                 rows += ',';
-                appendJsonString(rows, s.after.toPlainText());
+                appendJsonString(rows, b.after.toPlainText());
             } else {
                 rows += "null,null";
             }

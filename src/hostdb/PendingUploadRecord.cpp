@@ -33,8 +33,8 @@ void mark(const RemitraStore &store, Roster roster)
 
 bool isPending(const RemitraStore &store, Roster roster)
 {
-    QSqlQuery query = store.prepare(u"SELECT 1 FROM "_qs + store.table("pending_uploads")
-        + u" WHERE roster = :roster"_qs);
+    QSqlQuery query = store.prepare(
+        u"SELECT 1 FROM "_qs + store.table("pending_uploads") + u" WHERE roster = :roster"_qs);
     query.bindValue(u":roster"_qs, rosterName(roster));
     HostDb::exec(query, "reading the enrolment changes to send");
     return query.next();

@@ -106,8 +106,7 @@ void RentPostingRecord::recordComplete(const QString &fileSha256)
 
 QString RentPostingRecord::sha256(const QByteArray &bytes)
 {
-    return QString::fromLatin1(
-        QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
+    return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
 }
 
 QString RentPostingRecord::missingText(Missing missing)

@@ -108,18 +108,14 @@ Choice confirm(ProgramState &state, const RentPayments &rows, const QString &fil
 {
     Choice choice;
     const QHash<int, Earlier> found = find(state, rows, fileSha256);
-    if (found.isEmpty()) {
-        choice.toPost = rows;
-        return choice;
-    }
+    if (found.isEmpty())
+        return choice; // every row is posted
     Currency total;
     for (auto it = found.cbegin(); it != found.cend(); ++it)
         total += rows[std::size_t(it.key())].amount->abs();
     if (state.prompter().ask(questionText(found.size(), total), u"Remitra"_qs)
-        == Prompter::Answer::No) {
-        choice.toPost = rows;
+        == Prompter::Answer::No)
         return choice;
-    }
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const auto it = found.constFind(int(i));
         if (it == found.cend()) {

@@ -33,9 +33,15 @@ void mark(ProgramState &state, const QString &fileSha256, RentPayments &rows);
 
 struct Choice
 {
+    // The rows to post when some are left out; every row when none is.
     RentPayments toPost;
     RentPayments leftOut;
     QHash<int, Earlier> earlier; // by line of the payment file, for the left out
+
+    const RentPayments &rowsToPost(const RentPayments &all) const
+    {
+        return leftOut.empty() ? all : toPost;
+    }
 };
 // On "Update": with matching rows, one question (how many, their total)
 // whether to leave them out; without, every row is posted and nothing is

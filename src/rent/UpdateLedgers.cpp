@@ -157,7 +157,7 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
     // Payments an earlier posting holds already are left out on the user's
     // word; nothing is asked when there are none.
     const DuplicateGuard::Choice duplicates = DuplicateGuard::confirm(state, rows, fileSha256);
-    const RentPayments &kept = duplicates.toPost;
+    const RentPayments &kept = duplicates.rowsToPost(rows);
     if (!checkReadable(state, kept, choices))
         return false;
     HostDb &db = state.db();
@@ -179,15 +179,22 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
 
     // What earlier runs on this file already wrote.
     const QHash<int, RentPostingRecord::Line> done = record.lines(fileSha256);
-    RentPayments toPost;
-    RentPayments toDeposit;
-    for (const RentPayment &row : kept) {
-        const RentPostingRecord::Line previous = done.value(row.line);
-        if (previous.postedAt.isEmpty() || previous.missing != RentPostingRecord::Missing::Nothing)
-            toPost.push_back(row);
-        if (previous.depositedAt.isEmpty())
-            toDeposit.push_back(row);
+    // A first posting of the file takes every kept row (no copies of a
+    // large file); a later one only what is still missing.
+    RentPayments laterPost;
+    RentPayments laterDeposit;
+    if (!done.isEmpty()) {
+        for (const RentPayment &row : kept) {
+            const RentPostingRecord::Line previous = done.value(row.line);
+            if (previous.postedAt.isEmpty()
+                || previous.missing != RentPostingRecord::Missing::Nothing)
+                laterPost.push_back(row);
+            if (previous.depositedAt.isEmpty())
+                laterDeposit.push_back(row);
+        }
     }
+    const RentPayments &toPost = done.isEmpty() ? kept : laterPost;
+    const RentPayments &toDeposit = done.isEmpty() ? kept : laterDeposit;
 
     RentLedger ledger(db);
     HostWriteLog written;
