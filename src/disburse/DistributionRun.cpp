@@ -264,6 +264,7 @@ bool DistributionRun::finish(ProgramState &state, qint64 runId, const QList<Paym
         HostDb::Transaction tx(db);
         HostWriteLog written;
         written.keepSlim(Journal::readsRowsFromHost(db, state.store()));
+        written.keepKeysOnly(true);
         PaidCheckPosting posting(db, &written);
         const int posted = posting.PostCheck(rows, response);
         posting.DeleteEnteredSplits();

@@ -146,6 +146,11 @@ void HostWriteLog::removing(const HostDb &db, const QString &table, const QList<
 {
     if (handles.isEmpty())
         return;
+    if (m_keysOnly) {
+        for (const qint64 handle : handles)
+            addSlim(Change::Removed, table, handle, {}, {}, {});
+        return;
+    }
     // Slim rows exist only on the SQLite host; the table lives in the
     // connection's temp schema, so it goes with the posting's transaction.
     db.execText(u"CREATE TEMP TABLE IF NOT EXISTS remitra_removed (tbl TEXT NOT NULL, "

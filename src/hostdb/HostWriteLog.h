@@ -67,6 +67,11 @@ public:
     // the store attached): a large posting then keeps a few bytes a row.
     void keepSlim(bool on) { m_slimRows = on; }
     bool keepsSlim() const { return m_slimRows; }
+    // Slim rows added or removed are named by their handles alone, without
+    // their fields (a posting that is never undone: the paid checks, whose
+    // printed copies hold what the entered ones held).
+    void keepKeysOnly(bool on) { m_keysOnly = on; }
+    bool keepsKeysOnly() const { return m_keysOnly; }
 
     // The payment file line the following entries belong to.
     void setLine(int line) { m_line = line; }
@@ -134,6 +139,7 @@ private:
     std::vector<Slim> m_slim;
     std::vector<SlimBalance> m_slimBalances;
     bool m_slimRows = false;
+    bool m_keysOnly = false;
     int m_line = 0;
     int m_position = 0;
 };

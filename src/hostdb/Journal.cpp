@@ -210,7 +210,9 @@ void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
         const auto change = HostWriteLog::Change((group >> 8) & 0xff);
         const QString field = HostWriteLog::slimFields().at(group & 0xff);
         QString fields, from = u"json_each(:rows) e"_qs;
-        if (change == HostWriteLog::Change::Removed) {
+        if (log.keepsKeysOnly() && change != HostWriteLog::Change::Balance) {
+            fields = u"NULL"_qs;
+        } else if (change == HostWriteLog::Change::Removed) {
             fields = u"r.fields"_qs;
             from += u" LEFT JOIN temp.remitra_removed r ON r.tbl = :tbl AND r.handle = "
                     "e.value ->> 2"_qs;
@@ -258,7 +260,7 @@ void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
                 flush();
         }
         flush();
-        if (change == HostWriteLog::Change::Removed) {
+        if (change == HostWriteLog::Change::Removed && !log.keepsKeysOnly()) {
             QSqlQuery taken
                 = m_store.prepare(u"DELETE FROM temp.remitra_removed WHERE tbl = :tbl"_qs);
             taken.bindValue(u":tbl"_qs, table);
