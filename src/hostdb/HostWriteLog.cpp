@@ -5,6 +5,7 @@
 
 #include <QDate>
 #include <QDateTime>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
@@ -134,12 +135,34 @@ QStringList HostWriteLog::hostFields(const QString &table, Change change)
     return {};
 }
 
-QString HostWriteLog::jsonObjectSql(const QString &table, Change change, const QString &alias)
+QString HostWriteLog::jsonFieldsSql(const QString &table, Change change, const QString &alias)
 {
-    QStringList pairs;
+    // The values alone, in the order of hostFields(): a third of the bytes
+    // of an object that names every field on every row.
+    QStringList values;
     for (const QString &f : hostFields(table, change))
-        pairs << u"'"_qs + f + u"', "_qs + alias + u'.' + f;
-    return u"json_object("_qs + pairs.join(u", "_qs) + u')';
+        values << alias + u'.' + f;
+    return u"json_array("_qs + values.join(u", "_qs) + u')';
+}
+
+QVariantMap HostWriteLog::fieldsFromJson(
+    const QString &table, Change change, const QJsonDocument &json)
+{
+    QVariantMap fields;
+    if (json.isObject()) {
+        fields = json.object().toVariantMap();
+    } else if (json.isArray()) {
+        const QStringList names = hostFields(table, change);
+        const QJsonArray values = json.array();
+        for (qsizetype i = 0; i < names.size() && i < values.size(); ++i)
+            fields.insert(names.at(i), values.at(i).toVariant());
+    }
+    for (auto it = fields.begin(); it != fields.end(); ++it) {
+        if (it.value().isNull() || it.value().typeId() == QMetaType::Nullptr)
+            it.value() = QVariant();
+    }
+    // Fields read from the host come in the host's own types.
+    return normal(fields);
 }
 
 void HostWriteLog::removing(const HostDb &db, const QString &table, const QList<qint64> &handles)
@@ -165,7 +188,7 @@ void HostWriteLog::removing(const HostDb &db, const QString &table, const QList<
     list += ']';
     QSqlQuery keep = db.prepare(u"INSERT OR REPLACE INTO temp.remitra_removed "
                                 "SELECT :tbl, h.rowid, "_qs
-        + jsonObjectSql(table, Change::Removed, u"h"_qs) + u" FROM main."_qs + table
+        + jsonFieldsSql(table, Change::Removed, u"h"_qs) + u" FROM main."_qs + table
         + u" h WHERE h.rowid IN (SELECT value FROM json_each(:handles))"_qs);
     keep.bindValue(u":tbl"_qs, table);
     keep.bindValue(u":handles"_qs, QString::fromLatin1(list));

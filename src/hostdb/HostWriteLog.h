@@ -4,6 +4,7 @@
 #include "hostdb/KeyedRows.h"
 
 class HostDb;
+class QJsonDocument;
 
 #include <QList>
 #include <QString>
@@ -125,8 +126,12 @@ public:
     static Change changeOf(const QString &name);
 
     // The SQL expression of a slim row's fields, read from the host row
-    // named `alias` (SQLite).
-    static QString jsonObjectSql(const QString &table, Change change, const QString &alias);
+    // named `alias` (SQLite): a JSON array of the values of hostFields().
+    static QString jsonFieldsSql(const QString &table, Change change, const QString &alias);
+    // A row's fields as the journal kept them: a JSON object of fields, or
+    // the array of a slim row's values.
+    static QVariantMap fieldsFromJson(
+        const QString &table, Change change, const QJsonDocument &json);
 
     // Fields as JSON text, the journal's form.
     static QString json(const QVariantMap &fields);

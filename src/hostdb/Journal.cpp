@@ -55,17 +55,6 @@ std::optional<Currency> totalOf(const QVariant &v)
     return v.isNull() ? std::nullopt : Currency::parse(v.toString());
 }
 
-QVariantMap fieldsOf(const QString &text)
-{
-    QVariantMap fields = QJsonDocument::fromJson(text.toUtf8()).object().toVariantMap();
-    for (auto it = fields.begin(); it != fields.end(); ++it) {
-        if (it.value().isNull() || it.value().typeId() == QMetaType::Nullptr)
-            it.value() = QVariant();
-    }
-    // Fields read from the host come in the host's own types.
-    return HostWriteLog::normal(fields);
-}
-
 // A text as a JSON string.
 void appendJsonString(QByteArray &out, const QString &text)
 {
@@ -217,7 +206,7 @@ void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
             from += u" LEFT JOIN temp.remitra_removed r ON r.tbl = :tbl AND r.handle = "
                     "e.value ->> 2"_qs;
         } else {
-            fields = HostWriteLog::jsonObjectSql(table, change, u"h"_qs);
+            fields = HostWriteLog::jsonFieldsSql(table, change, u"h"_qs);
             from += u" LEFT JOIN main."_qs + table + u" h ON h.rowid = e.value ->> 2"_qs;
         }
         QSqlQuery q = m_store.prepare(u"INSERT INTO "_qs + m_store.table("journal_rows")
@@ -537,7 +526,8 @@ void Journal::forEachRow(qint64 runId, const std::function<bool(const Row &)> &v
         row.table = q.value(2).toString();
         row.handle = q.value(3);
         row.change = HostWriteLog::changeOf(q.value(4).toString());
-        row.fields = fieldsOf(q.value(5).toString());
+        row.fields = HostWriteLog::fieldsFromJson(
+            row.table, row.change, QJsonDocument::fromJson(q.value(5).toString().toUtf8()));
         row.field = q.value(6).toString();
         row.before = q.value(7);
         row.after = q.value(8);
