@@ -7,7 +7,10 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QHash>
 #include <QSet>
+
+#include <algorithm>
 
 namespace {
 
@@ -185,19 +188,23 @@ bool Journal::readsRowsFromHost(const HostDb &db, const RemitraStore &store)
 void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
 {
     const std::vector<HostWriteLog::Slim> &slim = log.slimEntries();
-    // The rows of one table, kind and balance field go in statements of a
-    // few thousand rows each, handed over as a JSON array of
-    // [position, line, handle, before, after]; their fields are read from
+    // The rows go in the order written, a window of rows at a time (so the
+    // journal's index grows at its end), in a statement per table, kind and
+    // balance field, handed over as a JSON array of
+    // [position, line, handle, before, after]. Their fields are read from
     // the host row in the same statement (a removed row's from the copy made
     // before it was removed, see HostWriteLog::removing).
-    constexpr int kChunk = 20000;
-    QSet<int> groups;
-    for (const HostWriteLog::Slim &s : slim)
-        groups.insert(s.table << 16 | int(s.change) << 8 | s.field);
-    for (const int group : std::as_const(groups)) {
+    constexpr size_t kWindow = 20000;
+    const auto groupOf
+        = [](const HostWriteLog::Slim &s) { return s.table << 16 | int(s.change) << 8 | s.field; };
+    QHash<int, QSqlQuery> statements;
+    QSet<int> removedTables;
+    const auto statement = [&](int group) -> QSqlQuery & {
+        auto it = statements.find(group);
+        if (it != statements.end())
+            return *it;
         const QString table = HostWriteLog::slimTables().at(group >> 16);
         const auto change = HostWriteLog::Change((group >> 8) & 0xff);
-        const QString field = HostWriteLog::slimFields().at(group & 0xff);
         QString fields, from = u"json_each(:rows) e"_qs;
         if (log.keepsKeysOnly() && change != HostWriteLog::Change::Balance) {
             fields = u"NULL"_qs;
@@ -205,56 +212,54 @@ void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
             fields = u"r.fields"_qs;
             from += u" LEFT JOIN temp.remitra_removed r ON r.tbl = :tbl AND r.handle = "
                     "e.value ->> 2"_qs;
+            removedTables.insert(group >> 16);
         } else {
             fields = HostWriteLog::jsonFieldsSql(table, change, u"h"_qs);
             from += u" LEFT JOIN main."_qs + table + u" h ON h.rowid = e.value ->> 2"_qs;
         }
-        QSqlQuery q = m_store.prepare(u"INSERT INTO "_qs + m_store.table("journal_rows")
-            + u" (run_id, position, line, tbl, handle, change, fields, field, before, after) "
-              "SELECT :run, e.value ->> 0, nullif(e.value ->> 1, 0), :tbl, e.value ->> 2, "
-              ":change, "_qs
-            + fields + u", :field, e.value ->> 3, e.value ->> 4 FROM "_qs + from);
-        QByteArray rows;
-        int count = 0;
-        const auto flush = [&] {
-            if (count == 0)
-                return;
-            rows += ']';
-            q.bindValue(u":run"_qs, runId);
-            q.bindValue(u":tbl"_qs, table);
-            q.bindValue(u":change"_qs, HostWriteLog::changeName(change));
-            q.bindValue(u":field"_qs, field.isEmpty() ? QVariant() : QVariant(field));
-            q.bindValue(u":rows"_qs, QString::fromLatin1(rows));
-            HostDb::exec(q, "adding the posted rows to the journal");
-            rows.clear();
-            count = 0;
-        };
-        const bool balance = change == HostWriteLog::Change::Balance;
-        for (const HostWriteLog::Slim &s : slim) {
-            if ((s.table << 16 | int(s.change) << 8 | s.field) != group)
-                continue;
-            rows += count++ ? ',' : '[';
-            rows += '[' + QByteArray::number(s.position) + ',' + QByteArray::number(s.line) + ','
+        return *statements.insert(group,
+            m_store.prepare(u"INSERT INTO "_qs + m_store.table("journal_rows")
+                + u" (run_id, position, line, tbl, handle, change, fields, field, before, "
+                  "after) SELECT :run, e.value ->> 0, nullif(e.value ->> 1, 0), :tbl, "
+                  "e.value ->> 2, :change, "_qs
+                + fields + u", :field, e.value ->> 3, e.value ->> 4 FROM "_qs + from));
+    };
+    for (size_t start = 0; start < slim.size(); start += kWindow) {
+        const size_t end = std::min(slim.size(), start + kWindow);
+        QHash<int, QByteArray> rows;
+        for (size_t i = start; i < end; ++i) {
+            const HostWriteLog::Slim &s = slim[i];
+            QByteArray &out = rows[groupOf(s)];
+            out += out.isEmpty() ? '[' : ',';
+            out += '[' + QByteArray::number(s.position) + ',' + QByteArray::number(s.line) + ','
                 + QByteArray::number(s.handle) + ',';
-            if (balance) {
+            if (s.change == HostWriteLog::Change::Balance) {
                 const HostWriteLog::SlimBalance &b = log.slimBalances().at(size_t(s.balance));
-                appendJsonString(rows, b.before.toPlainText());
-                rows += ',';
-                appendJsonString(rows, b.after.toPlainText());
+                appendJsonString(out, b.before.toPlainText());
+                out += ',';
+                appendJsonString(out, b.after.toPlainText());
             } else {
-                rows += "null,null";
+                out += "null,null";
             }
-            rows += ']';
-            if (count == kChunk)
-                flush();
+            out += ']';
         }
-        flush();
-        if (change == HostWriteLog::Change::Removed && !log.keepsKeysOnly()) {
-            QSqlQuery taken
-                = m_store.prepare(u"DELETE FROM temp.remitra_removed WHERE tbl = :tbl"_qs);
-            taken.bindValue(u":tbl"_qs, table);
-            HostDb::exec(taken, "adding the posted rows to the journal");
+        for (auto it = rows.begin(); it != rows.end(); ++it) {
+            const int group = it.key();
+            const QString field = HostWriteLog::slimFields().at(group & 0xff);
+            QSqlQuery &q = statement(group);
+            q.bindValue(u":run"_qs, runId);
+            q.bindValue(u":tbl"_qs, HostWriteLog::slimTables().at(group >> 16));
+            q.bindValue(
+                u":change"_qs, HostWriteLog::changeName(HostWriteLog::Change((group >> 8) & 0xff)));
+            q.bindValue(u":field"_qs, field.isEmpty() ? QVariant() : QVariant(field));
+            q.bindValue(u":rows"_qs, QString::fromLatin1(it.value() + ']'));
+            HostDb::exec(q, "adding the posted rows to the journal");
         }
+    }
+    for (const int table : std::as_const(removedTables)) {
+        QSqlQuery taken = m_store.prepare(u"DELETE FROM temp.remitra_removed WHERE tbl = :tbl"_qs);
+        taken.bindValue(u":tbl"_qs, HostWriteLog::slimTables().at(table));
+        HostDb::exec(taken, "adding the posted rows to the journal");
     }
 }
 

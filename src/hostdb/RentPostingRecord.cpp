@@ -97,6 +97,48 @@ void RentPostingRecord::recordDeposited(const QString &fileSha256, int line)
     HostDb::exec(m_deposited, "recording a deposited payment");
 }
 
+void RentPostingRecord::recordPosted(
+    const QString &fileSha256, const QList<std::pair<int, Missing>> &lines)
+{
+    if (lines.isEmpty())
+        return;
+    // [[line, missing], ...] as JSON: one statement for the whole file.
+    QByteArray json("[");
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        const QString missing = missingName(lines.at(i).second);
+        json += (i ? ",[" : "[") + QByteArray::number(lines.at(i).first) + ','
+            + (missing.isEmpty() ? QByteArray("null") : '"' + missing.toLatin1() + '"') + ']';
+    }
+    json += ']';
+    QSqlQuery q = m_store.prepare(u"INSERT INTO "_qs + m_store.table("rent_lines")
+        + u" (file_sha256, line, posted_at, missing) SELECT :sha, value ->> 0, :at, "
+          "value ->> 1 FROM json_each(:lines) WHERE true "
+          "ON CONFLICT (file_sha256, line) DO UPDATE SET "
+          "posted_at = coalesce(posted_at, excluded.posted_at), missing = excluded.missing"_qs);
+    q.bindValue(u":sha"_qs, fileSha256);
+    q.bindValue(u":at"_qs, RemitraStore::now());
+    q.bindValue(u":lines"_qs, QString::fromLatin1(json));
+    HostDb::exec(q, "recording the posted payments");
+}
+
+void RentPostingRecord::recordDeposited(const QString &fileSha256, const QList<int> &lines)
+{
+    if (lines.isEmpty())
+        return;
+    QByteArray json("[");
+    for (qsizetype i = 0; i < lines.size(); ++i)
+        json += (i ? "," : "") + QByteArray::number(lines.at(i));
+    json += ']';
+    QSqlQuery q = m_store.prepare(u"INSERT INTO "_qs + m_store.table("rent_lines")
+        + u" (file_sha256, line, deposited_at) SELECT :sha, value, :at "
+          "FROM json_each(:lines) WHERE true ON CONFLICT (file_sha256, line) DO UPDATE SET "
+          "deposited_at = coalesce(deposited_at, excluded.deposited_at)"_qs);
+    q.bindValue(u":sha"_qs, fileSha256);
+    q.bindValue(u":at"_qs, RemitraStore::now());
+    q.bindValue(u":lines"_qs, QString::fromLatin1(json));
+    HostDb::exec(q, "recording the deposited payments");
+}
+
 void RentPostingRecord::recordComplete(const QString &fileSha256)
 {
     m_setComplete.bindValue(u":sha"_qs, fileSha256);

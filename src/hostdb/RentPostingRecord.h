@@ -40,6 +40,9 @@ public:
     // Inside the caller's transaction.
     void recordPosted(const QString &fileSha256, int line, Missing missing);
     void recordDeposited(const QString &fileSha256, int line);
+    // The same for many lines, in one statement each.
+    void recordPosted(const QString &fileSha256, const QList<std::pair<int, Missing>> &lines);
+    void recordDeposited(const QString &fileSha256, const QList<int> &lines);
     void recordComplete(const QString &fileSha256);
     // A reversed posting: its lines are no longer in the ledgers (nor in a
     // deposit), and the file is not complete any more.

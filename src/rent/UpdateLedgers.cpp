@@ -20,6 +20,7 @@
 
 #include <QSet>
 
+#include <algorithm>
 #include <optional>
 
 namespace UpdateLedgers {
@@ -269,10 +270,14 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
         // The record of which payments were posted commits with the ledgers
         // and the journal (see Journal::commitPosting for the Access host).
         runId = Journal(state.store()).commitPosting(transaction, entry, result, [&] {
+            QList<std::pair<int, RentPostingRecord::Missing>> postedLines;
+            postedLines.reserve(qsizetype(posting.written().size()));
             for (const PostPayments::Written &w : posting.written())
-                record.recordPosted(fileSha256, w.line, w.missing);
-            for (int line : std::as_const(deposited))
-                record.recordDeposited(fileSha256, line);
+                postedLines.append({ w.line, w.missing });
+            record.recordPosted(fileSha256, postedLines);
+            QList<int> depositedLines = deposited.values();
+            std::sort(depositedLines.begin(), depositedLines.end());
+            record.recordDeposited(fileSha256, depositedLines);
             if (!posting.failed())
                 record.recordComplete(fileSha256);
         });
