@@ -19,20 +19,11 @@ const QString kAddSplit
     = u"INSERT INTO SplitPrintedChecks (CkNumber, CkAmount, CkAccountID, CkPostToID, CkRemark, "
       "CkStatus, CkType, CkPostTo) VALUES (:ck, :amount, :account, :postToId, :remark, :status, "
       ":type, :postTo)"_qs;
-const QString kAddTransaction
-    = u"INSERT INTO Transactions (TransAmount, TransDate, TransAccountID, TransPostToID, "
-      "TransStatus, TransType, TransTax, TransRemark, TransCheckNumber, TransOID, TransPID, "
-      "TransTID, TransUID) VALUES (:amount, :date, :account, :postToId, :status, 'C', 'N', "
-      ":remark, NULL, :oid, :pid, :tid, :uid)"_qs;
 
 // The fields of a split line, in the order Split holds them.
 const QStringList kSplitFields = { u"CkAmount"_qs, u"CkAccountID"_qs, u"CkPostToID"_qs,
     u"CkRemark"_qs, u"CkStatus"_qs, u"CkType"_qs, u"CkPostTo"_qs };
 constexpr int kSplitType = 5;
-
-// A unit is also known by its address and number, which tell two units of
-// one tenant apart where the engine has no row handle.
-const QStringList kUnitFields = { u"UCurrBal"_qs, u"UAddress"_qs, u"UNumber"_qs };
 
 // The host's own check posting marks and compares "X" in capitals.
 QString deleteSplitsSql(const EngineSql &sql)
@@ -82,12 +73,8 @@ CheckPosting::CheckPosting(const HostDb &db)
     : m_host(checked(db))
     , m_addPrinted(db.prepare(kAddPrinted))
     , m_addSplit(db.prepare(kAddSplit))
-    , m_addTransaction(db.prepare(kAddTransaction))
+    , m_ledger(db)
     , m_splits(db, u"SplitChecks"_qs, u"CkNumber"_qs, kSplitFields)
-    , m_owners(db, u"Owners"_qs, u"OwnerID"_qs, { u"OCurrBal"_qs })
-    , m_properties(db, u"Properties"_qs, u"PropID"_qs, { u"PCurrBal"_qs })
-    , m_tenants(db, u"Tenants"_qs, u"TenantID"_qs, { u"TCurrBal"_qs })
-    , m_units(db, u"Units"_qs, u"UTenantID"_qs, kUnitFields)
     , m_deleteSplits(db.prepare(deleteSplitsSql(db.sql())))
 {
 }
@@ -181,28 +168,27 @@ void CheckPosting::markSplitPaid(const Split &split)
         m_marked.append(split);
 }
 
+void CheckPosting::setLog(HostWriteLog *log)
+{
+    m_log = log;
+    m_ledger.setLog(log);
+}
+
 bool CheckPosting::addToBalance(const QString &code, qint64 id, Currency amount)
 {
-    const auto add = [&](KeyedRows &rows) {
-        KeyedRows::Change change;
-        if (!rows.addToFirst(id, 0, amount, &change))
-            return false;
-        if (m_log)
-            m_log->balance(rows, change, 0);
-        return true;
-    };
+    using Balance = LedgerWriter::Balance;
     if (code == u"O"_qs)
-        return add(m_owners);
+        return m_ledger.addToBalance(Balance::Owner, id, amount);
     if (code == u"P"_qs)
-        return add(m_properties);
+        return m_ledger.addToBalance(Balance::Property, id, amount);
     if (code == u"T"_qs)
-        return add(m_tenants);
+        return m_ledger.addToBalance(Balance::Tenant, id, amount);
     if (code == u"U"_qs)
-        return add(m_units);
+        return m_ledger.addToBalance(Balance::Unit, id, amount);
     if (code == u"B"_qs) {
-        if (!add(m_tenants))
+        if (!m_ledger.addToBalance(Balance::Tenant, id, amount))
             return false;
-        add(m_units);
+        m_ledger.addToBalance(Balance::Unit, id, amount);
         return true;
     }
     return false;
@@ -230,36 +216,18 @@ void CheckPosting::prefetchBalances(const QList<std::pair<QString, qint64>> &pos
         else if (code == u"B"_qs)
             tenants.append(id), units.append(id);
     }
-    m_owners.readKeys(owners);
-    m_properties.readKeys(properties);
-    m_tenants.readKeys(tenants);
-    m_units.readKeys(units);
+    m_ledger.readBalances(LedgerWriter::Balance::Owner, owners);
+    m_ledger.readBalances(LedgerWriter::Balance::Property, properties);
+    m_ledger.readBalances(LedgerWriter::Balance::Tenant, tenants);
+    m_ledger.readBalances(LedgerWriter::Balance::Unit, units);
 }
 
 void CheckPosting::addTransaction(const LedgerEntry &t)
 {
-    m_addTransaction.bindValue(u":amount"_qs, (-t.amount.abs()).toDatabaseValue());
-    m_addTransaction.bindValue(u":date"_qs, t.date);
-    m_addTransaction.bindValue(u":account"_qs, t.accountId);
-    m_addTransaction.bindValue(u":postToId"_qs, t.postToId);
-    m_addTransaction.bindValue(u":status"_qs, t.code);
-    m_addTransaction.bindValue(u":remark"_qs, t.remark);
-    m_addTransaction.bindValue(u":oid"_qs, t.targets[0]);
-    m_addTransaction.bindValue(u":pid"_qs, t.targets[1]);
-    m_addTransaction.bindValue(u":tid"_qs, t.targets[2]);
-    m_addTransaction.bindValue(u":uid"_qs, t.targets[3]);
-    HostDb::exec(m_addTransaction, "adding a ledger transaction");
-    if (m_log) {
-        m_log->addedRow(u"Transactions"_qs, handleOf(m_host, m_addTransaction), [&] {
-            return QVariantMap { { u"TransAmount"_qs, (-t.amount.abs()).toPlainText() },
-                { u"TransDate"_qs, t.date }, { u"TransAccountID"_qs, t.accountId },
-                { u"TransPostToID"_qs, t.postToId }, { u"TransStatus"_qs, t.code },
-                { u"TransType"_qs, u"C"_qs }, { u"TransTax"_qs, u"N"_qs },
-                { u"TransRemark"_qs, t.remark }, { u"TransCheckNumber"_qs, QVariant() },
-                { u"TransOID"_qs, t.targets[0] }, { u"TransPID"_qs, t.targets[1] },
-                { u"TransTID"_qs, t.targets[2] }, { u"TransUID"_qs, t.targets[3] } };
-        });
-    }
+    // The unit goes to TransTID and the tenant to TransUID.
+    m_ledger.addTransaction(
+        { t.accountId, t.postToId, -t.amount.abs(), t.date, QVariant(), t.remark, u"C"_qs, t.code,
+            u"N"_qs, t.targets[0], t.targets[1], t.targets[3], t.targets[2] });
 }
 
 void CheckPosting::deleteEnteredSplits()

@@ -5,6 +5,7 @@
 #include "hostdb/HostDb.h"
 #include "hostdb/HostWriteLog.h"
 #include "hostdb/KeyedRows.h"
+#include "hostdb/LedgerWriter.h"
 
 #include <QList>
 #include <QSet>
@@ -28,7 +29,7 @@ public:
 
     // Every row written, changed or removed from now on goes to the log
     // (for the journal).
-    void setLog(HostWriteLog *log) { m_log = log; }
+    void setLog(HostWriteLog *log);
 
     // A split line of an entered check. Split lines have no key of their
     // own in the host: a line is known by its row (see KeyedRows).
@@ -92,11 +93,11 @@ public:
 
 private:
     const HostDb &m_host;
-    QSqlQuery m_addPrinted, m_addSplit, m_addTransaction;
+    QSqlQuery m_addPrinted, m_addSplit;
+    LedgerWriter m_ledger;
     QList<qint64> m_enteredPaid; // marked at flush()
     KeyedRows m_splits;
     bool m_splitsRead = false;
-    KeyedRows m_owners, m_properties, m_tenants, m_units;
     QSqlQuery m_deleteSplits;
     HostWriteLog *m_log = nullptr;
     QList<Split> m_marked; // split lines marked "X" (removed at the end)

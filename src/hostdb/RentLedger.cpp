@@ -6,15 +6,6 @@
 #include <QDate>
 
 namespace {
-const QString kInsertTransactionSql
-    = u"INSERT INTO Transactions (TransAccountID, TransPostToID, TransAmount, TransDate,"
-      " TransCheckNumber, TransRemark, TransType, TransStatus, TransTax,"
-      " TransOID, TransPID, TransUID, TransTID)"
-      " VALUES (:account, :postTo, :amount, :date, :check, :remark, :type, :status, :tax,"
-      " :oid, :pid, :uid, :tid)"_qs;
-// A unit is also known by its address and number, which tell two units of
-// one tenant apart where the engine has no row handle.
-const QStringList kUnitFields = { u"UCurrBal"_qs, u"UAddress"_qs, u"UNumber"_qs };
 const QString kOwnerFeeSql = u"SELECT OMgmtFee FROM Owners WHERE OwnerID = :id"_qs;
 const QString kInsertDepositSql
     = u"INSERT INTO CheckDepPrinted (CkPayee, CkAccountID, CkAmount, CkDate, CkInvoice, CkRemark,"
@@ -44,9 +35,7 @@ QVariant dateValue(const QString &iso)
 
 RentLedger::RentLedger(const HostDb &db)
     : m_db(checked(db))
-    , m_insertTransaction(db.prepare(kInsertTransactionSql))
-    , m_units(db, u"Units"_qs, u"UTenantID"_qs, kUnitFields)
-    , m_tenants(db, u"Tenants"_qs, u"TenantID"_qs, { u"TCurrBal"_qs })
+    , m_ledger(db)
     , m_ownerFee(db.prepare(kOwnerFeeSql))
 {
 }
@@ -62,35 +51,17 @@ void RentLedger::prepareDeposit()
     m_depositReady = true;
 }
 
+void RentLedger::setLog(HostWriteLog *log)
+{
+    m_log = log;
+    m_ledger.setLog(log);
+}
+
 void RentLedger::addTransaction(const Line &line)
 {
-    QSqlQuery &q = m_insertTransaction;
-    q.bindValue(u":account"_qs, line.accountId);
-    q.bindValue(u":postTo"_qs, line.postToId);
-    q.bindValue(u":amount"_qs, line.amount.toDatabaseValue());
-    q.bindValue(u":date"_qs, dateValue(line.date));
-    q.bindValue(u":check"_qs, line.checkNumber);
-    q.bindValue(u":remark"_qs, line.remark);
-    q.bindValue(u":type"_qs, line.type);
-    q.bindValue(u":status"_qs, line.status);
-    q.bindValue(u":tax"_qs, line.tax);
-    q.bindValue(u":oid"_qs, line.ownerId);
-    q.bindValue(u":pid"_qs, line.propertyId);
-    q.bindValue(u":uid"_qs, line.unitId);
-    q.bindValue(u":tid"_qs, line.tenantId);
-    HostDb::exec(q, "adding a ledger transaction");
-    if (m_log) {
-        m_log->addedRow(u"Transactions"_qs, insertedHandle(q), [&] {
-            return QVariantMap { { u"TransAccountID"_qs, line.accountId },
-                { u"TransPostToID"_qs, line.postToId },
-                { u"TransAmount"_qs, line.amount.toPlainText() }, { u"TransDate"_qs, line.date },
-                { u"TransCheckNumber"_qs, line.checkNumber }, { u"TransRemark"_qs, line.remark },
-                { u"TransType"_qs, line.type }, { u"TransStatus"_qs, line.status },
-                { u"TransTax"_qs, line.tax }, { u"TransOID"_qs, line.ownerId },
-                { u"TransPID"_qs, line.propertyId }, { u"TransUID"_qs, line.unitId },
-                { u"TransTID"_qs, line.tenantId } };
-        });
-    }
+    m_ledger.addTransaction({ line.accountId, line.postToId, line.amount, line.date,
+        line.checkNumber, line.remark, line.type, line.status, line.tax, line.ownerId,
+        line.propertyId, line.unitId, line.tenantId });
 }
 
 QVariant RentLedger::insertedHandle(const QSqlQuery &insert) const
@@ -100,22 +71,12 @@ QVariant RentLedger::insertedHandle(const QSqlQuery &insert) const
 
 bool RentLedger::addToUnitBalance(const QVariant &tenantId, Currency delta)
 {
-    KeyedRows::Change change;
-    if (!m_units.addToFirst(tenantId, 0, delta, &change))
-        return false;
-    if (m_log)
-        m_log->balance(m_units, change, 0);
-    return true;
+    return m_ledger.addToBalance(LedgerWriter::Balance::Unit, tenantId, delta);
 }
 
 bool RentLedger::addToTenantBalance(const QVariant &tenantId, Currency delta)
 {
-    KeyedRows::Change change;
-    if (!m_tenants.addToFirst(tenantId, 0, delta, &change))
-        return false;
-    if (m_log)
-        m_log->balance(m_tenants, change, 0);
-    return true;
+    return m_ledger.addToBalance(LedgerWriter::Balance::Tenant, tenantId, delta);
 }
 
 std::optional<QString> RentLedger::ownerMgmtFee(const QVariant &ownerId)

@@ -3,7 +3,7 @@
 #include "core/Currency.h"
 #include "hostdb/HostDb.h"
 #include "hostdb/HostWriteLog.h"
-#include "hostdb/KeyedRows.h"
+#include "hostdb/LedgerWriter.h"
 
 #include <QString>
 #include <QVariant>
@@ -22,7 +22,7 @@ public:
 
     // Every row written from now on goes to the log (for the journal),
     // under the payment file line last given to atLine().
-    void setLog(HostWriteLog *log) { m_log = log; }
+    void setLog(HostWriteLog *log);
     void atLine(int line)
     {
         if (m_log)
@@ -83,9 +83,7 @@ private:
     QVariant insertedHandle(const QSqlQuery &insert) const;
 
     const HostDb &m_db;
-    QSqlQuery m_insertTransaction;
-    KeyedRows m_units;
-    KeyedRows m_tenants;
+    LedgerWriter m_ledger;
     QSqlQuery m_ownerFee;
     HostWriteLog *m_log = nullptr;
     bool m_depositReady = false;

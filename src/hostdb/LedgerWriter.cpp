@@ -1,0 +1,112 @@
+#include "hostdb/LedgerWriter.h"
+
+#include "hostdb/EngineSql.h"
+#include "hostdb/HostDb.h"
+#include "hostdb/HostWriteLog.h"
+
+#include <QDate>
+
+namespace {
+
+const QString kInsertTransactionSql
+    = u"INSERT INTO Transactions (TransAccountID, TransPostToID, TransAmount, TransDate,"
+      " TransCheckNumber, TransRemark, TransType, TransStatus, TransTax,"
+      " TransOID, TransPID, TransUID, TransTID)"
+      " VALUES (:account, :postTo, :amount, :date, :check, :remark, :type, :status, :tax,"
+      " :oid, :pid, :uid, :tid)"_qs;
+
+// A date goes to the host as a date: the embedded engine stores it as ISO
+// text, the Access engine as a date value.
+QVariant dateValue(const QVariant &date)
+{
+    if (date.typeId() == QMetaType::QString)
+        return QDate::fromString(date.toString(), Qt::ISODate);
+    return date;
+}
+
+} // namespace
+
+LedgerWriter::LedgerWriter(const HostDb &db)
+    : m_db(db)
+    , m_insertTransaction(db.prepare(kInsertTransactionSql))
+{
+}
+
+LedgerWriter::~LedgerWriter() = default;
+
+void LedgerWriter::addTransaction(const Line &line)
+{
+    QSqlQuery &q = m_insertTransaction;
+    q.bindValue(u":account"_qs, line.accountId);
+    q.bindValue(u":postTo"_qs, line.postToId);
+    q.bindValue(u":amount"_qs, line.amount.toDatabaseValue());
+    q.bindValue(u":date"_qs, dateValue(line.date));
+    q.bindValue(u":check"_qs, line.checkNumber);
+    q.bindValue(u":remark"_qs, line.remark);
+    q.bindValue(u":type"_qs, line.type);
+    q.bindValue(u":status"_qs, line.status);
+    q.bindValue(u":tax"_qs, line.tax);
+    q.bindValue(u":oid"_qs, line.ownerId);
+    q.bindValue(u":pid"_qs, line.propertyId);
+    q.bindValue(u":uid"_qs, line.unitId);
+    q.bindValue(u":tid"_qs, line.tenantId);
+    HostDb::exec(q, "adding a ledger transaction");
+    if (!m_log)
+        return;
+    const QVariant handle = m_db.sql().handleColumns() > 0 ? q.lastInsertId() : QVariant();
+    m_log->addedRow(u"Transactions"_qs, handle, [&] {
+        return QVariantMap { { u"TransAccountID"_qs, line.accountId },
+            { u"TransPostToID"_qs, line.postToId },
+            { u"TransAmount"_qs, line.amount.toPlainText() }, { u"TransDate"_qs, line.date },
+            { u"TransCheckNumber"_qs, line.checkNumber }, { u"TransRemark"_qs, line.remark },
+            { u"TransType"_qs, line.type }, { u"TransStatus"_qs, line.status },
+            { u"TransTax"_qs, line.tax }, { u"TransOID"_qs, line.ownerId },
+            { u"TransPID"_qs, line.propertyId }, { u"TransUID"_qs, line.unitId },
+            { u"TransTID"_qs, line.tenantId } };
+    });
+}
+
+KeyedRows &LedgerWriter::rows(Balance which)
+{
+    std::unique_ptr<KeyedRows> &rows = m_balances[int(which)];
+    if (!rows) {
+        switch (which) {
+        case Balance::Owner:
+            rows = std::make_unique<KeyedRows>(
+                m_db, u"Owners"_qs, u"OwnerID"_qs, QStringList { u"OCurrBal"_qs });
+            break;
+        case Balance::Property:
+            rows = std::make_unique<KeyedRows>(
+                m_db, u"Properties"_qs, u"PropID"_qs, QStringList { u"PCurrBal"_qs });
+            break;
+        case Balance::Tenant:
+            rows = std::make_unique<KeyedRows>(
+                m_db, u"Tenants"_qs, u"TenantID"_qs, QStringList { u"TCurrBal"_qs });
+            break;
+        case Balance::Unit:
+            // A unit is also known by its address and number, which tell two
+            // units of one tenant apart where the engine has no row handle.
+            rows = std::make_unique<KeyedRows>(m_db, u"Units"_qs, u"UTenantID"_qs,
+                QStringList { u"UCurrBal"_qs, u"UAddress"_qs, u"UNumber"_qs });
+            break;
+        }
+    }
+    return *rows;
+}
+
+bool LedgerWriter::addToBalance(Balance which, const QVariant &id, Currency delta)
+{
+    KeyedRows &records = rows(which);
+    KeyedRows::Change change;
+    if (!records.addToFirst(id, 0, delta, &change))
+        return false;
+    if (m_log)
+        m_log->balance(records, change, 0);
+    return true;
+}
+
+void LedgerWriter::readBalances(Balance which, const QList<qint64> &ids)
+{
+    if (!ids.isEmpty())
+        rows(which).readKeys(ids);
+}
