@@ -59,9 +59,7 @@ void RentLedger::setLog(HostWriteLog *log)
 
 void RentLedger::addTransaction(const Line &line)
 {
-    m_ledger.addTransaction({ line.accountId, line.postToId, line.amount, line.date,
-        line.checkNumber, line.remark, line.type, line.status, line.tax, line.ownerId,
-        line.propertyId, line.unitId, line.tenantId });
+    m_ledger.addTransaction(line);
 }
 
 QVariant RentLedger::insertedHandle(const QSqlQuery &insert) const

@@ -29,19 +29,7 @@ public:
             m_log->setLine(line);
     }
 
-    struct Line
-    {
-        qint64 accountId = 0;
-        qint64 postToId = 0;
-        Currency amount;
-        QString date; // ISO
-        QVariant checkNumber; // Null or a number
-        QVariant remark; // Null when not set
-        QString type;
-        QString status;
-        QString tax;
-        qint64 ownerId = 0, propertyId = 0, unitId = 0, tenantId = 0;
-    };
+    using Line = LedgerWriter::Line;
     void addTransaction(const Line &line);
 
     // Adds delta to UCurrBal of the tenant's first unit (only that one);
