@@ -1,76 +1,53 @@
-// The call sequence, the reporting of results and the whole-file reader,
-// with a scripted client.
+// The call sequence and the reporting of results, with a scripted client.
 
-#include "ScriptedProcessorClient.h"
 #include "TestSupport.h"
 
 #include "core/RuntimeError.h"
-#include "processor/HttpProcessorClient.h"
 #include "processor/ProcessorCall.h"
 #include "processor/ReportResult.h"
 
 #include <QTest>
-
-namespace {
-
-const QString kSuccess = u"Successful connection to Quenta Payment Services!"_qs;
-
-QString catchAll(int code)
-{
-    return u"The action could not be performed because of the following error: "_qs + QString::number(code)
-        + u"\r\rPlease notify us of this error."_qs;
-}
-
-} // namespace
 
 class TestProcessorCall : public QObject
 {
     Q_OBJECT
 
 private slots:
+    // The messages for each status over HTTP: tests/reliability/tst_faults.
     void reportResultShowsTheMessageForTheCode_data()
     {
         QTest::addColumn<QString>("flag");
         QTest::addColumn<int>("code");
         QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("title");
-        const QString error = u"Remitra error"_qs;
-        QTest::newRow("True 200") << u"True"_qs << 200 << kSuccess << u"Dwellix Remitra"_qs;
-        QTest::newRow("False 200") << u"False"_qs << 200 << catchAll(200) << error;
-        QTest::newRow("True 401") << u"True"_qs << 401 << u"The action could not be performed because of the authorization failed for the user name, URL, or password. Please reset your URL, User Name and Password from the main Remitra screen"_qs << error;
-        QTest::newRow("True 403") << u"True"_qs << 403 << u"The action could not be performed because of a wrong user name, URL or password. Please reset your URL, User Name and Password from the main Remitra screen."_qs << error;
-        QTest::newRow("True 404") << u"True"_qs << 404 << u"The action could not be performed because the URL was not found. Please reset your URL, User Name and Password from the main Remitra screen"_qs << error;
-        QTest::newRow("False 404") << u"False"_qs << 404 << u"The action could not be performed because the URL was not found. Please reset your URL, User Name and Password from the main Remitra screen"_qs << error;
-        QTest::newRow("False 501") << u"False"_qs << 501 << u"The action could not be performed because the server is unavailable or busy. Please try again later."_qs << error;
-        QTest::newRow("True 503") << u"True"_qs << 503 << u"The action could not be performed because of a technical problem with the Internet server. Please notify us of this error."_qs << error;
-        QTest::newRow("True 302") << u"True"_qs << 302 << catchAll(302) << error;
-        QTest::newRow("negative") << u"True"_qs << -7 << catchAll(-7) << error;
+        QTest::newRow("True 200") << u"True"_qs << 200 << ProductTexts::success;
+        QTest::newRow("False 200") << u"False"_qs << 200 << ProductTexts::forStatus(200);
+        QTest::newRow("False 404") << u"False"_qs << 404 << ProductTexts::forStatus(404);
+        QTest::newRow("False 501") << u"False"_qs << 501 << ProductTexts::forStatus(501);
+        QTest::newRow("negative") << u"True"_qs << -7 << ProductTexts::forStatus(-7);
     }
     void reportResultShowsTheMessageForTheCode()
     {
         QFETCH(QString, flag);
         QFETCH(int, code);
         QFETCH(QString, text);
-        QFETCH(QString, title);
         TestSite site;
         site.state->ResultText = flag;
         site.prompter.beginBusy();
         ReportResult(*site.state, qint16(code));
         QCOMPARE(site.prompter.shown().size(), 1);
         QCOMPARE(site.prompter.shown()[0].text, text);
-        QCOMPARE(site.prompter.shown()[0].title, title);
+        const bool success = text == ProductTexts::success;
+        QCOMPARE(
+            site.prompter.shown()[0].title, success ? u"Dwellix Remitra"_qs : u"Remitra error"_qs);
         QCOMPARE(site.prompter.shown()[0].icon, Prompter::Icon::Information);
         // An error puts the pointer back before it is shown.
-        if (title == u"Remitra error"_qs)
-            QCOMPARE(site.prompter.busyDepth(), 0);
+        QVERIFY(success || site.prompter.busyDepth() == 0);
     }
 
     void theCallSequenceFillsTheStateAndReports()
     {
         TestSite site;
-        auto script = std::make_shared<ScriptedProcessorClient::Script>();
-        script->replies = {{false, 503, u"busy"_qs}};
-        site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        auto script = site.scriptProcessor({ { false, 503, u"busy"_qs } });
         const auto outcome = ProcessorCall::transmit(*site.state, u"setup"_qs, u"tenant"_qs);
         QCOMPARE(script->calls.size(), 1);
         const auto &call = script->calls[0];
@@ -78,22 +55,24 @@ private slots:
         QCOMPARE(call.url, site.state->ProcessorUrl);
         QCOMPARE(call.user, u"user"_qs);
         QCOMPARE(call.password, u"secret"_qs);
-        QCOMPARE(call.texts, (QStringList{u"setup"_qs, u"tenant"_qs}));
+        QCOMPARE(call.texts, (QStringList { u"setup"_qs, u"tenant"_qs }));
         QCOMPARE(site.state->ResultText, u"False"_qs);
         QCOMPARE(site.state->ResultCode, qint16(503));
         QCOMPARE(outcome.flag, false);
         QCOMPARE(outcome.response, u"busy"_qs);
         QCOMPARE(site.prompter.busyCount(), 1);
         QCOMPARE(site.prompter.busyDepth(), 0);
-        QCOMPARE(site.prompter.titles(), QStringList{u"Remitra error"_qs});
+        QCOMPARE(site.prompter.titles(), QStringList { u"Remitra error"_qs });
     }
 
     void payeeCallsGoToTheRewrittenUrl_data()
     {
         QTest::addColumn<QString>("url");
         QTest::addColumn<QString>("payeeUrl"); // empty: invalid argument, nothing sent
-        QTest::newRow("script of 10") << u"https://pay.example/qps/upload.php"_qs << u"https://pay.example/qps/evendorpay.php"_qs;
-        QTest::newRow("other length") << u"https://pay.example/qps/transfer.php"_qs << u"https://pay.example/qps/trevendorpay.php"_qs;
+        QTest::newRow("script of 10") << u"https://pay.example/qps/upload.php"_qs
+                                      << u"https://pay.example/qps/evendorpay.php"_qs;
+        QTest::newRow("other length") << u"https://pay.example/qps/transfer.php"_qs
+                                      << u"https://pay.example/qps/trevendorpay.php"_qs;
         QTest::newRow("exactly 10") << u"upload.php"_qs << u"evendorpay.php"_qs;
         QTest::newRow("too short") << u"short.php"_qs << QString();
     }
@@ -102,8 +81,7 @@ private slots:
         QFETCH(QString, url);
         QFETCH(QString, payeeUrl);
         TestSite site;
-        auto script = std::make_shared<ScriptedProcessorClient::Script>();
-        site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        auto script = site.scriptProcessor();
         site.state->ProcessorUrl = url;
         int error = 0;
         try {
@@ -120,8 +98,8 @@ private slots:
         QCOMPARE(script->calls.size(), 1);
         QCOMPARE(script->calls[0].operation, u"TransmitPayees"_qs);
         QCOMPARE(script->calls[0].url, payeeUrl);
-        QCOMPARE(script->calls[0].texts, (QStringList{u"payees"_qs, QString(), QString()}));
-        QCOMPARE(site.prompter.texts(), QStringList{kSuccess});
+        QCOMPARE(script->calls[0].texts, (QStringList { u"payees"_qs, QString(), QString() }));
+        QCOMPARE(site.prompter.texts(), QStringList { ProductTexts::success });
     }
 
     void aCodeOutside16BitsOverflows_data()
@@ -137,14 +115,12 @@ private slots:
         QFETCH(int, code);
         QFETCH(bool, overflows);
         TestSite site;
-        auto script = std::make_shared<ScriptedProcessorClient::Script>();
-        script->replies = {{true, code, QString()}};
-        site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        auto script = site.scriptProcessor({ { true, code, QString() } });
         try {
             const auto outcome = ProcessorCall::transmit(*site.state, QString(), QString());
             QVERIFY(!overflows);
             QCOMPARE(outcome.code, qint16(code));
-            QCOMPARE(site.prompter.texts(), QStringList{catchAll(code)});
+            QCOMPARE(site.prompter.texts(), QStringList { ProductTexts::forStatus(code) });
         } catch (const RuntimeError &e) {
             QVERIFY(overflows);
             QCOMPARE(e.number(), 6);
@@ -153,29 +129,6 @@ private slots:
             QVERIFY(site.prompter.shown().isEmpty());
             QCOMPARE(site.prompter.busyDepth(), 0);
         }
-    }
-
-    void onlyHttpsOrLoopbackUrlsAreUsed_data()
-    {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<bool>("allowed");
-        QTest::newRow("https") << u"https://pay.example/qps/upload.php"_qs << true;
-        QTest::newRow("http remote") << u"http://pay.example/qps/upload.php"_qs << false;
-        QTest::newRow("http 127.0.0.1") << u"http://127.0.0.1:8080/qps/upload.php"_qs << true;
-        QTest::newRow("http localhost") << u"http://LocalHost:81/qps/upload.php"_qs << true;
-        QTest::newRow("http ::1") << u"http://[::1]:81/qps/upload.php"_qs << true;
-        QTest::newRow("http 128.0.0.1") << u"http://128.0.0.1/qps/upload.php"_qs << false;
-        QTest::newRow("http 127.0.0.1 lookalike") << u"http://127.0.0.1.example/qps/upload.php"_qs << false;
-        QTest::newRow("http localhost lookalike") << u"http://localhost.example/qps/upload.php"_qs << false;
-        QTest::newRow("file") << u"file:///etc/passwd"_qs << false;
-        QTest::newRow("no host") << u"https:///qps/upload.php"_qs << false;
-        QTest::newRow("not a URL") << u"upload.php"_qs << false;
-    }
-    void onlyHttpsOrLoopbackUrlsAreUsed()
-    {
-        QFETCH(QString, url);
-        QFETCH(bool, allowed);
-        QCOMPARE(HttpProcessorClient::isAllowedUrl(url), allowed);
     }
 
     // The window says what a call sends, counted from the texts, and the
@@ -189,13 +142,13 @@ private slots:
         QString many;
         for (int i = 0; i < 1234; ++i)
             many += u"DXRM|T%1|x\r\n"_qs.arg(i);
-        QTest::newRow("portfolio") << false << u"S1\r\nS2\r\n"_qs << many
-                                   << u"Sending the portfolio: 1,234 tenants…"_qs;
+        QTest::newRow("portfolio")
+            << false << u"S1\r\nS2\r\n"_qs << many << u"Sending the portfolio: 1,234 tenants…"_qs;
         QTest::newRow("tenants alone, no last line end")
             << false << QString() << u"DXRM|T1|x"_qs
             << u"Sending the tenants' enrolment: 1 tenant…"_qs;
-        QTest::newRow("rent request") << false << QString() << QString()
-                                      << u"Asking the processor for rent payments…"_qs;
+        QTest::newRow("rent request")
+            << false << QString() << QString() << u"Asking the processor for rent payments…"_qs;
         QTest::newRow("owners") << true << u"O1|Owner|a\r\nO%1|Owner|b\r\n"_qs << QString()
                                 << u"Sending the owners' enrolment: 2 owners…"_qs;
         QTest::newRow("vendors") << true << u"V5|Vendor|a\r\n"_qs << QString()
@@ -210,8 +163,7 @@ private slots:
         QFETCH(QString, second);
         QFETCH(QString, status);
         TestSite site;
-        auto script = std::make_shared<ScriptedProcessorClient::Script>();
-        site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        auto script = site.scriptProcessor();
         if (payees)
             ProcessorCall::transmitPayees(*site.state, first, second);
         else

@@ -1,7 +1,6 @@
 #include "RentSupport.h"
 #include "SandboxProcess.h"
 
-#include "app/IdFile.h"
 #include "core/ScriptedPrompter.h"
 #include "core/TransferFile.h"
 #include "disburse/DistributionFile.h"
@@ -48,12 +47,6 @@ constexpr int kChecks = 2000;
 // the rejection questions are kill points too).
 constexpr double kLimit = 2493.75;
 
-const QString kAllSummary
-    = u"SELECT (SELECT count(*) FROM Transactions), (SELECT total(TCurrBal) FROM Tenants), "
-      "(SELECT total(UCurrBal) FROM Units), (SELECT count(*) FROM CheckEntered), "
-      "(SELECT count(*) FROM SplitChecks), (SELECT count(*) FROM CheckDepPrinted), "
-      "(SELECT count(*) FROM SplitPrintedChecks), (SELECT total(OCurrBal) FROM Owners)"_qs;
-
 int killPoints()
 {
     const int n = qEnvironmentVariableIntValue("REMITRA_KILL_POINTS");
@@ -65,7 +58,10 @@ int killPoints()
 class TellingPrompter : public ScriptedPrompter
 {
 public:
-    explicit TellingPrompter(int stopAt) : m_stopAt(stopAt) {}
+    explicit TellingPrompter(int stopAt)
+        : m_stopAt(stopAt)
+    {
+    }
     void notice(const QString &text, const QString &title, Icon icon) override
     {
         ScriptedPrompter::notice(text, title, icon);
@@ -114,18 +110,8 @@ struct FolderState
 
     explicit FolderState(const QString &folder, std::unique_ptr<ScriptedPrompter> who = {})
         : prompter(who ? std::move(who) : std::make_unique<ScriptedPrompter>())
+        , state(openFolder(*prompter, folder))
     {
-        state = std::make_unique<ProgramState>(*prompter, folder);
-        state->DatabasePath = folder + u"/dxdatafl.db"_qs;
-        state->setHostDb(HostDb::openSqlite(state->DatabasePath));
-        state->SiteCode = u"DXRM"_qs;
-        state->SetupUploadName = u"DX_Quenta_Setup_DXRM.txt"_qs;
-        state->TenantUploadName = u"DX_Quenta_Tenant_DXRM.txt"_qs;
-        state->OwnerUploadName = u"DX_Quenta_Owner_DXRM.txt"_qs;
-        state->VendorUploadName = u"DX_Quenta_Vendor_DXRM.txt"_qs;
-        state->PaymentDownloadName = u"DX_Quenta_PaymentFile.txt"_qs;
-        state->DisbursementUploadName = u"DX_Quenta_DisbursementPayment.txt"_qs;
-        LoadIDFile(*state);
     }
 
     void useSandbox(const QString &url)
@@ -136,16 +122,7 @@ struct FolderState
         state->ClientFactory = [] { return std::make_unique<HttpProcessorClient>(30); };
     }
 
-    QString summary() const
-    {
-        QSqlQuery q(state->db().database());
-        if (!q.exec(kAllSummary) || !q.next())
-            qFatal("summary failed");
-        QStringList cells;
-        for (int i = 0; i < 8; ++i)
-            cells << q.value(i).toString();
-        return cells.join(u'|');
-    }
+    QString summary() const { return ledgerSummary(state->db()); }
 
     QStringList column(const QString &sql) const
     {
@@ -173,8 +150,8 @@ PostingChoices rentChoices()
 // before it starts.
 int runHelper(const QString &job, const QString &folder)
 {
-    FolderState site(folder,
-        std::make_unique<TellingPrompter>(qEnvironmentVariableIntValue("REMITRA_STOP_AT")));
+    FolderState site(
+        folder, std::make_unique<TellingPrompter>(qEnvironmentVariableIntValue("REMITRA_STOP_AT")));
     site.useSandbox(qEnvironmentVariable("REMITRA_CRASH_URL"));
     QTextStream out(stdout);
     if (job == u"download"_qs) {
@@ -194,6 +171,17 @@ int runHelper(const QString &job, const QString &folder)
     bool stop = false; // every rejection is asked about
     out << "ready" << Qt::endl;
     return DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}) ? 0 : 4;
+}
+
+// A program folder with a copy of the seed's host database and its other files.
+QString folderFrom(TestSite &seed, const QString &folder)
+{
+    QDir().mkpath(folder);
+    seed.db().execText(u"VACUUM INTO '"_qs + folder + u"/dxdatafl.db'"_qs, "test");
+    for (const QString &name : QDir(seed.folder()).entryList(QDir::Files))
+        if (!name.startsWith(u"dxdatafl"_qs) && !name.startsWith(u"remitra"_qs))
+            QFile::copy(seed.path(name), folder + u'/' + name);
+    return folder;
 }
 
 void copyFolder(const QString &from, const QString &to)
@@ -322,8 +310,8 @@ class TestCrash : public QObject
             args << u"--state"_qs << folder + u"/sandbox.json"_qs;
         }
         args << u"--payment-limit"_qs << QString::number(kLimit);
-        auto sandbox = std::make_unique<SandboxProcess>(
-            u"sandbox-user"_qs, u"sandbox-pass"_qs, args);
+        auto sandbox
+            = std::make_unique<SandboxProcess>(u"sandbox-user"_qs, u"sandbox-pass"_qs, args);
         if (!sandbox->isRunning())
             qFatal("sandbox did not start");
         return sandbox;
@@ -338,10 +326,8 @@ private slots:
         RentSupport::seedLargePortfolio(seed, kTenants);
         RentSupport::writeLargePaymentFile(seed, kTenants, 200);
         const QByteArray payments = seed.fileBytes(seed.state->PaymentDownloadName);
-        const QString folder = work.path() + u"/download"_qs;
-        QDir().mkpath(folder);
-        seed.db().execText(u"VACUUM INTO '"_qs + folder + u"/dxdatafl.db'"_qs, "test");
-        QFile::copy(seed.path(u"IDFILE.DAT"_qs), folder + u"/IDFILE.DAT"_qs);
+        QFile::remove(seed.path(seed.state->PaymentDownloadName));
+        const QString folder = folderFrom(seed, work.path() + u"/download"_qs);
 
         auto sandbox = sandboxFor(folder, {});
         QStringList lines = QString::fromLatin1(payments).split(u"\r\n"_qs);
@@ -364,12 +350,7 @@ private slots:
         RentSupport::seedLargePortfolio(seed, kTenants);
         RentSupport::writeLargePaymentFile(seed, kTenants, kPayments);
         const QByteArray payments = seed.fileBytes(seed.state->PaymentDownloadName);
-        const QString templ = work.path() + u"/rent-template"_qs;
-        QDir().mkpath(templ);
-        seed.db().execText(u"VACUUM INTO '"_qs + templ + u"/dxdatafl.db'"_qs, "test");
-        for (const QString &name : QDir(seed.folder()).entryList(QDir::Files))
-            if (!name.startsWith(u"dxdatafl"_qs) && !name.startsWith(u"remitra"_qs))
-                QFile::copy(seed.path(name), templ + u'/' + name);
+        const QString templ = folderFrom(seed, work.path() + u"/rent-template"_qs);
 
         const QString before = FolderState(templ).summary();
         const QString full = work.path() + u"/rent-full"_qs;
@@ -398,8 +379,8 @@ private slots:
             if (now == before) {
                 ++atBefore;
                 QCOMPARE(loaded.rows.size(), std::size_t(kPayments));
-                QVERIFY(UpdateLedgers::run(
-                    *site.state, loaded.rows, rentChoices(), loaded.fileSha256));
+                QVERIFY(
+                    UpdateLedgers::run(*site.state, loaded.rows, rentChoices(), loaded.fileSha256));
             } else {
                 ++atAfter;
                 // Posted: nothing is offered again, whenever the kill came.
@@ -438,13 +419,8 @@ private slots:
                     "CkType, CkPostTo) SELECT CkID, 10, 4000, CkID % %1 + 1, 'C', code FROM "
                     "CheckEntered, (SELECT 'O' AS code UNION ALL SELECT 'P')"_qs.arg(kOwners),
             "test");
-        seed.writeIdFile({ u"Rent Income;4000;B"_qs, u"Rent received;1"_qs,
-            u"Management Fee;6100;U"_qs, u"Mgmt"_qs, u"Late Fee Received;4100;T"_qs,
-            u"Late fee;2"_qs });
-        const QString templ = work.path() + u"/disb-template"_qs;
-        QDir().mkpath(templ);
-        db.execText(u"VACUUM INTO '"_qs + templ + u"/dxdatafl.db'"_qs, "test");
-        QFile::copy(seed.path(u"IDFILE.DAT"_qs), templ + u"/IDFILE.DAT"_qs);
+        seed.writeIdFile(RentSupport::accountItems());
+        const QString templ = folderFrom(seed, work.path() + u"/disb-template"_qs);
         // The processor knows every owner as active.
         QJsonObject payees;
         for (int i = 1; i <= kOwners; ++i)

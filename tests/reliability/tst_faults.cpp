@@ -27,8 +27,9 @@ class TestFaults : public QObject
     // The program's client, with the time-out the program is given.
     static void useProgramClient(ProgramState &state)
     {
-        state.ClientFactory
-            = [&state] { return std::make_unique<HttpProcessorClient>(state.ProcessorTimeoutSeconds); };
+        state.ClientFactory = [&state] {
+            return std::make_unique<HttpProcessorClient>(state.ProcessorTimeoutSeconds);
+        };
     }
 
     void pointAtSandbox(TestSite &site)
@@ -42,28 +43,13 @@ class TestFaults : public QObject
     {
         QStringList out;
         QDir dir(site.folder());
-        for (const QString &name :
-            dir.entryList(QDir::Files | QDir::Hidden | QDir::System | QDir::Dirs | QDir::NoDotAndDotDot)) {
+        for (const QString &name : dir.entryList(
+                 QDir::Files | QDir::Hidden | QDir::System | QDir::Dirs | QDir::NoDotAndDotDot)) {
             if (!name.startsWith(u"dxdatafl"_qs) && !name.startsWith(u"remitra.db"_qs))
                 out << name;
         }
         out.sort();
         return out;
-    }
-
-    static QString ledgers(TestSite &site)
-    {
-        return DisburseFixture::dump(site,
-            u"SELECT (SELECT count(*) FROM Transactions), (SELECT total(TCurrBal) FROM Tenants), "
-            "(SELECT total(UCurrBal) FROM Units), (SELECT count(*) FROM CheckEntered), "
-            "(SELECT count(*) FROM SplitChecks), (SELECT count(*) FROM CheckDepPrinted), "
-            "(SELECT total(OCurrBal) FROM Owners)"_qs);
-    }
-
-    static QString catchAll(int code)
-    {
-        return u"The action could not be performed because of the following error: "_qs
-            + QString::number(code) + u"\r\rPlease notify us of this error."_qs;
     }
 
 private slots:
@@ -78,46 +64,26 @@ private slots:
     void rentDownloadOnEachStatus_data()
     {
         QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("401") << 401
-                             << u"The action could not be performed because of the authorization failed for "
-                                "the user name, URL, or password. Please reset your URL, User Name and "
-                                "Password from the main Remitra screen"_qs;
-        QTest::newRow("403") << 403
-                             << u"The action could not be performed because of a wrong user name, URL or "
-                                "password. Please reset your URL, User Name and Password from the main "
-                                "Remitra screen."_qs;
-        QTest::newRow("404") << 404
-                             << u"The action could not be performed because the URL was not found. Please "
-                                "reset your URL, User Name and Password from the main Remitra screen"_qs;
-        QTest::newRow("501") << 501
-                             << u"The action could not be performed because the server is unavailable or "
-                                "busy. Please try again later."_qs;
-        QTest::newRow("503") << 503
-                             << u"The action could not be performed because of a technical problem with "
-                                "the Internet server. Please notify us of this error."_qs;
-        QTest::newRow("302") << 302 << catchAll(302);
-        QTest::newRow("500") << 500 << catchAll(500);
-        QTest::newRow("204") << 204 << catchAll(204);
+        for (const int status : { 401, 403, 404, 501, 503, 302, 500, 204 })
+            QTest::newRow(qPrintable(QString::number(status))) << status;
     }
 
     // An error with an empty body: the error, then "none found"; no file.
     void rentDownloadOnEachStatus()
     {
         QFETCH(int, status);
-        QFETCH(QString, message);
         TestSite site;
         RentSupport::seedPortfolio(site);
         pointAtSandbox(site);
-        const QString before = ledgers(site);
+        const QString before = ledgerSummary(site.db());
         sandbox->forceStatus(status);
         DownloadPaymentFile(*site.state);
         QCOMPARE(site.state->ResultCode, qint16(status));
         QCOMPARE(site.prompter.texts(),
-            QStringList({ message, u"There were no Remita Tenant transactions found"_qs }));
+            QStringList({ ProductTexts::forStatus(status), ProductTexts::noneFound }));
         QCOMPARE(site.prompter.titles().first(), u"Remitra error"_qs);
         QCOMPARE(filesOf(site), QStringList({ u"IDFILE.DAT"_qs }));
-        QCOMPARE(ledgers(site), before);
+        QCOMPARE(ledgerSummary(site.db()), before);
         QCOMPARE(site.prompter.busyDepth(), 0);
     }
 
@@ -128,20 +94,19 @@ private slots:
     void distributionOnEachStatus()
     {
         QFETCH(int, status);
-        QFETCH(QString, message);
         TestSite site;
         DisburseFixture::populate(site);
         pointAtSandbox(site);
         const QList<PaymentRow> rows = DisburseList::load(site.db(), u"Payee"_qs);
         QVERIFY(!rows.isEmpty());
-        const QString before = ledgers(site);
+        const QString before = ledgerSummary(site.db());
         sandbox->forceStatus(status, "O1,B1,0,Accepted\r\n");
         bool stop = false;
         bool emptied = false;
         QVERIFY(!DistributionRun(*site.state, stop).MakePaymentsNow(rows, [&] { emptied = true; }));
         QVERIFY(!emptied);
-        QCOMPARE(site.prompter.texts(), QStringList({ message }));
-        QCOMPARE(ledgers(site), before);
+        QCOMPARE(site.prompter.texts(), QStringList({ ProductTexts::forStatus(status) }));
+        QCOMPARE(ledgerSummary(site.db()), before);
         // The archive holds the copy of the file sent.
         QCOMPARE(filesOf(site), QStringList({ site.state->DisbursementUploadName, u"archive"_qs }));
         QCOMPARE(sandbox->requestCount(u"/qps/evendorpay.php"_qs), 1);
@@ -161,8 +126,7 @@ private slots:
     void noAnswer()
     {
         QFETCH(QString, fault);
-        const QString unavailable = u"The action could not be performed because the server is "
-                                    "unavailable or busy. Please try again later."_qs;
+        const QString unavailable = ProductTexts::forStatus(501);
         for (const bool rent : { true, false }) {
             TestSite site;
             if (rent) {
@@ -188,13 +152,13 @@ private slots:
                 closed.close();
                 site.state->ProcessorUrl = u"http://127.0.0.1:%1/qps/upload.php"_qs.arg(port);
             }
-            const QString before = ledgers(site);
+            const QString before = ledgerSummary(site.db());
             QElapsedTimer timer;
             timer.start();
             if (rent) {
                 DownloadPaymentFile(*site.state);
-                QCOMPARE(site.prompter.texts(),
-                    QStringList({ unavailable, u"There were no Remita Tenant transactions found"_qs }));
+                QCOMPARE(
+                    site.prompter.texts(), QStringList({ unavailable, ProductTexts::noneFound }));
                 QCOMPARE(filesOf(site), QStringList({ u"IDFILE.DAT"_qs }));
             } else {
                 const QList<PaymentRow> rows = DisburseList::load(site.db(), u"Payee"_qs);
@@ -202,12 +166,13 @@ private slots:
                 QVERIFY(!DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}));
                 QCOMPARE(site.prompter.texts(), QStringList({ unavailable }));
                 // The archive holds the copy of the file sent.
-        QCOMPARE(filesOf(site), QStringList({ site.state->DisbursementUploadName, u"archive"_qs }));
+                QCOMPARE(filesOf(site),
+                    QStringList({ site.state->DisbursementUploadName, u"archive"_qs }));
             }
             QVERIFY2(timer.elapsed() < 10000, "the time-out was not kept");
             QCOMPARE(site.state->ResultCode, qint16(501));
             QCOMPARE(site.state->ResultText, u"False"_qs);
-            QCOMPARE(ledgers(site), before);
+            QCOMPARE(ledgerSummary(site.db()), before);
             if (fault != u"refused"_qs)
                 QCOMPARE(sandbox->requestCount(), 1);
         }
@@ -240,11 +205,11 @@ private slots:
         DownloadPaymentFile(*site.state);
         if (!taken) {
             QCOMPARE(site.state->ResultCode, qint16(501));
-            QCOMPARE(site.prompter.texts().last(), u"There were no Remita Tenant transactions found"_qs);
+            QCOMPARE(site.prompter.texts().last(), ProductTexts::noneFound);
             QCOMPARE(filesOf(site), QStringList({ u"IDFILE.DAT"_qs }));
             return;
         }
-        QCOMPARE(site.prompter.texts(), QStringList({ u"Successful connection to Quenta Payment Services!"_qs }));
+        QCOMPARE(site.prompter.texts(), QStringList({ ProductTexts::success }));
         const QByteArray written = site.fileBytes(site.state->PaymentDownloadName);
         QCOMPARE(written.size(), body.size() + 2);
         QVERIFY(written == body + "\r\n");
@@ -268,9 +233,9 @@ private slots:
                 body += char(b);
         sandbox->forceStatus(200, body);
         DownloadPaymentFile(*site.state);
-        QCOMPARE(site.prompter.texts(), QStringList({ u"Successful connection to Quenta Payment Services!"_qs }));
+        QCOMPARE(site.prompter.texts(), QStringList({ ProductTexts::success }));
         QCOMPARE(site.fileBytes(site.state->PaymentDownloadName), body + "\r\n");
-        QCOMPARE(ledgers(site), u"0|0|0|0|0|0|0"_qs);
+        QCOMPARE(ledgerSummary(site.db()), u"0|0|0|0|0|0|0|0"_qs);
     }
 };
 

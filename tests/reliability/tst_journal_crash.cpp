@@ -1,6 +1,5 @@
 #include "RentSupport.h"
 
-#include "app/IdFile.h"
 #include "core/ScriptedPrompter.h"
 #include "hostdb/Journal.h"
 #include "hostdb/JournalRecovery.h"
@@ -31,18 +30,10 @@ PostingChoices choices()
     return c;
 }
 
-// A program state over the folder, as start-up leaves it.
-std::unique_ptr<ProgramState> openFolder(
-    const QString &folder, Prompter &prompter, bool ownConnection)
+RemitraStore::Connection storeOn(bool ownConnection)
 {
-    auto state = std::make_unique<ProgramState>(prompter, folder);
-    state->DatabasePath = folder + u"/dxdatafl.db"_qs;
-    state->setHostDb(HostDb::openSqlite(state->DatabasePath),
-        ownConnection ? RemitraStore::Connection::OwnConnection
-                      : RemitraStore::Connection::Attached);
-    state->PaymentDownloadName = u"DX_Quenta_PaymentFile.txt"_qs;
-    LoadIDFile(*state);
-    return state;
+    return ownConnection ? RemitraStore::Connection::OwnConnection
+                         : RemitraStore::Connection::Attached;
 }
 
 int runHelper()
@@ -51,8 +42,8 @@ int runHelper()
     const QByteArray point = qgetenv("REMITRA_KILL_AT");
     ScriptedPrompter prompter;
     prompter.queueAnswer(Prompter::Answer::Yes);
-    auto state = openFolder(qEnvironmentVariable("REMITRA_FOLDER"), prompter,
-        qEnvironmentVariableIntValue("REMITRA_OWN_STORE") != 0);
+    auto state = openFolder(prompter, qEnvironmentVariable("REMITRA_FOLDER"),
+        storeOn(qEnvironmentVariableIntValue("REMITRA_OWN_STORE") != 0));
     state->store().setCheckpoint([&](const char *where) {
         if (point == where)
             ::raise(SIGKILL);
@@ -112,7 +103,7 @@ private slots:
         QVERIFY(killedHelper(u"post"_qs, site.folder(), own, point));
 
         // The next start.
-        site.state = openFolder(site.folder(), site.prompter, own);
+        site.state = openFolder(site.prompter, site.folder(), storeOn(own));
         Journal journal(site.state->store());
         QCOMPARE(journal.runs().first().result.state, own ? Journal::Pending : Journal::Posted);
         JournalRecovery::settle(site.db(), site.state->store());
@@ -151,7 +142,7 @@ private slots:
         site.state.reset();
         QVERIFY(killedHelper(u"reverse"_qs, site.folder(), true, u"host committed"_qs));
 
-        site.state = openFolder(site.folder(), site.prompter, true);
+        site.state = openFolder(site.prompter, site.folder(), storeOn(true));
         QCOMPARE(RentSupport::hostRows(site), before);
         JournalRecovery::settle(site.db(), site.state->store());
         Journal journal(site.state->store());

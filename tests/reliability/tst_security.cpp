@@ -95,8 +95,10 @@ private slots:
         QVERIFY(UpdateLedgers::run(*rent.state, loaded.rows, PostingChoices()));
         sandbox.forceStatus(403);
         bool stop = false;
-        DistributionRun(*disb.state, stop).MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
-        DistributionRun(*disb.state, stop).MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
+        DistributionRun(*disb.state, stop)
+            .MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
+        DistributionRun(*disb.state, stop)
+            .MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
         qInstallMessageHandler(previous);
         QCOMPARE(sandbox.requestCount(), 4);
 
@@ -135,14 +137,15 @@ private slots:
 
         site.state->SettingsFile = site.path(u"old.ini"_qs);
         site.writeFile(u"old.ini"_qs, "[Parameters]\n");
-        QFile::setPermissions(site.state->SettingsFile,
-            ownerOnly | QFileDevice::ReadGroup | QFileDevice::ReadOther);
+        QFile::setPermissions(
+            site.state->SettingsFile, ownerOnly | QFileDevice::ReadGroup | QFileDevice::ReadOther);
         Credentials::saveFromState(*site.state);
         QCOMPARE(QFile(site.state->SettingsFile).permissions(), ownerOnly);
 
         site.state->SettingsFile.clear();
         Credentials::saveFromState(*site.state);
-        const QString store = QSettings(QSettings::UserScope, u"Dwellix"_qs, u"Dwellix"_qs).fileName();
+        const QString store
+            = QSettings(QSettings::UserScope, u"Dwellix"_qs, u"Dwellix"_qs).fileName();
         QVERIFY2(store.startsWith(config.path()), qPrintable(store));
         QVERIFY(QFile::exists(store));
         QCOMPARE(QFile(store).permissions(), ownerOnly);
@@ -157,13 +160,18 @@ private slots:
         QTest::newRow("https") << u"https://pay.example.com/qps/upload.php"_qs << true;
         QTest::newRow("loopback") << u"http://127.0.0.1:8080/qps/upload.php"_qs << true;
         QTest::newRow("loopback range") << u"http://127.3.4.5/qps/upload.php"_qs << true;
-        QTest::newRow("localhost") << u"http://localhost/qps/upload.php"_qs << true;
+        QTest::newRow("localhost") << u"http://LocalHost:81/qps/upload.php"_qs << true;
         QTest::newRow("ipv6 loopback") << u"http://[::1]:9/qps/upload.php"_qs << true;
         QTest::newRow("http elsewhere") << u"http://pay.example.com/qps/upload.php"_qs << false;
+        QTest::newRow("past the loopback") << u"http://128.0.0.1/qps/upload.php"_qs << false;
+        QTest::newRow("https without a host") << u"https:///qps/upload.php"_qs << false;
         QTest::newRow("private address") << u"http://192.168.1.10/qps/upload.php"_qs << false;
-        QTest::newRow("loopback lookalike") << u"http://127.0.0.1.example.com/qps/upload.php"_qs << false;
-        QTest::newRow("localhost lookalike") << u"http://localhost.example.com/qps/upload.php"_qs << false;
-        QTest::newRow("credentials before a host") << u"http://127.0.0.1@example.com/qps/upload.php"_qs << false;
+        QTest::newRow("loopback lookalike")
+            << u"http://127.0.0.1.example.com/qps/upload.php"_qs << false;
+        QTest::newRow("localhost lookalike")
+            << u"http://localhost.example.com/qps/upload.php"_qs << false;
+        QTest::newRow("credentials before a host")
+            << u"http://127.0.0.1@example.com/qps/upload.php"_qs << false;
         QTest::newRow("ftp") << u"ftp://127.0.0.1/qps/upload.php"_qs << false;
         QTest::newRow("file") << u"file:///etc/passwd"_qs << false;
         QTest::newRow("no scheme") << u"pay.example.com/qps/upload.php"_qs << false;
@@ -203,36 +211,43 @@ private slots:
             "test");
         site.insert(u"Company"_qs, { { u"CName1"_qs, u"O'Hare \"Homes\"; --"_qs } });
         site.db().execText(
-            u"UPDATE Units SET UAddress = 'Apt ''1''; DELETE FROM Units; --' WHERE UTenantID = 100"_qs, "test");
+            u"UPDATE Units SET UAddress = 'Apt ''1''; DELETE FROM Units; --' WHERE UTenantID = 100"_qs,
+            "test");
         int n = 0;
         QList<qint64> checks;
         for (const QString &text : hostile) {
             const int owner = 50 + n++;
-            site.insert(u"Owners"_qs, { { u"OwnerID"_qs, owner }, { u"OFirstName1"_qs, text },
-                                          { u"OLastName1"_qs, u"Z"_qs }, { u"OACH"_qs, u"Y"_qs },
-                                          { u"OCurrBal"_qs, 0 } });
-            checks << DisburseFixture::addCheck(site, text + u" Z"_qs, 10 + n,
-                { { u"CkRemark"_qs, text } });
+            site.insert(u"Owners"_qs,
+                { { u"OwnerID"_qs, owner }, { u"OFirstName1"_qs, text },
+                    { u"OLastName1"_qs, u"Z"_qs }, { u"OACH"_qs, u"Y"_qs },
+                    { u"OCurrBal"_qs, 0 } });
+            checks << DisburseFixture::addCheck(
+                site, text + u" Z"_qs, 10 + n, { { u"CkRemark"_qs, text } });
         }
-        const QString schema = DisburseFixture::dump(site, u"SELECT name, sql FROM sqlite_master ORDER BY name"_qs);
+        const QString schema
+            = DisburseFixture::dump(site, u"SELECT name, sql FROM sqlite_master ORDER BY name"_qs);
         const QString untouched = DisburseFixture::dump(site,
             u"SELECT (SELECT count(*) FROM Owners), (SELECT count(*) FROM Tenants), "
             "(SELECT count(*) FROM Units), (SELECT count(*) FROM Properties)"_qs);
 
         // Rent: the tenant with the hostile name is matched and posted, with
         // a hostile remark of the user's own.
-        RentSupport::writePaymentFile(site, { RentSupport::line(10, 100, u"125.00"_qs, u"11/02/2026"_qs,
-                                                  u"9'; --"_qs) });
+        RentSupport::writePaymentFile(
+            site, { RentSupport::line(10, 100, u"125.00"_qs, u"11/02/2026"_qs, u"9'; --"_qs) });
         PaymentFile::LoadResult loaded = PaymentFile::load(*site.state);
         QCOMPARE(loaded.rows.size(), 1);
         PostingChoices choices;
         choices.remark = PostingChoices::OwnRemark;
         choices.remarkText = u"'); UPDATE Tenants SET TCurrBal = 1e9; --"_qs;
         QVERIFY(UpdateLedgers::run(*site.state, loaded.rows, choices));
-        QCOMPARE(site.scalar(u"SELECT TransRemark FROM Transactions WHERE TransTID = 100 AND TransAmount > 0"_qs)
-                     .toString(),
+        QCOMPARE(
+            site.scalar(
+                    u"SELECT TransRemark FROM Transactions WHERE TransTID = 100 AND TransAmount > 0"_qs)
+                .toString(),
             choices.remarkText.left(60));
-        QCOMPARE(site.scalar(u"SELECT total(TCurrBal) FROM Tenants WHERE TenantID <> 100"_qs).toDouble(), 0.0);
+        QCOMPARE(
+            site.scalar(u"SELECT total(TCurrBal) FROM Tenants WHERE TenantID <> 100"_qs).toDouble(),
+            0.0);
 
         // Distribution file: one line per check, remarks as they stand.
         const QList<PaymentRow> rows = DisburseList::load(site.db(), u"Payee"_qs);
@@ -250,12 +265,15 @@ private slots:
         BuildTenantUpload(*site.state);
         const QString owners = TransferFile::fromAnsi(site.fileBytes(site.state->OwnerUploadName));
         for (const QString &text : hostile)
-            QVERIFY2(owners.contains(u'|' + VbText::Trim(text) + u" Z|"_qs), qPrintable(text.left(40)));
+            QVERIFY2(
+                owners.contains(u'|' + VbText::Trim(text) + u" Z|"_qs), qPrintable(text.left(40)));
         QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->TenantUploadName))
                     .contains(u"|a; DROP TABLE Units; --|x' OR '1'='1|"_qs));
         QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->SetupUploadName))
                     .contains(u"|Apt '1'; DELETE FROM Units; --|"_qs));
-        QCOMPARE(DisburseFixture::dump(site, u"SELECT name, sql FROM sqlite_master ORDER BY name"_qs), schema);
+        QCOMPARE(
+            DisburseFixture::dump(site, u"SELECT name, sql FROM sqlite_master ORDER BY name"_qs),
+            schema);
         QCOMPARE(DisburseFixture::dump(site,
                      u"SELECT (SELECT count(*) FROM Owners), (SELECT count(*) FROM Tenants), "
                      "(SELECT count(*) FROM Units), (SELECT count(*) FROM Properties)"_qs),
@@ -283,13 +301,16 @@ private slots:
             PaymentFile::LoadResult loaded = PaymentFile::load(*rent.state);
             QVERIFY(UpdateLedgers::run(*rent.state, loaded.rows, PostingChoices()));
             bool stop = false;
-            DistributionRun(*disb.state, stop).MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
+            DistributionRun(*disb.state, stop)
+                .MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
             QVERIFY(QFile::exists(disb.path(DistributionFile::LastUploadName)));
             QVERIFY(QFile::exists(rent.path(PaymentFile::LastDownloadName)));
             // Next to the program's folders there is nothing of ours.
             for (TestSite *site : { &rent, &disb })
-                for (const QString &name : QDir(QFileInfo(site->folder()).path()).entryList(QDir::Files))
-                    QVERIFY2(!name.startsWith(u"DX_"_qs) && !name.contains(u"IDFILE"_qs), qPrintable(name));
+                for (const QString &name :
+                    QDir(QFileInfo(site->folder()).path()).entryList(QDir::Files))
+                    QVERIFY2(!name.startsWith(u"DX_"_qs) && !name.contains(u"IDFILE"_qs),
+                        qPrintable(name));
         }
         QDir::setCurrent(oldCwd);
         QCOMPARE(QDir(cwd.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
