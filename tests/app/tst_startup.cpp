@@ -1,9 +1,11 @@
 #include "TestSupport.h"
 
 #include "app/Credentials.h"
+#include "app/IdFile.h"
 #include "app/LoginScreen.h"
 #include "app/Startup.h"
 #include "core/RuntimeError.h"
+#include "core/TransferFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -83,6 +85,79 @@ class TestStartup : public QObject
 private slots:
     void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
 
+    // Characters are shifted on the ANSI code page, not on Unicode: "~"
+    // (126) becomes 129, which the page leaves undefined, and the euro sign
+    // (128) becomes 131, the florin. Every code that can be shifted comes
+    // back unchanged; the last three cannot be.
+    void storedCredentialsAreShiftedAnsiCodes()
+    {
+        QCOMPARE(EncodeSetting(u"abc"_qs), u"def"_qs);
+        QCOMPARE(EncodeSetting(u"~\u20AC\u00E9"_qs), u"\u0081\u0192\u00EC"_qs);
+        QByteArray all;
+        for (int c = 0; c < 253; ++c)
+            all.append(char(c));
+        const QString text = TransferFile::fromAnsi(all);
+        QCOMPARE(DecodeSetting(EncodeSetting(text)), text);
+        QCOMPARE(raisedError([] { EncodeSetting(u"ab\u00FD"_qs); }), 5);
+        QCOMPARE(raisedError([] { EncodeSetting(u"\u00FF"_qs); }), 5);
+        QCOMPARE(raisedError([] { EncodeSetting(u"\u00FC"_qs); }), 0);
+        QCOMPARE(raisedError([] { DecodeSetting(u"ok\u0002"_qs); }), 5);
+        QCOMPARE(raisedError([] { DecodeSetting(u"\u0003"_qs); }), 0);
+    }
+
+    void idFileItemSelection_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QStringList>("expected");
+
+        auto items = [](int n) {
+            QByteArray text;
+            for (int i = 0; i < n; ++i)
+                text += "\"item" + QByteArray::number(i) + "\"" + (i % 5 == 4 ? "\r\n" : ",");
+            return text + "\r\n";
+        };
+        const QStringList none = { u""_qs, u""_qs, u""_qs, u""_qs, u""_qs, u""_qs };
+        QTest::newRow("no file") << QByteArray() << QStringList(); // file not found
+        QTest::newRow("empty file") << QByteArray("") << none;
+        QTest::newRow("nine items") << items(9) << none;
+        QTest::newRow("ten items")
+            << items(10) << QStringList { u"item9"_qs, u""_qs, u""_qs, u""_qs, u""_qs, u""_qs };
+        QTest::newRow("sixteen items") << items(
+            16) << QStringList { u"item9"_qs, u"item10"_qs, u"item15"_qs, u""_qs, u""_qs, u""_qs };
+        QTest::newRow("thirty items") << items(30)
+                                      << QStringList { u"item9"_qs, u"item10"_qs, u"item15"_qs,
+                                             u"item16"_qs, u"item17"_qs, u"item18"_qs };
+        // Quoted items keep their commas; unquoted ones end at a comma and
+        // lose the blanks around them; an empty line is an empty item; LF
+        // alone ends a line too.
+        QTest::newRow("free-format items")
+            << QByteArray("\"Sunrise, Inc.\",2,3\n"
+                          "4,  five  ,\"6\"\r\n"
+                          "\r\n"
+                          "7,8,\"Rent Income;4000;B\",Rent payment, received\r\n"
+                          "\"a,b\"junk,13,14,\"Mgmt Fee;5200;U\",\"Fee, 8%\",,\"Late;4100;T\"\r\n")
+            << QStringList { u"Rent Income;4000;B"_qs, u"Rent payment"_qs, u"Mgmt Fee;5200;U"_qs,
+                   u"Fee, 8%"_qs, u""_qs, u"Late;4100;T"_qs };
+        QTest::newRow("ANSI text")
+            << QByteArray(",,,,,,,,,\"Caf\xE9 \x80\",x")
+            << QStringList { u"Caf\u00E9 \u20AC"_qs, u"x"_qs, u""_qs, u""_qs, u""_qs, u""_qs };
+    }
+
+    void idFileItemSelection()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QStringList, expected);
+        TestSite site;
+        site.state->IdItems = {};
+        if (content.isNull()) {
+            QCOMPARE(raisedError([&] { LoadIDFile(*site.state); }), 53);
+            return;
+        }
+        site.writeFile(u"IDFILE.DAT"_qs, content);
+        LoadIDFile(*site.state);
+        QCOMPARE(QStringList(site.state->IdItems.begin(), site.state->IdItems.end()), expected);
+    }
+
     void completeCredentialsBuildNamesAndCheckPayments()
     {
         StartupSite s;
@@ -161,8 +236,7 @@ private slots:
         QTest::newRow("not a database")
             << u"garbage"_qs << u"The Dwellix data file "_qs << u"Remitra"_qs;
         // Any other error shows its number and description.
-        QTest::newRow("other error")
-            << u"other"_qs << u"53"_qs << u"Remitra Error Message"_qs;
+        QTest::newRow("other error") << u"other"_qs << u"53"_qs << u"Remitra Error Message"_qs;
     }
 
     void fatalErrorsEndTheProgram()

@@ -108,6 +108,10 @@ private slots:
         site.prompter.queueAnswer(Prompter::Answer::Yes);
         QTest::mouseClick(history.findChild<QPushButton *>(u"cmdReverse"_qs), Qt::LeftButton);
         QCOMPARE(history.currentRun()->result.state, Journal::Reversed);
+        QCOMPARE(runs->model()->index(0, 2).data().toString(), u"Reversal of a rent posting"_qs);
+        // Reversed once only; its file is waiting again, nothing to put back.
+        QVERIFY(!history.findChild<QPushButton *>(u"cmdReverse"_qs)->isEnabled());
+        QVERIFY(!history.findChild<QPushButton *>(u"cmdPutBack"_qs)->isEnabled());
         QCOMPARE(site.scalar(u"SELECT count(*) FROM Transactions"_qs).toInt(), 0);
         QCOMPARE(site.fileBytes(site.state->PaymentDownloadName), downloaded);
 

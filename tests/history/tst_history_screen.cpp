@@ -2,7 +2,6 @@
 #include "ScriptedProcessorClient.h"
 #include "UploadsFixture.h"
 
-#include "app/MainMenuWindow.h"
 #include "history/HistoryWindow.h"
 #include "hostdb/Journal.h"
 #include "uploads/VendorFile.h"
@@ -20,7 +19,7 @@
 
 // The History screen over a site with a vendor upload and a rent posting:
 // the list and its filters, a run's details, its file in the viewer,
-// exports, PDF, and the reversal of a posting from the screen.
+// exports and PDF. The reversal from the screen: tests/e2e/tst_rent_e2e.
 namespace {
 
 struct Site
@@ -153,40 +152,6 @@ private slots:
         QVERIFY(
             s.child<QLabel>(*viewer, "labShown")->text().contains(file.archive.section(u'/', 1)));
         viewer->close();
-    }
-
-    void reverseFromTheScreen()
-    {
-        Site s;
-        HistoryWindow screen(*s.site.state);
-        const qint64 run = screen.currentRun()->id;
-        s.site.prompter.queueAnswer(Prompter::Answer::Yes);
-        QTest::mouseClick(s.child<QPushButton>(screen, "cmdReverse"), Qt::LeftButton);
-        QCOMPARE(screen.currentRun()->id, run);
-        QCOMPARE(Journal::resultText(*screen.currentRun()), u"Reversed (run %1)"_qs.arg(run + 1));
-        QVERIFY(!s.child<QPushButton>(screen, "cmdReverse")->isEnabled());
-        // Its file is waiting again, so there is nothing to put back.
-        QVERIFY(!s.child<QPushButton>(screen, "cmdPutBack")->isEnabled());
-        QCOMPARE(s.site.scalar(u"SELECT count(*) FROM Transactions"_qs).toInt(), 0);
-        QCOMPARE(column(s.child<QTableView>(screen, "gridRuns"), 2).first(),
-            u"Reversal of a rent posting"_qs);
-    }
-
-    void openedFromTheMainMenu()
-    {
-        Site s;
-        MainMenuWindow menu(*s.site.state);
-        auto *history = s.child<QPushButton>(menu, "cmdHistory");
-        QCOMPARE(history->text(), u"&History"_qs);
-        // Outside the four framed groups.
-        QCOMPARE(history->parentWidget(), &menu);
-        QTest::mouseClick(history, Qt::LeftButton);
-        QWidget *screen = nullptr;
-        for (QWidget *w : QApplication::topLevelWidgets())
-            if (w->windowTitle() == u"Remitra History"_qs && w->isVisible())
-                screen = w;
-        QVERIFY(screen);
-        screen->close();
     }
 };
 
