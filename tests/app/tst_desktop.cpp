@@ -186,27 +186,49 @@ class TestDesktop : public QObject
     Q_OBJECT
 
 private slots:
-    void controlsStayWholeAtOpeningAndLeastSize_data()
+    void eachScreenAsAWindow_data()
     {
         QTest::addColumn<QString>("screen");
-        for (const char *screen :
-            { "frmRemitraMain", "frmLogin", "frmDownload", "frmTenantUpdate", "frmOwnerUpdate",
-                "frmVendorUpdate", "frmMakePayments", "frmShowLast", "frmViewFiles", "frmHistory" })
-            QTest::newRow(screen) << QString::fromLatin1(screen);
+        QTest::addColumn<bool>("centred");
+        QTest::addColumn<bool>("escapeCloses");
+        const std::tuple<const char *, bool, bool> screens[]
+            = { { "frmRemitraMain", false, false }, { "frmLogin", true, false },
+                  { "frmDownload", true, false }, { "frmTenantUpdate", true, false },
+                  { "frmOwnerUpdate", false, false }, { "frmVendorUpdate", false, false },
+                  { "frmMakePayments", true, false }, { "frmShowLast", true, true },
+                  { "frmViewFiles", false, true }, { "frmHistory", true, true } };
+        for (const auto &[screen, centred, escape] : screens)
+            QTest::newRow(screen) << QString::fromLatin1(screen) << centred << escape;
     }
-    void controlsStayWholeAtOpeningAndLeastSize()
+    // Whole controls at opening and at the least size, placement in the
+    // middle of the screen, and Esc leaving the viewers.
+    void eachScreenAsAWindow()
     {
         QFETCH(QString, screen);
+        QFETCH(bool, centred);
+        QFETCH(bool, escapeCloses);
         DesktopSite s;
         std::unique_ptr<QWidget> window = s.open(screen);
-        window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        showActive(*window);
+        if (centred) {
+            // Within the frame's few pixels, which are not known before the
+            // first window is shown.
+            const QPoint middle = window->screen()->availableGeometry().center();
+            const QPoint centre = window->frameGeometry().center();
+            QVERIFY2((centre - middle).manhattanLength() <= 6,
+                qPrintable(u"centre %1,%2"_qs.arg(centre.x()).arg(centre.y())));
+        }
         window->layout()->activate();
         QCOMPARE(cutOrOverlapping(*window), QStringList());
         window->resize(1, 1);
         window->layout()->activate();
         QCOMPARE(window->size(), window->minimumSize());
         QCOMPARE(cutOrOverlapping(*window), QStringList());
+        if (escapeCloses) {
+            QTest::keyClick(window.get(), Qt::Key_Escape);
+            QVERIFY(!window->isVisible());
+            QCOMPARE(s.site.prompter.shown().size(), 0);
+        }
     }
 
     void tabFollowsTheLayout_data()
@@ -262,46 +284,6 @@ private slots:
         std::unique_ptr<QWidget> window = s.open(screen);
         window->show();
         QCOMPARE(tabOrder(*window, order.first()), order);
-    }
-
-    void escapeLeavesTheViewers_data()
-    {
-        QTest::addColumn<QString>("screen");
-        QTest::newRow("last batch") << u"frmShowLast"_qs;
-        QTest::newRow("files") << u"frmViewFiles"_qs;
-        QTest::newRow("history") << u"frmHistory"_qs;
-    }
-    void escapeLeavesTheViewers()
-    {
-        QFETCH(QString, screen);
-        DesktopSite s;
-        std::unique_ptr<QWidget> window = s.open(screen);
-        showActive(*window);
-        QTest::keyClick(window.get(), Qt::Key_Escape);
-        QVERIFY(!window->isVisible());
-        QCOMPARE(s.site.prompter.shown().size(), 0);
-    }
-
-    void screensOpenInTheMiddle_data()
-    {
-        QTest::addColumn<QString>("screen");
-        for (const char *screen : { "frmLogin", "frmDownload", "frmTenantUpdate", "frmMakePayments",
-                 "frmShowLast", "frmHistory" })
-            QTest::newRow(screen) << QString::fromLatin1(screen);
-    }
-    void screensOpenInTheMiddle()
-    {
-        QFETCH(QString, screen);
-        DesktopSite s;
-        std::unique_ptr<QWidget> window = s.open(screen);
-        window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-        const QPoint middle = window->screen()->availableGeometry().center();
-        const QPoint centre = window->frameGeometry().center();
-        // Within the frame's few pixels, which are not known before the
-        // first window is shown.
-        QVERIFY2((centre - middle).manhattanLength() <= 6,
-            qPrintable(u"centre %1,%2"_qs.arg(centre.x()).arg(centre.y())));
     }
 
     void gridsShowTheirTexts()
