@@ -68,11 +68,16 @@ private slots:
     }
 
     // A whole rent cycle and a distribution through the HTTP client, with a
-    // failed call in between: the user name and the password (plain, encoded,
-    // or in the authorization header's form) are in no message, no log line
-    // and no file but the settings file.
-    void credentialsStayInTheSettingsStore()
+    // failed call before each, run from an empty working directory: the user
+    // name and the password (plain, encoded, or in the authorization
+    // header's form) are in no message, no log line and no file but the
+    // settings file, and the transfer files are in the program's folder
+    // only, nothing next to it or in the working directory.
+    void aCycleKeepsCredentialsAndFilesInTheirPlace()
     {
+        QTemporaryDir cwd;
+        const QString oldCwd = QDir::currentPath();
+        QDir::setCurrent(cwd.path());
         SandboxProcess sandbox(kUser, kPassword);
         QVERIFY(sandbox.isRunning());
         TestSite rent;
@@ -118,7 +123,16 @@ private slots:
                 for (const QByteArray &secret : secrets)
                     QVERIFY2(!it.value().contains(secret), qPrintable(it.key()));
             }
+            for (const QString &name :
+                QDir(QFileInfo(site->folder()).path()).entryList(QDir::Files))
+                QVERIFY2(
+                    !name.startsWith(u"DX_"_qs) && !name.contains(u"IDFILE"_qs), qPrintable(name));
         }
+        QVERIFY(QFile::exists(disb.path(DistributionFile::LastUploadName)));
+        QVERIFY(QFile::exists(rent.path(PaymentFile::LastDownloadName)));
+        QDir::setCurrent(oldCwd);
+        QCOMPARE(QDir(cwd.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
+            QStringList());
     }
 
     // The settings file is its owner's alone: a new one, one that was there
@@ -224,11 +238,14 @@ private slots:
             checks << DisburseFixture::addCheck(
                 site, text + u" Z"_qs, 10 + n, { { u"CkRemark"_qs, text } });
         }
-        const QString schema
-            = DisburseFixture::dump(site, u"SELECT name, sql FROM sqlite_master ORDER BY name"_qs);
-        const QString untouched = DisburseFixture::dump(site,
-            u"SELECT (SELECT count(*) FROM Owners), (SELECT count(*) FROM Tenants), "
-            "(SELECT count(*) FROM Units), (SELECT count(*) FROM Properties)"_qs);
+        // The schema and the row counts of the tables no posting writes.
+        const auto untouched = [&] {
+            return DisburseFixture::dump(site,
+                u"SELECT name, sql FROM sqlite_master UNION ALL SELECT (SELECT count(*) FROM "
+                "Owners), (SELECT count(*) FROM Tenants) || (SELECT count(*) FROM Units) || "
+                "(SELECT count(*) FROM Properties) ORDER BY 1"_qs);
+        };
+        const QString before = untouched();
 
         // Rent: the tenant with the hostile name is matched and posted, with
         // a hostile remark of the user's own.
@@ -271,50 +288,7 @@ private slots:
                     .contains(u"|a; DROP TABLE Units; --|x' OR '1'='1|"_qs));
         QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->SetupUploadName))
                     .contains(u"|Apt '1'; DELETE FROM Units; --|"_qs));
-        QCOMPARE(
-            DisburseFixture::dump(site, u"SELECT name, sql FROM sqlite_master ORDER BY name"_qs),
-            schema);
-        QCOMPARE(DisburseFixture::dump(site,
-                     u"SELECT (SELECT count(*) FROM Owners), (SELECT count(*) FROM Tenants), "
-                     "(SELECT count(*) FROM Units), (SELECT count(*) FROM Properties)"_qs),
-            untouched);
-    }
-
-    // A whole cycle writes and reads transfer files in the program's folder
-    // only: nothing appears next to it or in the working directory.
-    void transferFilesStayInTheProgramFolder()
-    {
-        QTemporaryDir cwd;
-        const QString oldCwd = QDir::currentPath();
-        QDir::setCurrent(cwd.path());
-        SandboxProcess sandbox;
-        QVERIFY(sandbox.isRunning());
-        {
-            TestSite rent;
-            RentSupport::seedPortfolio(rent);
-            TestSite disb;
-            DisburseFixture::populate(disb);
-            sandbox.useFor(*rent.state);
-            sandbox.useFor(*disb.state);
-            sandbox.queueLines({ RentSupport::line(10, 100, u"50.00"_qs) });
-            DownloadPaymentFile(*rent.state);
-            PaymentFile::LoadResult loaded = PaymentFile::load(*rent.state);
-            QVERIFY(UpdateLedgers::run(*rent.state, loaded.rows, PostingChoices()));
-            bool stop = false;
-            DistributionRun(*disb.state, stop)
-                .MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
-            QVERIFY(QFile::exists(disb.path(DistributionFile::LastUploadName)));
-            QVERIFY(QFile::exists(rent.path(PaymentFile::LastDownloadName)));
-            // Next to the program's folders there is nothing of ours.
-            for (TestSite *site : { &rent, &disb })
-                for (const QString &name :
-                    QDir(QFileInfo(site->folder()).path()).entryList(QDir::Files))
-                    QVERIFY2(!name.startsWith(u"DX_"_qs) && !name.contains(u"IDFILE"_qs),
-                        qPrintable(name));
-        }
-        QDir::setCurrent(oldCwd);
-        QCOMPARE(QDir(cwd.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
-            QStringList());
+        QCOMPARE(untouched(), before);
     }
 };
 
