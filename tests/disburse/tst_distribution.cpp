@@ -12,7 +12,6 @@
 using namespace DisburseFixture;
 
 namespace {
-const QString kSuccess = u"Successful connection to Quenta Payment Services!"_qs;
 const QString kDistribution = u"DX_Quenta_DisbursementPayment.txt"_qs;
 } // namespace
 
@@ -113,7 +112,8 @@ private slots:
         QCOMPARE(site.fileBytes(DistributionFile::LastUploadName),
             QByteArray("B11|O%6|Refund |x|12.5\r\n"));
         QCOMPARE(site.prompter.texts(),
-            (QStringList { kSuccess, u"Not able to post check # 512 - post manually"_qs,
+            (QStringList { ProductTexts::success,
+                u"Not able to post check # 512 - post manually"_qs,
                 DistributionRun::completeText() }));
         QCOMPARE(site.prompter.titles()[1], u"Post Transaction"_qs);
 
@@ -217,8 +217,8 @@ private slots:
         answering(site, 200, u"O1,B1,9,Later\n"_qs);
         QVERIFY(
             DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 1, -1 } }), {}));
-        QCOMPARE(
-            site.prompter.texts(), (QStringList { kSuccess, DistributionRun::completeText() }));
+        QCOMPARE(site.prompter.texts(),
+            (QStringList { ProductTexts::success, DistributionRun::completeText() }));
     }
 };
 

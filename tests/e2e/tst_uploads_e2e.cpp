@@ -13,12 +13,6 @@
 #include <QTableView>
 #include <QTest>
 
-namespace {
-
-const QString Success = u"Successful connection to Quenta Payment Services!"_qs;
-
-} // namespace
-
 class TestUploadsE2e : public QObject
 {
     Q_OBJECT
@@ -47,7 +41,7 @@ private slots:
     {
         auto s = site();
         QVERIFY(UploadAll(*s->state));
-        QCOMPARE(s->prompter.texts(), QStringList { Success });
+        QCOMPARE(s->prompter.texts(), QStringList { ProductTexts::success });
         const auto got = sandbox->received();
         QCOMPARE(got.size(), 1);
         QCOMPARE(got[0].path, u"/qps/upload.php"_qs);

@@ -79,7 +79,7 @@ private slots:
         QCOMPARE(s.child<QTableView>(screen, "gridLines")->model()->rowCount(), 2);
         QCOMPARE(s.child<QTableView>(screen, "gridRows")->model()->rowCount(), 2 + 4 + 1 + 2);
         QCOMPARE(column(s.child<QTableView>(screen, "gridMessages"), 2),
-            { u"Your Dwellix Ledgers are now updated."_qs });
+            { ProductTexts::ledgersUpdated });
         QVERIFY(s.child<QPushButton>(screen, "cmdReverse")->isEnabled());
 
         auto *kind = s.child<QComboBox>(screen, "cboKind");

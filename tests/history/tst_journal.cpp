@@ -24,7 +24,6 @@
 // the balances before and after).
 namespace {
 
-const QString kSuccess = u"Successful connection to Quenta Payment Services!"_qs;
 const QString kPassword = u"pa55-Quenta-8871"_qs;
 const QString kDownloaded = u"P10,U100,T100,125.50,11/02/2026,1001,11/03/2026,ACH,Rent\r\n"
                             "P20,U200,T200,-74.5,11/02/2026,,11/03/2026,ACH,Rent"_qs;
@@ -211,8 +210,7 @@ private slots:
         const Journal::Row deposit = journal(site).rows(run.id).at(7);
         QCOMPARE(deposit.fields.value(u"CkAmount"_qs).toString(), u"1030"_qs);
         QCOMPARE(journal(site).files(run.id).first().role, u"posted"_qs);
-        QCOMPARE(journal(site).messages(run.id).first().text,
-            u"Your Dwellix Ledgers are now updated."_qs);
+        QCOMPARE(journal(site).messages(run.id).first().text, ProductTexts::ledgersUpdated);
     }
 
     void distributionAndItsPosting()
@@ -238,7 +236,7 @@ private slots:
         QCOMPARE(files,
             (QStringList { u"sent DX_Quenta_DisbursementPayment.txt"_qs,
                 u"received DX_Quenta_Distribution_Response.txt"_qs }));
-        QCOMPARE(journal(site).messages(exchange.id).first().text, kSuccess);
+        QCOMPARE(journal(site).messages(exchange.id).first().text, ProductTexts::success);
 
         QCOMPARE(posting.kind, Journal::Kind::CheckPosting);
         QCOMPARE(posting.count, 1);

@@ -120,7 +120,7 @@ private slots:
         TopLevel::run(
             *site.state, [&] { posted = UpdateLedgers::run(*site.state, loaded.rows, choices()); });
         QVERIFY(posted);
-        QCOMPARE(site.prompter.texts().last(), u"Your Dwellix Ledgers are now updated."_qs);
+        QCOMPARE(site.prompter.texts().last(), ProductTexts::ledgersUpdated);
         QCOMPARE(
             site.scalar(
                     u"SELECT count(*) FROM Transactions WHERE TransAmount > 0 AND TransTID > 0"_qs)

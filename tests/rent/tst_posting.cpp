@@ -76,8 +76,7 @@ private slots:
                 line(30, 300, u"333.33"_qs) }); // 7.125%: -23.7498
         QVERIFY(UpdateLedgers::run(
             *site.state, rows, choices(PostingChoices::DefaultRemark, true, false)));
-        QCOMPARE(
-            site.prompter.texts(), QStringList { u"Your Dwellix Ledgers are now updated."_qs });
+        QCOMPARE(site.prompter.texts(), QStringList { ProductTexts::ledgersUpdated });
         QCOMPARE(site.prompter.titles(), QStringList { u"Dwellix Remitra"_qs });
         QCOMPARE(table(site,
                      u"SELECT TransAccountID, TransPostToID, TransAmount, TransDate, "
@@ -157,7 +156,8 @@ private slots:
                                           << valid
                 + u"'Rent Income'. Nothing was posted to the Dwellix Ledgers. Please check your "
                   "Account Category and Account Default settings under 'Preferences' from the "
-                  "Dwellix Main Menu."_qs << 0 << true;
+                  "Dwellix Main Menu."_qs << 0
+                                          << true;
         QTest::newRow("rent account no number")
             << 0 << u"Rent Income;abc;B"_qs << fine << valid + u"'Rent Income'."_qs << 0 << true;
         QTest::newRow("no late category")
@@ -221,8 +221,8 @@ private slots:
         const auto fix = [&](TestSite &s) {
             if (item >= 0)
                 s.state->IdItems[std::size_t(item)] = reference.state->IdItems[std::size_t(item)];
-            s.insert(u"Tenants"_qs, { { u"TenantID"_qs, 555 }, { u"TPropID"_qs, 10 },
-                                        { u"TCurrBal"_qs, 0 } });
+            s.insert(u"Tenants"_qs,
+                { { u"TenantID"_qs, 555 }, { u"TPropID"_qs, 10 }, { u"TCurrBal"_qs, 0 } });
             s.insert(u"Units"_qs, { { u"UTenantID"_qs, 555 }, { u"UCurrBal"_qs, 0 } });
         };
         fix(site);
@@ -272,11 +272,13 @@ private slots:
 
         // Updating again stops at the same payment, and posts and deposits
         // nothing a second time.
-        const QStringList before = table(site, u"SELECT count(*) FROM Transactions UNION ALL "
-                                               "SELECT count(*) FROM CheckDepPrinted"_qs);
+        const QStringList before = table(site,
+            u"SELECT count(*) FROM Transactions UNION ALL "
+            "SELECT count(*) FROM CheckDepPrinted"_qs);
         QVERIFY(!UpdateLedgers::run(*site.state, rows, c));
-        QCOMPARE(table(site, u"SELECT count(*) FROM Transactions UNION ALL "
-                             "SELECT count(*) FROM CheckDepPrinted"_qs),
+        QCOMPARE(table(site,
+                     u"SELECT count(*) FROM Transactions UNION ALL "
+                     "SELECT count(*) FROM CheckDepPrinted"_qs),
             before);
     }
 

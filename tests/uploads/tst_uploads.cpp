@@ -17,8 +17,6 @@
 
 namespace {
 
-const QString Success = u"Successful connection to Quenta Payment Services!"_qs;
-
 // The expected bytes of a file under tests/data/uploads; "{YYYY-MM-DD}"
 // stands for that date in the system's short date form.
 QByteArray expected(const QString &name)
@@ -52,7 +50,6 @@ std::shared_ptr<ScriptedProcessorClient::Script> scripted(TestSite &site)
     site.state->ClientFactory = ScriptedProcessorClient::factory(script);
     return script;
 }
-
 
 } // namespace
 
@@ -143,7 +140,8 @@ private slots:
         QVERIFY(!UploadAll(*site.state));
         QCOMPARE(site.fileBytes(site.state->TenantUploadName), QByteArray("old"));
         QVERIFY(site.fileBytes(site.state->SetupUploadName).isNull());
-        QCOMPARE(site.prompter.titles(), (QStringList { u"Login Message"_qs, u"Login Message"_qs }));
+        QCOMPARE(
+            site.prompter.titles(), (QStringList { u"Login Message"_qs, u"Login Message"_qs }));
     }
 
     // The files themselves are checked above and through the enrolment
@@ -161,7 +159,8 @@ private slots:
         }
         QCOMPARE(site.fileBytes(site.state->OwnerUploadName), QByteArray(""));
         QCOMPARE(site.fileBytes(site.state->VendorUploadName), QByteArray(""));
-        QCOMPARE(site.prompter.texts(), (QStringList { Success, Success }));
+        QCOMPARE(
+            site.prompter.texts(), (QStringList { ProductTexts::success, ProductTexts::success }));
     }
 
     // What a successful Upload All sends is checked over HTTP.
