@@ -3,7 +3,6 @@
 #include "core/VbText.h"
 #include "disburse/DistributionFile.h"
 #include "disburse/DistributionRun.h"
-#include "disburse/PaidCheckPosting.h"
 #include "disburse/ResponseMatcher.h"
 
 #include <QFile>
@@ -199,19 +198,12 @@ private slots:
                      u"SELECT group_concat(CkID) FROM CheckEntered WHERE CkID IN (1, 2, 3, 8)"_qs),
             u"1,2,8"_qs);
 
-        QCOMPARE(site.prompter.texts()[2],
-            u"This transaction was NOT successfully posted to Quenta Property Pay and will still "
-            "remain in your 'Entered Check File' so you can process it later:\r\rPayee ID: O1\r"
-            "Payee Name:  Bob Lee  \rTransaction Date: "_qs
-                + VbText::shortDate(QDate(2024, 3, 1))
-                + u"\rTransaction Amount: 250.5\rTransaction Invoice: \rTransaction Remark: "
-                  "March draw\r\rReason for Rejection: (Error 04) Closed account\r\rTo see details "
-                  "of all rejected payments, visit your "
-                  "account at the Quenta Payment website after the rest of the transactions "
-                  "are processed.\r\rDo you want to continue receiving these messages stopping "
-                  "at each unprocessed transaction?"_qs);
-        QCOMPARE(
-            PaidCheckPosting::notPostedText(-5), u"Not able to post check #-5 - post manually"_qs);
+        // The check's own fields, as entered, and the processor's reason.
+        QVERIFY(site.prompter.texts()[2].contains(u"Payee ID: O1\rPayee Name:  Bob Lee  \r"
+                                                  "Transaction Date: "_qs
+            + VbText::shortDate(QDate(2024, 3, 1))
+            + u"\rTransaction Amount: 250.5\rTransaction Invoice: \rTransaction Remark: March "
+              "draw\r\rReason for Rejection: (Error 04) Closed account\r\r"_qs));
 
         site.prompter.clear();
         answering(site, 200, u"O1,B1,9,Later\n"_qs);
