@@ -108,25 +108,20 @@ private slots:
     void idFileItemSelection_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QStringList>("expected");
-
+        QTest::addColumn<QString>("expected"); // the six items, joined by "|"
         auto items = [](int n) {
             QByteArray text;
             for (int i = 0; i < n; ++i)
                 text += "\"item" + QByteArray::number(i) + "\"" + (i % 5 == 4 ? "\r\n" : ",");
             return text + "\r\n";
         };
-        const QStringList none = { u""_qs, u""_qs, u""_qs, u""_qs, u""_qs, u""_qs };
-        QTest::newRow("no file") << QByteArray() << QStringList(); // file not found
-        QTest::newRow("empty file") << QByteArray("") << none;
-        QTest::newRow("nine items") << items(9) << none;
-        QTest::newRow("ten items")
-            << items(10) << QStringList { u"item9"_qs, u""_qs, u""_qs, u""_qs, u""_qs, u""_qs };
-        QTest::newRow("sixteen items") << items(
-            16) << QStringList { u"item9"_qs, u"item10"_qs, u"item15"_qs, u""_qs, u""_qs, u""_qs };
-        QTest::newRow("thirty items") << items(30)
-                                      << QStringList { u"item9"_qs, u"item10"_qs, u"item15"_qs,
-                                             u"item16"_qs, u"item17"_qs, u"item18"_qs };
+        QTest::newRow("no file") << QByteArray() << QString(); // file not found
+        QTest::newRow("empty file") << QByteArray("") << u"|||||"_qs;
+        QTest::newRow("nine items") << items(9) << u"|||||"_qs;
+        QTest::newRow("ten items") << items(10) << u"item9|||||"_qs;
+        QTest::newRow("sixteen items") << items(16) << u"item9|item10|item15|||"_qs;
+        QTest::newRow("thirty items")
+            << items(30) << u"item9|item10|item15|item16|item17|item18"_qs;
         // Quoted items keep their commas; unquoted ones end at a comma and
         // lose the blanks around them; an empty line is an empty item; LF
         // alone ends a line too.
@@ -136,17 +131,14 @@ private slots:
                           "\r\n"
                           "7,8,\"Rent Income;4000;B\",Rent payment, received\r\n"
                           "\"a,b\"junk,13,14,\"Mgmt Fee;5200;U\",\"Fee, 8%\",,\"Late;4100;T\"\r\n")
-            << QStringList { u"Rent Income;4000;B"_qs, u"Rent payment"_qs, u"Mgmt Fee;5200;U"_qs,
-                   u"Fee, 8%"_qs, u""_qs, u"Late;4100;T"_qs };
+            << u"Rent Income;4000;B|Rent payment|Mgmt Fee;5200;U|Fee, 8%||Late;4100;T"_qs;
         QTest::newRow("ANSI text")
-            << QByteArray(",,,,,,,,,\"Caf\xE9 \x80\",x")
-            << QStringList { u"Caf\u00E9 \u20AC"_qs, u"x"_qs, u""_qs, u""_qs, u""_qs, u""_qs };
+            << QByteArray(",,,,,,,,,\"Caf\xE9 \x80\",x") << u"Caf\u00E9 \u20AC|x||||"_qs;
     }
 
     void idFileItemSelection()
     {
         QFETCH(QByteArray, content);
-        QFETCH(QStringList, expected);
         TestSite site;
         site.state->IdItems = {};
         if (content.isNull()) {
@@ -155,7 +147,8 @@ private slots:
         }
         site.writeFile(u"IDFILE.DAT"_qs, content);
         LoadIDFile(*site.state);
-        QCOMPARE(QStringList(site.state->IdItems.begin(), site.state->IdItems.end()), expected);
+        QTEST(QStringList(site.state->IdItems.begin(), site.state->IdItems.end()).join(u'|'),
+            "expected");
     }
 
     void completeCredentialsBuildNamesAndCheckPayments()
@@ -172,12 +165,11 @@ private slots:
         QVERIFY(s.state->DisbursementEnabled);
         QVERIFY(s.state->hasDb());
         QCOMPARE(s.state->DatabasePath, s.site.path(u"dxdatafl.db"_qs));
-        QCOMPARE(s.state->ProcessorUser, u"acme"_qs);
-        QCOMPARE(s.state->ProcessorPassword, u"pass"_qs);
-        QCOMPARE(s.state->ProcessorUrl, u"http://127.0.0.1:9/qps/upload.php"_qs);
-        QCOMPARE(s.state->SiteCode, u"DXRM"_qs);
-        QCOMPARE(s.fileNames(),
-            (QStringList { u"DX_Quenta_Setup_DXRM.txt"_qs, u"DX_Quenta_Tenant_DXRM.txt"_qs,
+        QCOMPARE(QStringList({ s.state->ProcessorUser, s.state->ProcessorPassword,
+                     s.state->ProcessorUrl, s.state->SiteCode })
+                + s.fileNames(),
+            (QStringList { u"acme"_qs, u"pass"_qs, u"http://127.0.0.1:9/qps/upload.php"_qs,
+                u"DXRM"_qs, u"DX_Quenta_Setup_DXRM.txt"_qs, u"DX_Quenta_Tenant_DXRM.txt"_qs,
                 u"DX_Quenta_PaymentFile.txt"_qs, u"DX_Quenta_Owner_DXRM.txt"_qs,
                 u"DX_Quenta_Vendor_DXRM.txt"_qs, u"DX_Quenta_DisbursementPayment.txt"_qs }));
         QCOMPARE(s.paymentChecks, 1);
@@ -212,11 +204,9 @@ private slots:
         QVERIFY(s.state->SiteCode.isEmpty());
         QCOMPARE(s.paymentChecks, 0);
         QCOMPARE(s.stored("username").isValid(), storeWritten);
-        if (storeWritten) {
-            QCOMPARE(s.stored("username").toString(), u""_qs);
-            QCOMPARE(s.stored("password").toString(), u""_qs);
-            QCOMPARE(s.stored("url").toString(), u""_qs);
-        }
+        QCOMPARE(s.stored("username").toString() + s.stored("password").toString()
+                + s.stored("url").toString(),
+            u""_qs);
     }
 
     void fatalErrorsEndTheProgram_data()
