@@ -292,14 +292,14 @@ private slots:
         // The Remitra flag is the last column of the tenant list.
         auto tenants = s.open(u"frmTenantUpdate"_qs);
         tenants->show();
-        auto *gridACH = tenants->findChild<QTableView *>(u"gridACH"_qs);
+        auto *gridACH = child<QTableView>(*tenants, "gridACH");
         const int flag = gridACH->model()->columnCount() - 1;
         QVERIFY(gridACH->columnViewportPosition(flag) + gridACH->columnWidth(flag)
             <= gridACH->viewport()->width());
 
         auto payments = s.open(u"frmMakePayments"_qs);
         payments->show();
-        auto *grid = payments->findChild<QTableView *>(u"gridMakePayments"_qs);
+        auto *grid = child<QTableView>(*payments, "gridMakePayments");
         QAbstractItemModel *model = grid->model();
         QVERIFY(model->rowCount() > 5);
         for (int r = 0; r < model->rowCount(); ++r) {
@@ -354,8 +354,8 @@ private slots:
         prompter.showStatus(
             u"Sending the portfolio: 60 tenants…"_qs, u"Waiting for the processor… 12 s"_qs);
         QCOMPARE(prompter.statusPanel(), panel);
-        QCOMPARE(panel->findChild<QLabel *>(u"statusProgress"_qs)->text(),
-            u"Waiting for the processor… 12 s"_qs);
+        QCOMPARE(
+            child<QLabel>(*panel, "statusProgress")->text(), u"Waiting for the processor… 12 s"_qs);
         prompter.showStatus(QString(), QString());
         QVERIFY(!prompter.statusPanel());
     }

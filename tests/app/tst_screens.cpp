@@ -197,7 +197,7 @@ private slots:
         s.click(u"cmdUploadAll"_qs);
         QCOMPARE(script->calls.size(), 1);
         QCOMPARE(s.site.prompter.texts(), QStringList { ProductTexts::success });
-        QCOMPARE(s.menu->focusWidget(), s.menu->findChild<QPushButton *>(u"cmdExit"_qs));
+        QCOMPARE(s.menu->focusWidget(), child<QPushButton>(*s.menu, "cmdExit"));
     }
 
     void resetLogInSavesOnlyCompleteEntries()
@@ -252,7 +252,7 @@ private slots:
 
         onLoginScreen(u"acme"_qs, u"pass"_qs, u"http://127.0.0.1:9/qps/upload.php"_qs, "cmdSave");
         QVERIFY(menu.load());
-        QCOMPARE(menu.findChild<QLabel *>(u"labVersion"_qs)->text(), Startup::versionText());
+        QCOMPARE(child<QLabel>(menu, "labVersion")->text(), Startup::versionText());
         // The payment check ran and found the waiting file.
         QCOMPARE(s.site.prompter.titles(), QStringList { u"Remitra Notice"_qs });
         QVERIFY(!state.LoginMissing);

@@ -166,6 +166,11 @@ int raisedError(const std::function<void()> &body, QString *description)
     return 0;
 }
 
+void click(const QWidget &screen, const char *name)
+{
+    QTest::mouseClick(child(screen, name), Qt::LeftButton);
+}
+
 QString testData(const QString &relative)
 {
     return QStringLiteral(REMITRA_TEST_DATA) + u'/' + relative;

@@ -9,6 +9,7 @@
 
 #include <QTemporaryDir>
 #include <QVariantMap>
+#include <QWidget>
 
 #include <functional>
 #include <memory>
@@ -70,6 +71,18 @@ QString ledgerSummary(HostDb &db);
 // The number of the RuntimeError that body raises (0: none); its
 // description goes to *description when asked for.
 int raisedError(const std::function<void()> &body, QString *description = nullptr);
+
+// The named child of a screen; the test stops when there is none.
+template <typename T = QWidget> T *child(const QObject &parent, const char *name)
+{
+    T *found = parent.findChild<T *>(QString::fromLatin1(name));
+    if (!found)
+        qFatal("no child %s", name);
+    return found;
+}
+
+// Clicks the named button of a screen.
+void click(const QWidget &screen, const char *name);
 
 // Path of a fixture under tests/data.
 QString testData(const QString &relative);

@@ -70,7 +70,7 @@ private slots:
             QByteArray(
                 "B1|O1|March owner draw|1500\r\nB3|V8|Repairs unit 4|82.4\r\nB8|O%4||40\r\n"));
         auto *model = qobject_cast<PaymentListModel *>(
-            form.findChild<QTableView *>(u"gridMakePayments"_qs)->model());
+            child<QTableView>(form, "gridMakePayments")->model());
         QCOMPARE(model->find({ 1, -1 }), -1);
         QVERIFY(model->find({ 8, -4 }) >= 0);
     }

@@ -109,24 +109,24 @@ private slots:
         DisburseFixture::populate(site);
         PaymentSelectionWindow form(*site.state);
         form.show();
-        auto *grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
+        auto *grid = child<QTableView>(form, "gridMakePayments");
         auto *model = qobject_cast<PaymentListModel *>(grid->model());
-        auto *total = form.findChild<QLineEdit *>(u"txtTotalSelected"_qs);
-        auto click = [&](Key key, Qt::KeyboardModifiers mods = Qt::NoModifier) {
+        auto *total = child<QLineEdit>(form, "txtTotalSelected");
+        auto clickRow = [&](Key key, Qt::KeyboardModifiers mods = Qt::NoModifier) {
             QTest::mouseClick(grid->viewport(), Qt::LeftButton, mods,
                 grid->visualRect(model->index(model->find(key), 0)).center());
         };
         auto highlighted = [&] { return int(grid->selectionModel()->selectedRows().size()); };
-        click({ 11, -6 });
+        clickRow({ 11, -6 });
         QCOMPARE(total->text(), u"($12.50)"_qs);
-        click({ 8, -4 }, Qt::ControlModifier);
+        clickRow({ 8, -4 }, Qt::ControlModifier);
         QCOMPARE(total->text(), u"$27.50"_qs);
-        click({ 11, -6 }, Qt::ControlModifier);
+        clickRow({ 11, -6 }, Qt::ControlModifier);
         QCOMPARE(total->text(), u"$40.00"_qs);
-        click({ 3, 8 });
-        click({ 8, -4 }, Qt::ShiftModifier); // check 3, both rows of check 1, check 8
+        clickRow({ 3, 8 });
+        clickRow({ 8, -4 }, Qt::ShiftModifier); // check 3, both rows of check 1, check 8
         QCOMPARE(total->text(), u"$3,122.40"_qs);
-        click({ 11, -6 }, Qt::ControlModifier);
+        clickRow({ 11, -6 }, Qt::ControlModifier);
         QCOMPARE(total->text(), u"$3,109.90"_qs);
         const QList<Key> order = chosen(form);
         QCOMPARE(order.size(), 5);
@@ -134,16 +134,16 @@ private slots:
         QCOMPARE(order[1].first + order[2].first, 2);
         QCOMPARE(order.mid(3), (QList<Key> { { 8, -4 }, { 11, -6 } }));
 
-        form.findChild<QComboBox *>(u"optSortBy"_qs)->setCurrentText(u"Amount"_qs);
+        child<QComboBox>(form, "optSortBy")->setCurrentText(u"Amount"_qs);
         QCOMPARE(model->row(0).CkID, 11);
         QCOMPARE(total->text(), u"$3,109.90"_qs);
         QCOMPARE(highlighted(), 5);
         QCOMPARE(chosen(form), order);
 
-        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdSelectAll"_qs), Qt::LeftButton);
+        click(form, "cmdSelectAll");
         QCOMPARE(total->text(), u"$3,610.90"_qs);
         QCOMPARE(highlighted(), 7);
-        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdDeSelectAll"_qs), Qt::LeftButton);
+        click(form, "cmdDeSelectAll");
         QCOMPARE(total->text(), u"0"_qs);
         QCOMPARE(highlighted() + chosen(form).size(), 0);
     }
@@ -158,11 +158,11 @@ private slots:
         auto script = DisburseFixture::answering(site, 200, u"O%4,B8,0\n"_qs);
         PaymentSelectionWindow form(*site.state);
         form.show();
-        auto *grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
+        auto *grid = child<QTableView>(form, "gridMakePayments");
         auto *model = qobject_cast<PaymentListModel *>(grid->model());
-        auto *total = form.findChild<QLineEdit *>(u"txtTotalSelected"_qs);
-        auto *pay = form.findChild<QPushButton *>(u"cmdMakePaymentsNow"_qs);
-        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdSelectAll"_qs), Qt::LeftButton);
+        auto *total = child<QLineEdit>(form, "txtTotalSelected");
+        auto *pay = child<QPushButton>(form, "cmdMakePaymentsNow");
+        click(form, "cmdSelectAll");
         site.db().execText(u"DELETE FROM CheckEntered WHERE CkID = 3"_qs, "test");
         site.db().execText(u"UPDATE CheckEntered SET CkAmount = 45 WHERE CkID = 8"_qs, "test");
 
@@ -182,7 +182,7 @@ private slots:
         QCOMPARE(total->text(), u"$3,488.50"_qs);
 
         // Chosen again, the check goes out and is posted at its new amount.
-        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdDeSelectAll"_qs), Qt::LeftButton);
+        click(form, "cmdDeSelectAll");
         grid->selectRow(model->find({ 8, -4 }));
         site.prompter.clear();
         QTest::mouseClick(pay, Qt::LeftButton);
@@ -227,7 +227,7 @@ private slots:
             site.writeFile(DistributionFile::LastUploadName, file);
         LastBatchWindow form(*site.state);
         QCOMPARE(form.windowTitle(), u"Last Batch Processed"_qs);
-        auto *grid = form.findChild<QTableWidget *>(u"gridShowLast"_qs);
+        auto *grid = child<QTableWidget>(form, "gridShowLast");
         QCOMPARE(grid->columnCount(), 7);
         QStringList rows;
         for (int r = 0; r < grid->rowCount(); ++r) {

@@ -176,12 +176,12 @@ private slots:
         RentReviewDialog screen(*site.state, nullptr);
         screen.show();
         QCOMPARE(screen.rowCount(), 6);
-        QCOMPARE(screen.findChild<QLabel *>(u"labTransTotal"_qs)->text(), u"$2,735.25"_qs);
-        QTest::mouseClick(screen.findChild<QCheckBox *>(u"chkPostMgmtFees"_qs), Qt::LeftButton);
-        screen.findChild<QLineEdit *>(u"txtCreateDeposit"_qs)->setText(u"3001"_qs);
-        QTest::mouseClick(screen.findChild<QRadioButton *>(u"optRemark2"_qs), Qt::LeftButton);
-        QTest::keyClicks(screen.findChild<QLineEdit *>(u"txtRemark"_qs), u"Remitra November"_qs);
-        QTest::mouseClick(screen.findChild<QPushButton *>(u"cmdUpdate"_qs), Qt::LeftButton);
+        QCOMPARE(child<QLabel>(screen, "labTransTotal")->text(), u"$2,735.25"_qs);
+        click(screen, "chkPostMgmtFees");
+        child<QLineEdit>(screen, "txtCreateDeposit")->setText(u"3001"_qs);
+        click(screen, "optRemark2");
+        QTest::keyClicks(child<QLineEdit>(screen, "txtRemark"), u"Remitra November"_qs);
+        click(screen, "cmdUpdate");
         QCOMPARE(site.prompter.texts(), QStringList { ProductTexts::ledgersUpdated });
         QVERIFY(screen.posted() && !screen.isVisible());
         QCOMPARE(screen.result(), int(QDialog::Accepted));
@@ -212,27 +212,27 @@ private slots:
         // History shows both runs; the posting is reversed from there, its
         // payments come back for review and are posted again as before.
         HistoryWindow history(*site.state);
-        auto *runs = history.findChild<QTableView *>(u"gridRuns"_qs);
+        auto *runs = child<QTableView>(history, "gridRuns");
         QCOMPARE(runs->model()->index(0, 2).data().toString(), u"Rent posting"_qs);
         QCOMPARE(runs->model()->index(1, 2).data().toString(), u"Rent download"_qs);
         QCOMPARE(runs->model()->index(1, 3).data().toString(), u"6"_qs);
         site.prompter.clear();
         site.prompter.queueAnswer(Prompter::Answer::Yes);
-        QTest::mouseClick(history.findChild<QPushButton *>(u"cmdReverse"_qs), Qt::LeftButton);
+        click(history, "cmdReverse");
         QCOMPARE(history.currentRun()->result.state, Journal::Reversed);
         QCOMPARE(runs->model()->index(0, 2).data().toString(), u"Reversal of a rent posting"_qs);
         // Reversed once only; its file is waiting again, nothing to put back.
-        QVERIFY(!history.findChild<QPushButton *>(u"cmdReverse"_qs)->isEnabled());
-        QVERIFY(!history.findChild<QPushButton *>(u"cmdPutBack"_qs)->isEnabled());
+        QVERIFY(!child<QPushButton>(history, "cmdReverse")->isEnabled());
+        QVERIFY(!child<QPushButton>(history, "cmdPutBack")->isEnabled());
         QCOMPARE(site.scalar(u"SELECT count(*) FROM Transactions"_qs).toInt(), 0);
         QCOMPARE(site.fileBytes(site.state->PaymentDownloadName), downloaded);
 
         RentReviewDialog again(*site.state, nullptr);
         QCOMPARE(again.rowCount(), 6);
-        again.findChild<QCheckBox *>(u"chkPostMgmtFees"_qs)->setChecked(true);
-        again.findChild<QLineEdit *>(u"txtCreateDeposit"_qs)->setText(u"3002"_qs);
+        child<QCheckBox>(again, "chkPostMgmtFees")->setChecked(true);
+        child<QLineEdit>(again, "txtCreateDeposit")->setText(u"3002"_qs);
         site.prompter.clear();
-        QTest::mouseClick(again.findChild<QPushButton *>(u"cmdUpdate"_qs), Qt::LeftButton);
+        click(again, "cmdUpdate");
         QCOMPARE(site.prompter.texts(), QStringList { ProductTexts::ledgersUpdated });
         QCOMPARE(site.scalar(balancesSql).toString(), balances);
     }

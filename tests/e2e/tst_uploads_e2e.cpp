@@ -57,13 +57,13 @@ private slots:
         OwnerEnrolmentDialog screen(*s->state);
         screen.show();
         // Owner 13's flag typed as the user does.
-        auto *grid = screen.findChild<QTableView *>(u"gridACH"_qs);
+        auto *grid = child<QTableView>(screen, "gridACH");
         int row = 0;
         while (grid->model()->index(row, 0).data().toString() != u"13"_qs)
             QVERIFY(++row < grid->model()->rowCount());
         grid->setCurrentIndex(grid->model()->index(row, 5));
         QTest::keyClicks(grid, u"n"_qs);
-        QTest::keyClick(grid->findChild<QLineEdit *>(u"flagEditor"_qs), Qt::Key_Return);
+        QTest::keyClick(child<QLineEdit>(*grid, "flagEditor"), Qt::Key_Return);
         QCoreApplication::processEvents(); // the editor commits after the key
         screen.close();
         const auto got = sandbox->received();

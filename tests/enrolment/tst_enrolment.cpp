@@ -42,7 +42,7 @@ Opened open(TestSite &site, Screen screen)
     o.flagColumn = screen == Screen::Tenants ? 10 : 5;
     o.keyColumn = screen == Screen::Tenants ? 2 : 0;
     o.dialog->show();
-    o.grid = o.dialog->findChild<QTableView *>(u"gridACH"_qs);
+    o.grid = child<QTableView>(*o.dialog, "gridACH");
     return o;
 }
 
@@ -75,7 +75,7 @@ void typeFlag(const Opened &o, const QString &key, const QString &letter, bool e
         QTest::keyClick(o.grid, Qt::Key_F2);
     else
         QTest::keyClicks(o.grid, letter);
-    auto *editor = o.grid->findChild<QLineEdit *>(u"flagEditor"_qs);
+    auto *editor = child<QLineEdit>(*o.grid, "flagEditor");
     QVERIFY(editor);
     if (!letter.isEmpty())
         QCOMPARE(editor->text(), letter);
@@ -174,8 +174,8 @@ private slots:
         UploadsFixture::addAll(site);
         Opened o = open(site, Screen::Tenants);
         choose(o.dialog.get(), "optDisplay", u"Remitra Tenants Only"_qs);
-        QCOMPARE(o.dialog->findChild<QLabel *>(u"labCount"_qs)->text(), u"Tenants listed: 6"_qs);
-        auto *search = o.dialog->findChild<QLineEdit *>(u"txtSearch"_qs);
+        QCOMPARE(child<QLabel>(*o.dialog, "labCount")->text(), u"Tenants listed: 6"_qs);
+        auto *search = child<QLineEdit>(*o.dialog, "txtSearch");
         QTest::keyClicks(search, u"ash"_qs);
         QTest::keyClick(search, Qt::Key_Return);
         QCOMPARE(listedKeys(o), u"T102"_qs);
@@ -237,7 +237,7 @@ private slots:
         QCOMPARE(site.prompter.shown().size(), 1);
 
         QVERIFY(script->calls.isEmpty());
-        QTest::mouseClick(o.dialog->findChild<QPushButton *>(u"cmdExit"_qs), Qt::LeftButton);
+        click(*o.dialog, "cmdExit");
         QVERIFY(!o.dialog->isVisible());
         QCOMPARE(script->calls.size(), 1);
         const QString sent = which == Screen::Tenants ? site.state->TenantUploadName
@@ -258,7 +258,7 @@ private slots:
         UploadsFixture::addAll(site);
         auto script = site.scriptProcessor();
         Opened o = open(site, Screen::Tenants);
-        auto *all = o.dialog->findChild<QCheckBox *>(u"chkSelectAll"_qs);
+        auto *all = child<QCheckBox>(*o.dialog, "chkSelectAll");
         choose(o.dialog.get(), "optDisplay", u"Remitra Tenants Only"_qs);
         const QString original = tenantFlags(site);
 
@@ -280,7 +280,7 @@ private slots:
 
         // With a search in effect only the matching rows change.
         choose(o.dialog.get(), "optDisplay", u"All Tenants"_qs);
-        auto *search = o.dialog->findChild<QLineEdit *>(u"txtSearch"_qs);
+        auto *search = child<QLineEdit>(*o.dialog, "txtSearch");
         QTest::keyClicks(search, u"Ash Flats"_qs);
         QTest::keyClick(search, Qt::Key_Return);
         site.prompter.queueAnswer(Answer::Yes);
@@ -300,7 +300,7 @@ private slots:
         TestSite site;
         UploadsFixture::addAll(site);
         Opened o = open(site, Screen::Tenants);
-        auto *exportButton = o.dialog->findChild<QPushButton *>(u"cmdExport"_qs);
+        auto *exportButton = child<QPushButton>(*o.dialog, "cmdExport");
         site.prompter.queueAnswer(Answer::No);
         QTest::mouseClick(exportButton, Qt::LeftButton);
         QVERIFY(site.fileBytes(u"RemitraExport.csv"_qs).isNull());
@@ -336,7 +336,7 @@ private slots:
             u"UPDATE Tenants SET TACH = 'N' WHERE TFirstName1 IS NOT 'VACANT'"_qs, "test");
         site.writeFile(u"RemitraExport.csv"_qs, "old");
         Opened o = open(site, Screen::Tenants);
-        auto *exportButton = o.dialog->findChild<QPushButton *>(u"cmdExport"_qs);
+        auto *exportButton = child<QPushButton>(*o.dialog, "cmdExport");
         site.state->LoginMissing = true;
         site.prompter.queueAnswer(Answer::Yes);
         QTest::mouseClick(exportButton, Qt::LeftButton);

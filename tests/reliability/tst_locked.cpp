@@ -140,10 +140,10 @@ private slots:
         site.state->ClientFactory = ScriptedProcessorClient::factory(script);
         auto screen = std::make_unique<TenantEnrolmentDialog>(*site.state);
         screen->show();
-        auto *grid = screen->findChild<QTableView *>(u"gridACH"_qs);
+        auto *grid = child<QTableView>(*screen, "gridACH");
         grid->setCurrentIndex(grid->model()->index(0, 10));
         QTest::keyClicks(grid, u"n"_qs);
-        auto *editor = grid->findChild<QLineEdit *>(u"flagEditor"_qs);
+        auto *editor = child<QLineEdit>(*grid, "flagEditor");
         QVERIFY(editor);
         QTest::keyClick(editor, Qt::Key_Return);
         QCoreApplication::processEvents();

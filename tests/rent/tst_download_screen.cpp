@@ -20,22 +20,9 @@ using RentSupport::line;
 
 namespace {
 
-template <typename T = QWidget> T *child(QWidget &screen, const char *name)
-{
-    T *w = screen.findChild<T *>(QString::fromLatin1(name));
-    if (!w)
-        qFatal("no control %s", name);
-    return w;
-}
-
 QString textOf(QWidget &screen, const char *name)
 {
     return child<QLabel>(screen, name)->text();
-}
-
-void click(QWidget &screen, const char *name)
-{
-    QTest::mouseClick(child(screen, name), Qt::LeftButton);
 }
 
 // Selects a row by its record selector (row header) and presses Delete.

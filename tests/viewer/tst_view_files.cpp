@@ -29,15 +29,12 @@ struct Viewer
     QStringList lines() const
     {
         QStringList out;
-        auto *list = form.findChild<QListWidget *>(u"lstFileContents"_qs);
+        auto *list = child<QListWidget>(form, "lstFileContents");
         for (int i = 0; i < list->count(); ++i)
             out << list->item(i)->text();
         return out;
     }
-    void clickDelete()
-    {
-        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdDelete"_qs), Qt::LeftButton);
-    }
+    void clickDelete() { click(form, "cmdDelete"); }
 };
 
 } // namespace
