@@ -70,12 +70,7 @@ struct MenuSite
         site.state->SettingsFile = site.path(u"remitra.ini"_qs);
         menu = std::make_unique<MainMenuWindow>(*site.state);
     }
-    void click(const QString &name)
-    {
-        auto *b = menu->findChild<QPushButton *>(name);
-        QVERIFY2(b, qPrintable(name));
-        QTest::mouseClick(b, Qt::LeftButton);
-    }
+    void click(const QString &name) { ::click(*menu, qPrintable(name)); }
     QVariant stored(const char *key) const
     {
         return QSettings(site.state->SettingsFile, QSettings::IniFormat)

@@ -215,10 +215,7 @@ private slots:
         QTest::addColumn<QString>("textStart");
         QTest::addColumn<QString>("title");
         QTest::newRow("no database")
-            << u"database"_qs
-            << u"Dwellix data file not found - be sure that the Remitra Program is copied into the "
-               "same directory or folder as the main Dwellix Program."_qs
-            << u"Remitra"_qs;
+            << u"database"_qs << u"Dwellix data file not found - "_qs << u"Remitra"_qs;
         // A data file that is no database, or an empty one, is named with
         // what is wrong with it. (A missing field stops only the command
         // that needs it: tests/hostdb.)

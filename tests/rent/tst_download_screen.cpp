@@ -126,10 +126,8 @@ private slots:
             (QStringList { u"Remitra"_qs, u"Remitra Transaction Posting"_qs }));
         QVERIFY(site.prompter.texts()[0].startsWith(
             u"Are you SURE you want to permanently erase all"_qs));
-        QCOMPARE(site.prompter.texts()[1],
-            u"You are trying to leave without updating your TENANT "
-            "LEDGERS. Are you SURE you want to exit WITHOUT POSTING "
-            "these transactions?"_qs);
+        QVERIFY(site.prompter.texts()[1].startsWith(
+            u"You are trying to leave without updating your TENANT LEDGERS."_qs));
         QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
 
         deleteRow(grid, 0);
