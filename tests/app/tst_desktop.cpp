@@ -41,6 +41,21 @@
 
 namespace {
 
+template <typename Screen> std::unique_ptr<QWidget> make(ProgramState &state)
+{
+    return std::make_unique<Screen>(state);
+}
+
+// Every screen, by its form name.
+const std::pair<const char *, std::unique_ptr<QWidget> (*)(ProgramState &)> kScreens[] = {
+    { "frmRemitraMain", make<MainMenuWindow> }, { "frmLogin", make<LoginDialog> },
+    { "frmDownload", make<RentReviewDialog> }, { "frmTenantUpdate", make<TenantEnrolmentDialog> },
+    { "frmOwnerUpdate", make<OwnerEnrolmentDialog> },
+    { "frmVendorUpdate", make<VendorEnrolmentDialog> },
+    { "frmMakePayments", make<PaymentSelectionWindow> }, { "frmShowLast", make<LastBatchWindow> },
+    { "frmHistory", make<HistoryWindow> }, { "frmViewFiles", make<TransferFileViewer> }
+};
+
 // A site with the demo portfolio, twelve rent payments waiting and a last
 // distribution of three lines.
 struct DesktopSite
@@ -60,26 +75,10 @@ struct DesktopSite
 
     std::unique_ptr<QWidget> open(const QString &screen)
     {
-        ProgramState &state = *site.state;
-        if (screen == u"frmRemitraMain"_qs)
-            return std::make_unique<MainMenuWindow>(state);
-        if (screen == u"frmLogin"_qs)
-            return std::make_unique<LoginDialog>(state);
-        if (screen == u"frmDownload"_qs)
-            return std::make_unique<RentReviewDialog>(state);
-        if (screen == u"frmTenantUpdate"_qs)
-            return std::make_unique<TenantEnrolmentDialog>(state, nullptr);
-        if (screen == u"frmOwnerUpdate"_qs)
-            return std::make_unique<OwnerEnrolmentDialog>(state, nullptr);
-        if (screen == u"frmVendorUpdate"_qs)
-            return std::make_unique<VendorEnrolmentDialog>(state, nullptr);
-        if (screen == u"frmMakePayments"_qs)
-            return std::make_unique<PaymentSelectionWindow>(state);
-        if (screen == u"frmShowLast"_qs)
-            return std::make_unique<LastBatchWindow>(state);
-        if (screen == u"frmHistory"_qs)
-            return std::make_unique<HistoryWindow>(state);
-        return std::make_unique<TransferFileViewer>(state);
+        for (const auto &[name, make] : kScreens)
+            if (screen == QLatin1String(name))
+                return make(*site.state);
+        return nullptr;
     }
 
     TestSite site;

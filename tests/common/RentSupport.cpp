@@ -125,8 +125,7 @@ bool post(TestSite &site, const RentPayments &rows, const PostingChoices &choice
 
 RentPayments load(TestSite &site)
 {
-    RentPayments rows = PaymentFile::load(*site.state).rows;
-    return rows;
+    return PaymentFile::load(*site.state).rows;
 }
 
 } // namespace RentSupport

@@ -68,13 +68,10 @@ private slots:
         QCOMPARE(Currency::parse(u"100"_qs)->percentOf(u"0.00015"_qs)->toPlainText(), u"0.0002"_qs);
         QCOMPARE(
             Currency::parse(u"-1000.15"_qs)->percentOf(u" 7.5"_qs)->toPlainText(), u"-75.0112"_qs);
-        QCOMPARE((-rent).abs(), rent);
         QCOMPARE((rent - *Currency::parse(u"1000.0001"_qs)).toPlainText(), u"-0.0001"_qs);
         QVERIFY(!rent.percentOf(u"x"_qs).has_value());
         // Database REALs come back exact to four places and do not drift in sums.
         QCOMPARE(Currency::fromVariant(QVariant(0.1 + 0.2))->toPlainText(), u"0.3"_qs);
-        QCOMPARE(Currency::fromVariant(QVariant(-125.5))->toPlainText(), u"-125.5"_qs);
-        QCOMPARE(Currency::fromVariant(QVariant(42))->toPlainText(), u"42"_qs);
         QCOMPARE(Currency::fromVariant(QVariant(2.00025))->toPlainText(), u"2.0002"_qs);
         QVERIFY(!Currency::fromVariant(QVariant()).has_value());
         Currency total;

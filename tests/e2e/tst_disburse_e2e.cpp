@@ -16,7 +16,6 @@
 #include "processor/ProcessorCall.h"
 
 #include <QLineEdit>
-#include <QPushButton>
 #include <QTableView>
 #include <QTest>
 

@@ -9,7 +9,6 @@
 #include "uploads/UploadAll.h"
 
 #include <QLineEdit>
-#include <QPushButton>
 #include <QTableView>
 #include <QTest>
 

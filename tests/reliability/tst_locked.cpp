@@ -180,12 +180,11 @@ private slots:
             screen->close();
         }
         QVERIFY(script->calls.isEmpty());
-        QCOMPARE(site.prompter.texts(),
-            QStringList { u"Your changes are saved in Dwellix, but they could not be sent to "
-                          "Quenta Payment Services now:\r\r"_qs
-                + kBusy
-                + u"\r\rRemitra will send them the next time you close this screen or start "
-                  "Remitra."_qs });
+        QCOMPARE(site.prompter.shown().size(), 1);
+        QVERIFY(site.prompter.texts().first().startsWith(
+            u"Your changes are saved in Dwellix, but they could not be sent to Quenta Payment "
+            "Services now:\r\r"_qs
+            + kBusy));
         QVERIFY(!site.state->EndRequested);
 
         for (int closing = 0; closing < 2; ++closing) {

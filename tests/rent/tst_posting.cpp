@@ -5,7 +5,6 @@
 #include "rent/PaymentFile.h"
 #include "rent/UpdateLedgers.h"
 
-#include <QDate>
 #include <QDir>
 #include <QSqlQuery>
 #include <QSqlRecord>

@@ -6,8 +6,6 @@
 #include "viewer/TransferFileViewer.h"
 
 #include <QListWidget>
-#include <QPushButton>
-#include <QRadioButton>
 #include <QTest>
 
 namespace {
@@ -20,12 +18,7 @@ struct Viewer
     TransferFileViewer form { *site.state, nullptr };
 
     Viewer() { form.show(); }
-    void choose(int index)
-    {
-        auto *option = form.findChild<QRadioButton *>(u"optFiles_%1"_qs.arg(index));
-        QVERIFY(option);
-        QTest::mouseClick(option, Qt::LeftButton);
-    }
+    void choose(int index) { click(form, qPrintable(u"optFiles_%1"_qs.arg(index))); }
     QStringList lines() const
     {
         QStringList out;
