@@ -289,13 +289,6 @@ QList<KillPoint> killPointsFor(const Run &whole)
     return points;
 }
 
-// The processor has taken the request and not yet answered when the
-// program dies.
-KillPoint duringTheCall()
-{
-    return { 0, 2000, true };
-}
-
 // The program killed between the host's commit and the journal's: a helper
 // process (this program started again with REMITRA_JOURNAL_CRASH set) posts, or reverses a posting,
 // and kills itself at a named point of the commit. With the store on its own connection (the Access
@@ -510,7 +503,9 @@ private slots:
 
         int clean = 0, unanswered = 0;
         QList<KillPoint> points = killPointsFor(whole);
-        points.append(duringTheCall());
+        // The processor has taken the request and not yet answered when the
+        // program dies.
+        points.append({ 0, 2000, true });
         for (const KillPoint &at : std::as_const(points)) {
             const QString folder = work.path() + u"/disb-"_qs + at.name();
             copyFolder(templ, folder);
