@@ -41,6 +41,21 @@
 
 namespace {
 
+template <typename Screen> std::unique_ptr<QWidget> make(ProgramState &state)
+{
+    return std::make_unique<Screen>(state);
+}
+
+// Every screen, by its form name.
+const std::pair<const char *, std::unique_ptr<QWidget> (*)(ProgramState &)> kScreens[] = {
+    { "frmRemitraMain", make<MainMenuWindow> }, { "frmLogin", make<LoginDialog> },
+    { "frmDownload", make<RentReviewDialog> }, { "frmTenantUpdate", make<TenantEnrolmentDialog> },
+    { "frmOwnerUpdate", make<OwnerEnrolmentDialog> },
+    { "frmVendorUpdate", make<VendorEnrolmentDialog> },
+    { "frmMakePayments", make<PaymentSelectionWindow> }, { "frmShowLast", make<LastBatchWindow> },
+    { "frmHistory", make<HistoryWindow> }, { "frmViewFiles", make<TransferFileViewer> }
+};
+
 // A site with the demo portfolio, twelve rent payments waiting and a last
 // distribution of three lines.
 struct DesktopSite
@@ -60,26 +75,10 @@ struct DesktopSite
 
     std::unique_ptr<QWidget> open(const QString &screen)
     {
-        ProgramState &state = *site.state;
-        if (screen == u"frmRemitraMain"_qs)
-            return std::make_unique<MainMenuWindow>(state);
-        if (screen == u"frmLogin"_qs)
-            return std::make_unique<LoginDialog>(state);
-        if (screen == u"frmDownload"_qs)
-            return std::make_unique<RentReviewDialog>(state);
-        if (screen == u"frmTenantUpdate"_qs)
-            return std::make_unique<TenantEnrolmentDialog>(state, nullptr);
-        if (screen == u"frmOwnerUpdate"_qs)
-            return std::make_unique<OwnerEnrolmentDialog>(state, nullptr);
-        if (screen == u"frmVendorUpdate"_qs)
-            return std::make_unique<VendorEnrolmentDialog>(state, nullptr);
-        if (screen == u"frmMakePayments"_qs)
-            return std::make_unique<PaymentSelectionWindow>(state);
-        if (screen == u"frmShowLast"_qs)
-            return std::make_unique<LastBatchWindow>(state);
-        if (screen == u"frmHistory"_qs)
-            return std::make_unique<HistoryWindow>(state);
-        return std::make_unique<TransferFileViewer>(state);
+        for (const auto &[name, make] : kScreens)
+            if (screen == QLatin1String(name))
+                return make(*site.state);
+        return nullptr;
     }
 
     TestSite site;
@@ -186,27 +185,49 @@ class TestDesktop : public QObject
     Q_OBJECT
 
 private slots:
-    void controlsStayWholeAtOpeningAndLeastSize_data()
+    void eachScreenAsAWindow_data()
     {
         QTest::addColumn<QString>("screen");
-        for (const char *screen :
-            { "frmRemitraMain", "frmLogin", "frmDownload", "frmTenantUpdate", "frmOwnerUpdate",
-                "frmVendorUpdate", "frmMakePayments", "frmShowLast", "frmViewFiles", "frmHistory" })
-            QTest::newRow(screen) << QString::fromLatin1(screen);
+        QTest::addColumn<bool>("centred");
+        QTest::addColumn<bool>("escapeCloses");
+        const std::tuple<const char *, bool, bool> screens[]
+            = { { "frmRemitraMain", false, false }, { "frmLogin", true, false },
+                  { "frmDownload", true, false }, { "frmTenantUpdate", true, false },
+                  { "frmOwnerUpdate", false, false }, { "frmVendorUpdate", false, false },
+                  { "frmMakePayments", true, false }, { "frmShowLast", true, true },
+                  { "frmViewFiles", false, true }, { "frmHistory", true, true } };
+        for (const auto &[screen, centred, escape] : screens)
+            QTest::newRow(screen) << QString::fromLatin1(screen) << centred << escape;
     }
-    void controlsStayWholeAtOpeningAndLeastSize()
+    // Whole controls at opening and at the least size, placement in the
+    // middle of the screen, and Esc leaving the viewers.
+    void eachScreenAsAWindow()
     {
         QFETCH(QString, screen);
+        QFETCH(bool, centred);
+        QFETCH(bool, escapeCloses);
         DesktopSite s;
         std::unique_ptr<QWidget> window = s.open(screen);
-        window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        showActive(*window);
+        if (centred) {
+            // Within the frame's few pixels, which are not known before the
+            // first window is shown.
+            const QPoint middle = window->screen()->availableGeometry().center();
+            const QPoint centre = window->frameGeometry().center();
+            QVERIFY2((centre - middle).manhattanLength() <= 6,
+                qPrintable(u"centre %1,%2"_qs.arg(centre.x()).arg(centre.y())));
+        }
         window->layout()->activate();
         QCOMPARE(cutOrOverlapping(*window), QStringList());
         window->resize(1, 1);
         window->layout()->activate();
         QCOMPARE(window->size(), window->minimumSize());
         QCOMPARE(cutOrOverlapping(*window), QStringList());
+        if (escapeCloses) {
+            QTest::keyClick(window.get(), Qt::Key_Escape);
+            QVERIFY(!window->isVisible());
+            QCOMPARE(s.site.prompter.shown().size(), 0);
+        }
     }
 
     void tabFollowsTheLayout_data()
@@ -264,60 +285,20 @@ private slots:
         QCOMPARE(tabOrder(*window, order.first()), order);
     }
 
-    void escapeLeavesTheViewers_data()
-    {
-        QTest::addColumn<QString>("screen");
-        QTest::newRow("last batch") << u"frmShowLast"_qs;
-        QTest::newRow("files") << u"frmViewFiles"_qs;
-        QTest::newRow("history") << u"frmHistory"_qs;
-    }
-    void escapeLeavesTheViewers()
-    {
-        QFETCH(QString, screen);
-        DesktopSite s;
-        std::unique_ptr<QWidget> window = s.open(screen);
-        showActive(*window);
-        QTest::keyClick(window.get(), Qt::Key_Escape);
-        QVERIFY(!window->isVisible());
-        QCOMPARE(s.site.prompter.shown().size(), 0);
-    }
-
-    void screensOpenInTheMiddle_data()
-    {
-        QTest::addColumn<QString>("screen");
-        for (const char *screen : { "frmLogin", "frmDownload", "frmTenantUpdate", "frmMakePayments",
-                 "frmShowLast", "frmHistory" })
-            QTest::newRow(screen) << QString::fromLatin1(screen);
-    }
-    void screensOpenInTheMiddle()
-    {
-        QFETCH(QString, screen);
-        DesktopSite s;
-        std::unique_ptr<QWidget> window = s.open(screen);
-        window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-        const QPoint middle = window->screen()->availableGeometry().center();
-        const QPoint centre = window->frameGeometry().center();
-        // Within the frame's few pixels, which are not known before the
-        // first window is shown.
-        QVERIFY2((centre - middle).manhattanLength() <= 6,
-            qPrintable(u"centre %1,%2"_qs.arg(centre.x()).arg(centre.y())));
-    }
-
     void gridsShowTheirTexts()
     {
         DesktopSite s;
         // The Remitra flag is the last column of the tenant list.
         auto tenants = s.open(u"frmTenantUpdate"_qs);
         tenants->show();
-        auto *gridACH = tenants->findChild<QTableView *>(u"gridACH"_qs);
+        auto *gridACH = child<QTableView>(*tenants, "gridACH");
         const int flag = gridACH->model()->columnCount() - 1;
         QVERIFY(gridACH->columnViewportPosition(flag) + gridACH->columnWidth(flag)
             <= gridACH->viewport()->width());
 
         auto payments = s.open(u"frmMakePayments"_qs);
         payments->show();
-        auto *grid = payments->findChild<QTableView *>(u"gridMakePayments"_qs);
+        auto *grid = child<QTableView>(*payments, "gridMakePayments");
         QAbstractItemModel *model = grid->model();
         QVERIFY(model->rowCount() > 5);
         for (int r = 0; r < model->rowCount(); ++r) {
@@ -372,8 +353,8 @@ private slots:
         prompter.showStatus(
             u"Sending the portfolio: 60 tenants…"_qs, u"Waiting for the processor… 12 s"_qs);
         QCOMPARE(prompter.statusPanel(), panel);
-        QCOMPARE(panel->findChild<QLabel *>(u"statusProgress"_qs)->text(),
-            u"Waiting for the processor… 12 s"_qs);
+        QCOMPARE(
+            child<QLabel>(*panel, "statusProgress")->text(), u"Waiting for the processor… 12 s"_qs);
         prompter.showStatus(QString(), QString());
         QVERIFY(!prompter.statusPanel());
     }

@@ -1,5 +1,5 @@
-#include "ScriptedProcessorClient.h"
 #include "TestSupport.h"
+#include "UploadsFixture.h"
 
 #include "app/Credentials.h"
 #include "app/LoginDialog.h"
@@ -7,7 +7,6 @@
 #include "app/Startup.h"
 
 #include <QApplication>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -71,12 +70,7 @@ struct MenuSite
         site.state->SettingsFile = site.path(u"remitra.ini"_qs);
         menu = std::make_unique<MainMenuWindow>(*site.state);
     }
-    void click(const QString &name)
-    {
-        auto *b = menu->findChild<QPushButton *>(name);
-        QVERIFY2(b, qPrintable(name));
-        QTest::mouseClick(b, Qt::LeftButton);
-    }
+    void click(const QString &name) { ::click(*menu, qPrintable(name)); }
     QVariant stored(const char *key) const
     {
         return QSettings(site.state->SettingsFile, QSettings::IniFormat)
@@ -94,41 +88,6 @@ class TestScreens : public QObject
 
 private slots:
     void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
-
-    void mainMenuTexts()
-    {
-        MenuSite s;
-        MainMenuWindow &m = *s.menu;
-        QCOMPARE(m.windowTitle(), u"Remitra Main Menu"_qs);
-        auto text = [&](const char *name) {
-            const QString n = QString::fromLatin1(name);
-            if (auto *l = m.findChild<QLabel *>(n))
-                return l->text();
-            if (auto *b = m.findChild<QPushButton *>(n))
-                return b->text();
-            if (auto *f = m.findChild<QGroupBox *>(n))
-                return f->title();
-            return u"<missing>"_qs;
-        };
-        QVERIFY(text("labIntro").startsWith(u"Welcome to Dwellix Remitra! Choose"_qs));
-        QCOMPARE(
-            text("fraOption1"), u"Upload ALL Dwellix Owners, Properties, Units, and Tenants"_qs);
-        QCOMPARE(text("fraOption2"), u"Check for any Tenant rent payments"_qs);
-        QCOMPARE(
-            text("fraOption3"), u"Activate your Owners, Tenants, or Vendors to use Remitra "_qs);
-        QVERIFY(text("Label1").startsWith(u"Use this step ONLY"_qs));
-        QVERIFY(text("labStep2").endsWith(u"create a register entry."_qs));
-        QVERIFY(text("labStep3").startsWith(u"Perform this step"_qs));
-        QVERIFY(text("labStep4").endsWith(u"for payment using Remitra."_qs));
-        const QStringList captions = { text("cmdUploadAll"), text("cmdDownloadPayment"),
-            text("cmdTenantUpdate"), text("cmdOwnerUpdate"), text("cmdVendorUpdate"),
-            text("cmdMakePayments"), text("cmdLogin"), text("cmdViewFiles"), text("cmdExit") };
-        QCOMPARE(captions,
-            (QStringList { u"&Upload All Info NOW"_qs, u"&Download and Post Rent Payments"_qs,
-                u"&Activate or Change TENANTS"_qs, u"&Activate or Change OWNERS"_qs,
-                u"&Activate or Change VENDORS"_qs, u"Make Payments to Owners and Vendors"_qs,
-                u"Reset Log in"_qs, u"View Files"_qs, u"&Exit"_qs }));
-    }
 
     void commandsRefuseWithoutLoginOrSwitch_data()
     {
@@ -152,8 +111,7 @@ private slots:
         MenuSite s;
         s.site.state->LoginMissing = loginMissing;
         s.site.state->DisbursementEnabled = enabled;
-        auto script = std::make_shared<ScriptedProcessorClient::Script>();
-        s.site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        auto script = s.site.scriptProcessor();
         if (!namesBuilt) {
             for (QString *name : { &s.site.state->SetupUploadName, &s.site.state->TenantUploadName,
                      &s.site.state->PaymentDownloadName, &s.site.state->OwnerUploadName,
@@ -166,18 +124,14 @@ private slots:
                 continue; // would open its screen
             s.site.prompter.clear();
             s.click(name);
-            if (!namesBuilt) {
-                QCOMPARE(s.site.prompter.titles(), QStringList { u"Remitra"_qs });
-                QVERIFY(s.site.prompter.texts().first().startsWith(
+            // Each refusal is told by its own notice.
+            const QString title = !namesBuilt ? u"Remitra"_qs
+                : switched && !enabled        ? u"Dwellix Remitra"_qs
+                                              : u"Login Message"_qs;
+            QCOMPARE(s.site.prompter.titles(), QStringList { title });
+            QVERIFY(namesBuilt
+                || s.site.prompter.texts().first().startsWith(
                     u"Remitra must be restarted before it can exchange files"_qs));
-            } else if (switched && !enabled) {
-                QCOMPARE(
-                    s.site.prompter.texts(), QStringList { MainMenuWindow::notYetAvailableText() });
-                QCOMPARE(s.site.prompter.titles(), QStringList { u"Dwellix Remitra"_qs });
-            } else {
-                QCOMPARE(s.site.prompter.texts(), QStringList { Credentials::loginNoticeText() });
-                QCOMPARE(s.site.prompter.titles(), QStringList { u"Login Message"_qs });
-            }
         }
         QVERIFY(script->calls.isEmpty());
         if ((loginMissing || !namesBuilt) && enabled) {
@@ -191,8 +145,7 @@ private slots:
     void completeLoginOpensEachCommandsScreen()
     {
         MenuSite s;
-        auto script = std::make_shared<ScriptedProcessorClient::Script>();
-        s.site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        auto script = s.site.scriptProcessor();
         const std::pair<QString, const char *> modal[] = {
             { u"cmdTenantUpdate"_qs, "frmTenantUpdate" },
             { u"cmdOwnerUpdate"_qs, "frmOwnerUpdate" },
@@ -208,11 +161,10 @@ private slots:
         // The download ran before its review screen opened; nothing came back.
         QCOMPARE(script->calls.size(), 1);
         QCOMPARE(s.site.prompter.texts(),
-            (QStringList { u"Successful connection to Quenta Payment Services!"_qs,
-                u"There were no Remita Tenant transactions found"_qs }));
+            (QStringList { ProductTexts::success, ProductTexts::noneFound }));
 
         // The modeless screens open once and are shown again on a later click.
-        for (const char *button : { "cmdMakePayments", "cmdViewFiles" }) {
+        for (const char *button : { "cmdMakePayments", "cmdViewFiles", "cmdHistory" }) {
             s.click(QString::fromLatin1(button));
             s.click(QString::fromLatin1(button));
             int shown = 0;
@@ -226,28 +178,17 @@ private slots:
         }
     }
 
-    void uploadAllSendsBothFilesAndFocusesExit()
+    // What Upload All sends: tests/uploads and tests/e2e.
+    void uploadAllSendsOnceAndFocusesExit()
     {
         MenuSite s;
-        auto script = std::make_shared<ScriptedProcessorClient::Script>();
-        s.site.state->ClientFactory = ScriptedProcessorClient::factory(script);
-        s.site.insert(u"Company"_qs, { { u"CName1"_qs, u"Acme"_qs } });
-        s.site.insert(u"Owners"_qs,
-            { { u"OwnerID"_qs, 1 }, { u"OFirstName1"_qs, u"Ann"_qs },
-                { u"OLastName1"_qs, u"Lee"_qs } });
-        s.site.insert(u"Properties"_qs, { { u"PropID"_qs, 2 }, { u"POwnerID"_qs, 1 } });
-        s.site.insert(u"Tenants"_qs,
-            { { u"TenantID"_qs, 3 }, { u"TPropID"_qs, 2 }, { u"TACH"_qs, u"Y"_qs } });
-        s.site.insert(u"Units"_qs, { { u"UTenantID"_qs, 3 } });
+        auto script = s.site.scriptProcessor();
+        UploadsFixture::addAll(s.site);
         s.menu->show();
         s.click(u"cmdUploadAll"_qs);
         QCOMPARE(script->calls.size(), 1);
-        QCOMPARE(script->calls[0].operation, u"Transmit"_qs);
-        QVERIFY(script->calls[0].texts[0].startsWith(u"DXRM|O1|Ann Lee|P2|"_qs));
-        QVERIFY(script->calls[0].texts[1].contains(u"|activate|"_qs));
-        QCOMPARE(s.site.prompter.texts(),
-            QStringList { u"Successful connection to Quenta Payment Services!"_qs });
-        QCOMPARE(s.menu->focusWidget(), s.menu->findChild<QPushButton *>(u"cmdExit"_qs));
+        QCOMPARE(s.site.prompter.texts(), QStringList { ProductTexts::success });
+        QCOMPARE(s.menu->focusWidget(), child<QPushButton>(*s.menu, "cmdExit"));
     }
 
     void resetLogInSavesOnlyCompleteEntries()
@@ -302,7 +243,7 @@ private slots:
 
         onLoginScreen(u"acme"_qs, u"pass"_qs, u"http://127.0.0.1:9/qps/upload.php"_qs, "cmdSave");
         QVERIFY(menu.load());
-        QCOMPARE(menu.findChild<QLabel *>(u"labVersion"_qs)->text(), Startup::versionText());
+        QCOMPARE(child<QLabel>(menu, "labVersion")->text(), Startup::versionText());
         // The payment check ran and found the waiting file.
         QCOMPARE(s.site.prompter.titles(), QStringList { u"Remitra Notice"_qs });
         QVERIFY(!state.LoginMissing);

@@ -1,9 +1,11 @@
 #include "TestSupport.h"
 
 #include "app/Credentials.h"
+#include "app/IdFile.h"
 #include "app/LoginScreen.h"
 #include "app/Startup.h"
 #include "core/RuntimeError.h"
+#include "core/TransferFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -83,6 +85,72 @@ class TestStartup : public QObject
 private slots:
     void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
 
+    // Characters are shifted on the ANSI code page, not on Unicode: "~"
+    // (126) becomes 129, which the page leaves undefined, and the euro sign
+    // (128) becomes 131, the florin. Every code that can be shifted comes
+    // back unchanged; the last three cannot be.
+    void storedCredentialsAreShiftedAnsiCodes()
+    {
+        QCOMPARE(EncodeSetting(u"abc"_qs), u"def"_qs);
+        QCOMPARE(EncodeSetting(u"~\u20AC\u00E9"_qs), u"\u0081\u0192\u00EC"_qs);
+        QByteArray all;
+        for (int c = 0; c < 253; ++c)
+            all.append(char(c));
+        const QString text = TransferFile::fromAnsi(all);
+        QCOMPARE(DecodeSetting(EncodeSetting(text)), text);
+        QCOMPARE(raisedError([] { EncodeSetting(u"ab\u00FD"_qs); }), 5);
+        QCOMPARE(raisedError([] { EncodeSetting(u"\u00FF"_qs); }), 5);
+        QCOMPARE(raisedError([] { EncodeSetting(u"\u00FC"_qs); }), 0);
+        QCOMPARE(raisedError([] { DecodeSetting(u"ok\u0002"_qs); }), 5);
+        QCOMPARE(raisedError([] { DecodeSetting(u"\u0003"_qs); }), 0);
+    }
+
+    void idFileItemSelection_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("expected"); // the six items, joined by "|"
+        auto items = [](int n) {
+            QByteArray text;
+            for (int i = 0; i < n; ++i)
+                text += "\"item" + QByteArray::number(i) + "\"" + (i % 5 == 4 ? "\r\n" : ",");
+            return text + "\r\n";
+        };
+        QTest::newRow("no file") << QByteArray() << QString(); // file not found
+        QTest::newRow("empty file") << QByteArray("") << u"|||||"_qs;
+        QTest::newRow("nine items") << items(9) << u"|||||"_qs;
+        QTest::newRow("ten items") << items(10) << u"item9|||||"_qs;
+        QTest::newRow("sixteen items") << items(16) << u"item9|item10|item15|||"_qs;
+        QTest::newRow("thirty items")
+            << items(30) << u"item9|item10|item15|item16|item17|item18"_qs;
+        // Quoted items keep their commas; unquoted ones end at a comma and
+        // lose the blanks around them; an empty line is an empty item; LF
+        // alone ends a line too.
+        QTest::newRow("free-format items")
+            << QByteArray("\"Sunrise, Inc.\",2,3\n"
+                          "4,  five  ,\"6\"\r\n"
+                          "\r\n"
+                          "7,8,\"Rent Income;4000;B\",Rent payment, received\r\n"
+                          "\"a,b\"junk,13,14,\"Mgmt Fee;5200;U\",\"Fee, 8%\",,\"Late;4100;T\"\r\n")
+            << u"Rent Income;4000;B|Rent payment|Mgmt Fee;5200;U|Fee, 8%||Late;4100;T"_qs;
+        QTest::newRow("ANSI text")
+            << QByteArray(",,,,,,,,,\"Caf\xE9 \x80\",x") << u"Caf\u00E9 \u20AC|x||||"_qs;
+    }
+
+    void idFileItemSelection()
+    {
+        QFETCH(QByteArray, content);
+        TestSite site;
+        site.state->IdItems = {};
+        if (content.isNull()) {
+            QCOMPARE(raisedError([&] { LoadIDFile(*site.state); }), 53);
+            return;
+        }
+        site.writeFile(u"IDFILE.DAT"_qs, content);
+        LoadIDFile(*site.state);
+        QTEST(QStringList(site.state->IdItems.begin(), site.state->IdItems.end()).join(u'|'),
+            "expected");
+    }
+
     void completeCredentialsBuildNamesAndCheckPayments()
     {
         StartupSite s;
@@ -97,12 +165,11 @@ private slots:
         QVERIFY(s.state->DisbursementEnabled);
         QVERIFY(s.state->hasDb());
         QCOMPARE(s.state->DatabasePath, s.site.path(u"dxdatafl.db"_qs));
-        QCOMPARE(s.state->ProcessorUser, u"acme"_qs);
-        QCOMPARE(s.state->ProcessorPassword, u"pass"_qs);
-        QCOMPARE(s.state->ProcessorUrl, u"http://127.0.0.1:9/qps/upload.php"_qs);
-        QCOMPARE(s.state->SiteCode, u"DXRM"_qs);
-        QCOMPARE(s.fileNames(),
-            (QStringList { u"DX_Quenta_Setup_DXRM.txt"_qs, u"DX_Quenta_Tenant_DXRM.txt"_qs,
+        QCOMPARE(QStringList({ s.state->ProcessorUser, s.state->ProcessorPassword,
+                     s.state->ProcessorUrl, s.state->SiteCode })
+                + s.fileNames(),
+            (QStringList { u"acme"_qs, u"pass"_qs, u"http://127.0.0.1:9/qps/upload.php"_qs,
+                u"DXRM"_qs, u"DX_Quenta_Setup_DXRM.txt"_qs, u"DX_Quenta_Tenant_DXRM.txt"_qs,
                 u"DX_Quenta_PaymentFile.txt"_qs, u"DX_Quenta_Owner_DXRM.txt"_qs,
                 u"DX_Quenta_Vendor_DXRM.txt"_qs, u"DX_Quenta_DisbursementPayment.txt"_qs }));
         QCOMPARE(s.paymentChecks, 1);
@@ -137,11 +204,9 @@ private slots:
         QVERIFY(s.state->SiteCode.isEmpty());
         QCOMPARE(s.paymentChecks, 0);
         QCOMPARE(s.stored("username").isValid(), storeWritten);
-        if (storeWritten) {
-            QCOMPARE(s.stored("username").toString(), u""_qs);
-            QCOMPARE(s.stored("password").toString(), u""_qs);
-            QCOMPARE(s.stored("url").toString(), u""_qs);
-        }
+        QCOMPARE(s.stored("username").toString() + s.stored("password").toString()
+                + s.stored("url").toString(),
+            u""_qs);
     }
 
     void fatalErrorsEndTheProgram_data()
@@ -150,10 +215,7 @@ private slots:
         QTest::addColumn<QString>("textStart");
         QTest::addColumn<QString>("title");
         QTest::newRow("no database")
-            << u"database"_qs
-            << u"Dwellix data file not found - be sure that the Remitra Program is copied into the "
-               "same directory or folder as the main Dwellix Program."_qs
-            << u"Remitra"_qs;
+            << u"database"_qs << u"Dwellix data file not found - "_qs << u"Remitra"_qs;
         // A data file that is no database, or an empty one, is named with
         // what is wrong with it. (A missing field stops only the command
         // that needs it: tests/hostdb.)
@@ -161,8 +223,7 @@ private slots:
         QTest::newRow("not a database")
             << u"garbage"_qs << u"The Dwellix data file "_qs << u"Remitra"_qs;
         // Any other error shows its number and description.
-        QTest::newRow("other error")
-            << u"other"_qs << u"53"_qs << u"Remitra Error Message"_qs;
+        QTest::newRow("other error") << u"other"_qs << u"53"_qs << u"Remitra Error Message"_qs;
     }
 
     void fatalErrorsEndTheProgram()

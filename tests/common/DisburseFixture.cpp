@@ -82,10 +82,7 @@ QList<PaymentRow> rowsFor(TestSite &site, const QList<PaymentRow::Key> &keys)
 std::shared_ptr<ScriptedProcessorClient::Script> answering(
     TestSite &site, qint32 code, const QString &response)
 {
-    auto script = std::make_shared<ScriptedProcessorClient::Script>();
-    script->replies.append({ true, code, response });
-    site.state->ClientFactory = ScriptedProcessorClient::factory(script);
-    return script;
+    return site.scriptProcessor({ { true, code, response } });
 }
 
 QString dump(TestSite &site, const QString &sql)

@@ -16,6 +16,11 @@ const QString kSeries
     = u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < :n) "_qs;
 } // namespace
 
+QStringList accountItems()
+{
+    return kAccountItems;
+}
+
 void seedPortfolio(TestSite &site)
 {
     const QString fees[] = { u"8%"_qs, u"25"_qs, u" "_qs };
@@ -120,8 +125,7 @@ bool post(TestSite &site, const RentPayments &rows, const PostingChoices &choice
 
 RentPayments load(TestSite &site)
 {
-    RentPayments rows = PaymentFile::load(*site.state).rows;
-    return rows;
+    return PaymentFile::load(*site.state).rows;
 }
 
 } // namespace RentSupport

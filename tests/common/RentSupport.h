@@ -14,6 +14,8 @@
 namespace RentSupport {
 
 void seedPortfolio(TestSite &site);
+// The six account settings of IDFILE.DAT above.
+QStringList accountItems();
 // A payment line as the processor sends it (no line end).
 QString line(int prop, int tenant, const QString &amount, const QString &date = u"11/02/2026"_qs,
     const QString &check = u"1001"_qs, const QString &method = u"ACH"_qs,

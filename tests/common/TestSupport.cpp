@@ -1,5 +1,6 @@
 #include "TestSupport.h"
 
+#include "app/IdFile.h"
 #include "core/RuntimeError.h"
 #include "core/TransferFile.h"
 
@@ -12,15 +13,20 @@
 TestSite::TestSite()
 {
     m_folder = m_dir.path();
-    state = std::make_unique<ProgramState>(prompter, m_folder);
-    state->DatabasePath = path(u"dxdatafl.db"_qs);
-    auto db = HostDb::openSqlite(state->DatabasePath, true);
-    db->createSchema();
-    state->setHostDb(std::move(db));
+    HostDb::openSqlite(path(u"dxdatafl.db"_qs), true)->createSchema();
+    state = openFolder(prompter, m_folder);
     state->ProcessorUrl = u"http://127.0.0.1:9/qps/upload.php"_qs;
     state->ProcessorUser = u"user"_qs;
     state->ProcessorPassword = u"secret"_qs;
     state->LoginMissing = false;
+}
+
+std::unique_ptr<ProgramState> openFolder(
+    Prompter &prompter, const QString &folder, RemitraStore::Connection store)
+{
+    auto state = std::make_unique<ProgramState>(prompter, folder);
+    state->DatabasePath = folder + u"/dxdatafl.db"_qs;
+    state->setHostDb(HostDb::openSqlite(state->DatabasePath), store);
     state->SiteCode = u"DXRM"_qs;
     state->SetupUploadName = u"DX_Quenta_Setup_DXRM.txt"_qs;
     state->TenantUploadName = u"DX_Quenta_Tenant_DXRM.txt"_qs;
@@ -28,6 +34,9 @@ TestSite::TestSite()
     state->OwnerUploadName = u"DX_Quenta_Owner_DXRM.txt"_qs;
     state->VendorUploadName = u"DX_Quenta_Vendor_DXRM.txt"_qs;
     state->DisbursementUploadName = u"DX_Quenta_DisbursementPayment.txt"_qs;
+    if (QFile::exists(state->pathOf(u"IDFILE.DAT"_qs)))
+        LoadIDFile(*state);
+    return state;
 }
 
 TestSite::~TestSite()
@@ -105,6 +114,15 @@ void TestSite::writeIdFile(const QStringList &six)
         state->IdItems[i] = six[i];
 }
 
+std::shared_ptr<ScriptedProcessorClient::Script> TestSite::scriptProcessor(
+    QList<ScriptedProcessorClient::Reply> replies)
+{
+    auto script = std::make_shared<ScriptedProcessorClient::Script>();
+    script->replies = std::move(replies);
+    state->ClientFactory = ScriptedProcessorClient::factory(script);
+    return script;
+}
+
 QByteArray TestSite::fileBytes(const QString &name) const
 {
     QFile f(m_folder + u'/' + name);
@@ -121,6 +139,21 @@ void TestSite::writeFile(const QString &name, const QByteArray &bytes)
     TransferFile::writeAtomicBytes(path(name), bytes);
 }
 
+QString ledgerSummary(HostDb &db)
+{
+    QSqlQuery q = run(db,
+        u"SELECT (SELECT count(*) FROM Transactions), (SELECT total(TCurrBal) FROM Tenants), "
+        "(SELECT total(UCurrBal) FROM Units), (SELECT count(*) FROM CheckEntered), "
+        "(SELECT count(*) FROM SplitChecks), (SELECT count(*) FROM CheckDepPrinted), "
+        "(SELECT count(*) FROM SplitPrintedChecks), (SELECT total(OCurrBal) FROM Owners)"_qs,
+        {});
+    q.next(); // one row
+    QStringList cells;
+    for (int i = 0; i < 8; ++i)
+        cells << q.value(i).toString();
+    return cells.join(u'|');
+}
+
 int raisedError(const std::function<void()> &body, QString *description)
 {
     try {
@@ -131,6 +164,11 @@ int raisedError(const std::function<void()> &body, QString *description)
         return e.number();
     }
     return 0;
+}
+
+void click(const QWidget &screen, const char *name)
+{
+    QTest::mouseClick(child(screen, name), Qt::LeftButton);
 }
 
 QString testData(const QString &relative)

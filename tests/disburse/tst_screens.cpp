@@ -5,6 +5,7 @@
 #include "disburse/LastBatchWindow.h"
 #include "disburse/PaymentListModel.h"
 #include "disburse/PaymentSelectionWindow.h"
+#include "hostdb/DisburseList.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -26,6 +27,14 @@ QList<Key> chosen(const PaymentSelectionWindow &form)
     return keys;
 }
 
+QList<qint64> checkIds(const QList<PaymentRow> &rows)
+{
+    QList<qint64> ids;
+    for (const PaymentRow &r : rows)
+        ids.append(r.CkID);
+    return ids;
+}
+
 } // namespace
 
 class TestScreens : public QObject
@@ -33,6 +42,65 @@ class TestScreens : public QObject
     Q_OBJECT
 
 private slots:
+    // Check 1 matches two owners, check 2 an owner's second pair and a
+    // vendor, check 8 both pairs of one owner (listed once), check 11 a
+    // second pair whose first pair lacks a first name. Owners carry minus
+    // their id. Not listed: inner blanks, OACH N/D, vendor id other than -1,
+    // VACH N, a pair with a missing part.
+    void listsEnrolledPayees()
+    {
+        TestSite site;
+        DisburseFixture::populate(site);
+        DisburseFixture::addCheck(site, u"Bob Lee"_qs, 5); // vendor id 0: the owner only
+        const QList<PaymentRow> rows = DisburseList::load(site.db(), u"Amount"_qs);
+        QList<PaymentRow::Key> keys;
+        for (const PaymentRow &r : rows)
+            keys.append(r.key());
+        std::sort(keys.begin(), keys.end());
+        QCOMPARE(keys,
+            (QList<PaymentRow::Key> { { 1, -5 }, { 1, -1 }, { 2, -1 }, { 2, 10 }, { 3, 8 },
+                { 8, -4 }, { 11, -6 }, { 12, -1 } }));
+        const PaymentRow &refund = rows.first();
+        QCOMPARE(refund.CkID, 11);
+        QCOMPARE(refund.CkAmount, Currency::fromRaw(-125000));
+        QCOMPARE(refund.CkInvoice + refund.CkNumber.toString() + refund.NameA, u"INV-7512Solo"_qs);
+
+        // The leading blank of " Bob Lee  " sorts it first; case is ignored.
+        // Entry order is the table's own, unsorted: owner rows, then vendor
+        // rows.
+        const std::pair<QString, QList<qint64>> sorts[]
+            = { { u"Payee"_qs, { 2, 2, 3, 1, 1, 12, 8, 11 } },
+                  { u"Date"_qs, { 11, 3, 2, 2, 12, 1, 1, 8 } },
+                  { u"Amount"_qs, { 11, 12, 8, 3, 2, 2, 1, 1 } },
+                  { u"Entry Order"_qs, { 1, 1, 2, 8, 11, 12, 2, 3 } } };
+        for (const auto &[item, order] : sorts)
+            QCOMPARE(checkIds(DisburseList::load(site.db(), item)), order);
+    }
+
+    // A check listed for two payees is marked on both rows, each naming the
+    // other; a check listed once is not.
+    void checksListedTwiceAreMarked()
+    {
+        TestSite site;
+        DisburseFixture::populate(site);
+        PaymentListModel model;
+        model.setRows(DisburseList::load(site.db(), u"Entry Order"_qs));
+        QStringList marked;
+        for (int r = 0; r < model.rowCount(); ++r) {
+            const QModelIndex cell = model.index(r, PaymentListModel::Payee);
+            if (cell.data(PaymentListModel::TwiceRole).toBool())
+                marked << cell.data(Qt::ToolTipRole).toString();
+        }
+        QCOMPARE(marked,
+            (QStringList { u"Owner 1: Ann Lee\nAlso listed for Owner 5: Ann Lee: pay this check "
+                           "once only."_qs,
+                u"Owner 5: Ann Lee\nAlso listed for Owner 1: Ann Lee: pay this check once "
+                "only."_qs,
+                u"Owner 1: Ann Lee\nAlso listed for Vendor 10: Bob Lee: pay this check once "
+                "only."_qs,
+                u"Vendor 10: Bob Lee\nAlso listed for Owner 1: Ann Lee: pay this check once "
+                "only."_qs }));
+    }
     // Click, Ctrl-click and Shift-click: the total follows every change and
     // the choice keeps the order it was made in, also across a new sort.
     void selectionAndTotal()
@@ -41,24 +109,24 @@ private slots:
         DisburseFixture::populate(site);
         PaymentSelectionWindow form(*site.state);
         form.show();
-        auto *grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
+        auto *grid = child<QTableView>(form, "gridMakePayments");
         auto *model = qobject_cast<PaymentListModel *>(grid->model());
-        auto *total = form.findChild<QLineEdit *>(u"txtTotalSelected"_qs);
-        auto click = [&](Key key, Qt::KeyboardModifiers mods = Qt::NoModifier) {
+        auto *total = child<QLineEdit>(form, "txtTotalSelected");
+        auto clickRow = [&](Key key, Qt::KeyboardModifiers mods = Qt::NoModifier) {
             QTest::mouseClick(grid->viewport(), Qt::LeftButton, mods,
                 grid->visualRect(model->index(model->find(key), 0)).center());
         };
         auto highlighted = [&] { return int(grid->selectionModel()->selectedRows().size()); };
-        click({ 11, -6 });
+        clickRow({ 11, -6 });
         QCOMPARE(total->text(), u"($12.50)"_qs);
-        click({ 8, -4 }, Qt::ControlModifier);
+        clickRow({ 8, -4 }, Qt::ControlModifier);
         QCOMPARE(total->text(), u"$27.50"_qs);
-        click({ 11, -6 }, Qt::ControlModifier);
+        clickRow({ 11, -6 }, Qt::ControlModifier);
         QCOMPARE(total->text(), u"$40.00"_qs);
-        click({ 3, 8 });
-        click({ 8, -4 }, Qt::ShiftModifier); // check 3, both rows of check 1, check 8
+        clickRow({ 3, 8 });
+        clickRow({ 8, -4 }, Qt::ShiftModifier); // check 3, both rows of check 1, check 8
         QCOMPARE(total->text(), u"$3,122.40"_qs);
-        click({ 11, -6 }, Qt::ControlModifier);
+        clickRow({ 11, -6 }, Qt::ControlModifier);
         QCOMPARE(total->text(), u"$3,109.90"_qs);
         const QList<Key> order = chosen(form);
         QCOMPARE(order.size(), 5);
@@ -66,16 +134,16 @@ private slots:
         QCOMPARE(order[1].first + order[2].first, 2);
         QCOMPARE(order.mid(3), (QList<Key> { { 8, -4 }, { 11, -6 } }));
 
-        form.findChild<QComboBox *>(u"optSortBy"_qs)->setCurrentText(u"Amount"_qs);
+        child<QComboBox>(form, "optSortBy")->setCurrentText(u"Amount"_qs);
         QCOMPARE(model->row(0).CkID, 11);
         QCOMPARE(total->text(), u"$3,109.90"_qs);
         QCOMPARE(highlighted(), 5);
         QCOMPARE(chosen(form), order);
 
-        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdSelectAll"_qs), Qt::LeftButton);
+        click(form, "cmdSelectAll");
         QCOMPARE(total->text(), u"$3,610.90"_qs);
         QCOMPARE(highlighted(), 7);
-        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdDeSelectAll"_qs), Qt::LeftButton);
+        click(form, "cmdDeSelectAll");
         QCOMPARE(total->text(), u"0"_qs);
         QCOMPARE(highlighted() + chosen(form).size(), 0);
     }
@@ -90,11 +158,11 @@ private slots:
         auto script = DisburseFixture::answering(site, 200, u"O%4,B8,0\n"_qs);
         PaymentSelectionWindow form(*site.state);
         form.show();
-        auto *grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
+        auto *grid = child<QTableView>(form, "gridMakePayments");
         auto *model = qobject_cast<PaymentListModel *>(grid->model());
-        auto *total = form.findChild<QLineEdit *>(u"txtTotalSelected"_qs);
-        auto *pay = form.findChild<QPushButton *>(u"cmdMakePaymentsNow"_qs);
-        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdSelectAll"_qs), Qt::LeftButton);
+        auto *total = child<QLineEdit>(form, "txtTotalSelected");
+        auto *pay = child<QPushButton>(form, "cmdMakePaymentsNow");
+        click(form, "cmdSelectAll");
         site.db().execText(u"DELETE FROM CheckEntered WHERE CkID = 3"_qs, "test");
         site.db().execText(u"UPDATE CheckEntered SET CkAmount = 45 WHERE CkID = 8"_qs, "test");
 
@@ -114,7 +182,7 @@ private slots:
         QCOMPARE(total->text(), u"$3,488.50"_qs);
 
         // Chosen again, the check goes out and is posted at its new amount.
-        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdDeSelectAll"_qs), Qt::LeftButton);
+        click(form, "cmdDeSelectAll");
         grid->selectRow(model->find({ 8, -4 }));
         site.prompter.clear();
         QTest::mouseClick(pay, Qt::LeftButton);
@@ -159,7 +227,7 @@ private slots:
             site.writeFile(DistributionFile::LastUploadName, file);
         LastBatchWindow form(*site.state);
         QCOMPARE(form.windowTitle(), u"Last Batch Processed"_qs);
-        auto *grid = form.findChild<QTableWidget *>(u"gridShowLast"_qs);
+        auto *grid = child<QTableWidget>(form, "gridShowLast");
         QCOMPARE(grid->columnCount(), 7);
         QStringList rows;
         for (int r = 0; r < grid->rowCount(); ++r) {

@@ -16,7 +16,6 @@
 #include "processor/ProcessorCall.h"
 
 #include <QLineEdit>
-#include <QPushButton>
 #include <QTableView>
 #include <QTest>
 
@@ -47,14 +46,14 @@ private slots:
 
         PaymentSelectionWindow form(*site.state);
         form.show();
-        auto *grid = form.findChild<QTableView *>(u"gridMakePayments"_qs);
+        auto *grid = child<QTableView>(form, "gridMakePayments");
         auto *model = qobject_cast<PaymentListModel *>(grid->model());
         for (const PaymentRow::Key &key :
             { PaymentRow::Key { 1, -1 }, { 8, -4 }, { 3, 8 }, { 11, -6 } })
             QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::ControlModifier,
                 grid->visualRect(model->index(model->find(key), 0)).center());
         site.prompter.queueAnswers({ Prompter::Answer::Yes, Prompter::Answer::Yes });
-        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdMakePaymentsNow"_qs), Qt::LeftButton);
+        click(form, "cmdMakePaymentsNow");
 
         const QByteArray sent = "B1|O1|March owner draw|1500\r\nB8|O%4||40\r\n"
                                 "B3|V8|Repairs unit 4|82.4\r\nB11|O%6|Refund |x|12.5\r\n";
@@ -85,7 +84,7 @@ private slots:
         QVERIFY(site.prompter.texts()[2].contains(
             u"(Error 4) "_qs + ResponseMatcher::notSetUpReason()));
         QCOMPARE(site.prompter.texts().last(), DistributionRun::completeText());
-        QCOMPARE(form.findChild<QLineEdit *>(u"txtTotalSelected"_qs)->text(), u"0"_qs);
+        QCOMPARE(child<QLineEdit>(form, "txtTotalSelected")->text(), u"0"_qs);
     }
 };
 

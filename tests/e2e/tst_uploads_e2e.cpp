@@ -9,15 +9,8 @@
 #include "uploads/UploadAll.h"
 
 #include <QLineEdit>
-#include <QPushButton>
 #include <QTableView>
 #include <QTest>
-
-namespace {
-
-const QString Success = u"Successful connection to Quenta Payment Services!"_qs;
-
-} // namespace
 
 class TestUploadsE2e : public QObject
 {
@@ -47,7 +40,7 @@ private slots:
     {
         auto s = site();
         QVERIFY(UploadAll(*s->state));
-        QCOMPARE(s->prompter.texts(), QStringList { Success });
+        QCOMPARE(s->prompter.texts(), QStringList { ProductTexts::success });
         const auto got = sandbox->received();
         QCOMPARE(got.size(), 1);
         QCOMPARE(got[0].path, u"/qps/upload.php"_qs);
@@ -63,13 +56,13 @@ private slots:
         OwnerEnrolmentDialog screen(*s->state);
         screen.show();
         // Owner 13's flag typed as the user does.
-        auto *grid = screen.findChild<QTableView *>(u"gridACH"_qs);
+        auto *grid = child<QTableView>(screen, "gridACH");
         int row = 0;
         while (grid->model()->index(row, 0).data().toString() != u"13"_qs)
             QVERIFY(++row < grid->model()->rowCount());
         grid->setCurrentIndex(grid->model()->index(row, 5));
         QTest::keyClicks(grid, u"n"_qs);
-        QTest::keyClick(grid->findChild<QLineEdit *>(u"flagEditor"_qs), Qt::Key_Return);
+        QTest::keyClick(child<QLineEdit>(*grid, "flagEditor"), Qt::Key_Return);
         QCoreApplication::processEvents(); // the editor commits after the key
         screen.close();
         const auto got = sandbox->received();

@@ -1,8 +1,6 @@
 #include "RentSupport.h"
-#include "ScriptedProcessorClient.h"
 #include "UploadsFixture.h"
 
-#include "app/MainMenuWindow.h"
 #include "history/HistoryWindow.h"
 #include "hostdb/Journal.h"
 #include "uploads/VendorFile.h"
@@ -20,7 +18,7 @@
 
 // The History screen over a site with a vendor upload and a rent posting:
 // the list and its filters, a run's details, its file in the viewer,
-// exports, PDF, and the reversal of a posting from the screen.
+// exports and PDF. The reversal from the screen: tests/e2e/tst_rent_e2e.
 namespace {
 
 struct Site
@@ -29,8 +27,7 @@ struct Site
     {
         UploadsFixture::addVendors(site);
         RentSupport::seedPortfolio(site);
-        site.state->ClientFactory
-            = ScriptedProcessorClient::factory(std::make_shared<ScriptedProcessorClient::Script>());
+        site.scriptProcessor();
         UploadVendorFile(*site.state);
         PostingChoices c;
         c.depositNumber = u"3"_qs;
@@ -38,14 +35,6 @@ struct Site
             { RentSupport::line(10, 100, u"1000"_qs), RentSupport::line(20, 200, u"40.5"_qs) });
         RentSupport::post(site, RentSupport::load(site), c);
         site.prompter.clear();
-    }
-
-    template <typename T> T *child(QWidget &w, const char *name)
-    {
-        T *found = w.findChild<T *>(QString::fromLatin1(name));
-        if (!found)
-            qFatal("no %s", name);
-        return found;
     }
 
     TestSite site;
@@ -71,29 +60,29 @@ private slots:
         Site s;
         HistoryWindow screen(*s.site.state);
         QCOMPARE(screen.windowTitle(), u"Remitra History"_qs);
-        auto *runs = s.child<QTableView>(screen, "gridRuns");
+        auto *runs = child<QTableView>(screen, "gridRuns");
         QCOMPARE(column(runs, 2), (QStringList { u"Rent posting"_qs, u"Vendor upload"_qs }));
         QCOMPARE(column(runs, 4).first(), u"$1,040.50"_qs);
         QCOMPARE(column(runs, 5), (QStringList { u"Posted"_qs, u"Successful (200)"_qs }));
 
         // The newest run is chosen: its lines, rows, messages and file.
-        QCOMPARE(s.child<QTableView>(screen, "gridLines")->model()->rowCount(), 2);
-        QCOMPARE(s.child<QTableView>(screen, "gridRows")->model()->rowCount(), 2 + 4 + 1 + 2);
-        QCOMPARE(column(s.child<QTableView>(screen, "gridMessages"), 2),
-            { u"Your Dwellix Ledgers are now updated."_qs });
-        QVERIFY(s.child<QPushButton>(screen, "cmdReverse")->isEnabled());
+        QCOMPARE(child<QTableView>(screen, "gridLines")->model()->rowCount(), 2);
+        QCOMPARE(child<QTableView>(screen, "gridRows")->model()->rowCount(), 2 + 4 + 1 + 2);
+        QCOMPARE(
+            column(child<QTableView>(screen, "gridMessages"), 2), { ProductTexts::ledgersUpdated });
+        QVERIFY(child<QPushButton>(screen, "cmdReverse")->isEnabled());
 
-        auto *kind = s.child<QComboBox>(screen, "cboKind");
+        auto *kind = child<QComboBox>(screen, "cboKind");
         kind->setCurrentText(u"Vendor upload"_qs);
         QCOMPARE(column(runs, 2), { u"Vendor upload"_qs });
-        QVERIFY(!s.child<QPushButton>(screen, "cmdReverse")->isEnabled());
+        QVERIFY(!child<QPushButton>(screen, "cmdReverse")->isEnabled());
         kind->setCurrentIndex(0);
-        s.child<QDateEdit>(screen, "dtpFrom")->setDate(QDate::currentDate().addDays(1));
-        s.child<QDateEdit>(screen, "dtpTo")->setDate(QDate::currentDate().addDays(2));
-        s.child<QCheckBox>(screen, "chkDates")->setChecked(true);
+        child<QDateEdit>(screen, "dtpFrom")->setDate(QDate::currentDate().addDays(1));
+        child<QDateEdit>(screen, "dtpTo")->setDate(QDate::currentDate().addDays(2));
+        child<QCheckBox>(screen, "chkDates")->setChecked(true);
         QCOMPARE(runs->model()->rowCount(), 0);
-        QCOMPARE(s.child<QLabel>(screen, "labRun")->text(),
-            u"No run of this kind or in these dates."_qs);
+        QCOMPARE(
+            child<QLabel>(screen, "labRun")->text(), u"No run of this kind or in these dates."_qs);
 
         // Every input is named by a label (for keyboard and screen reader).
         for (const char *input : { "cboKind", "dtpFrom", "dtpTo", "gridRuns" }) {
@@ -115,9 +104,9 @@ private slots:
             chosen << name;
             return s.site.path(name);
         });
-        QTest::mouseClick(s.child<QPushButton>(screen, "cmdExportList"), Qt::LeftButton);
-        QTest::mouseClick(s.child<QPushButton>(screen, "cmdExportRun"), Qt::LeftButton);
-        QTest::mouseClick(s.child<QPushButton>(screen, "cmdPdf"), Qt::LeftButton);
+        QTest::mouseClick(child<QPushButton>(screen, "cmdExportList"), Qt::LeftButton);
+        QTest::mouseClick(child<QPushButton>(screen, "cmdExportRun"), Qt::LeftButton);
+        QTest::mouseClick(child<QPushButton>(screen, "cmdPdf"), Qt::LeftButton);
         const qint64 run = screen.currentRun()->id;
         QCOMPARE(chosen,
             (QStringList { u"remitra-history.csv"_qs, u"remitra-run-%1.csv"_qs.arg(run),
@@ -141,52 +130,17 @@ private slots:
         HistoryWindow screen(*s.site.state);
         const Journal::File file
             = Journal(s.site.state->store()).files(screen.currentRun()->id).first();
-        QTest::mouseClick(s.child<QPushButton>(screen, "cmdViewFile"), Qt::LeftButton);
+        QTest::mouseClick(child<QPushButton>(screen, "cmdViewFile"), Qt::LeftButton);
         QWidget *viewer = nullptr;
         for (QWidget *w : QApplication::topLevelWidgets())
             if (w->objectName() == u"frmViewFiles"_qs && w->isVisible())
                 viewer = w;
         QVERIFY(viewer);
-        auto *list = s.child<QListWidget>(*viewer, "lstFileContents");
+        auto *list = child<QListWidget>(*viewer, "lstFileContents");
         QCOMPARE(list->item(0)->text(), RentSupport::line(10, 100, u"1000"_qs) + u'\r');
-        QVERIFY(!s.child<QPushButton>(*viewer, "cmdDelete")->isEnabled());
-        QVERIFY(
-            s.child<QLabel>(*viewer, "labShown")->text().contains(file.archive.section(u'/', 1)));
+        QVERIFY(!child<QPushButton>(*viewer, "cmdDelete")->isEnabled());
+        QVERIFY(child<QLabel>(*viewer, "labShown")->text().contains(file.archive.section(u'/', 1)));
         viewer->close();
-    }
-
-    void reverseFromTheScreen()
-    {
-        Site s;
-        HistoryWindow screen(*s.site.state);
-        const qint64 run = screen.currentRun()->id;
-        s.site.prompter.queueAnswer(Prompter::Answer::Yes);
-        QTest::mouseClick(s.child<QPushButton>(screen, "cmdReverse"), Qt::LeftButton);
-        QCOMPARE(screen.currentRun()->id, run);
-        QCOMPARE(Journal::resultText(*screen.currentRun()), u"Reversed (run %1)"_qs.arg(run + 1));
-        QVERIFY(!s.child<QPushButton>(screen, "cmdReverse")->isEnabled());
-        // Its file is waiting again, so there is nothing to put back.
-        QVERIFY(!s.child<QPushButton>(screen, "cmdPutBack")->isEnabled());
-        QCOMPARE(s.site.scalar(u"SELECT count(*) FROM Transactions"_qs).toInt(), 0);
-        QCOMPARE(column(s.child<QTableView>(screen, "gridRuns"), 2).first(),
-            u"Reversal of a rent posting"_qs);
-    }
-
-    void openedFromTheMainMenu()
-    {
-        Site s;
-        MainMenuWindow menu(*s.site.state);
-        auto *history = s.child<QPushButton>(menu, "cmdHistory");
-        QCOMPARE(history->text(), u"&History"_qs);
-        // Outside the four framed groups.
-        QCOMPARE(history->parentWidget(), &menu);
-        QTest::mouseClick(history, Qt::LeftButton);
-        QWidget *screen = nullptr;
-        for (QWidget *w : QApplication::topLevelWidgets())
-            if (w->windowTitle() == u"Remitra History"_qs && w->isVisible())
-                screen = w;
-        QVERIFY(screen);
-        screen->close();
     }
 };
 

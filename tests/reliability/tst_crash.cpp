@@ -1,7 +1,6 @@
 #include "RentSupport.h"
 #include "SandboxProcess.h"
 
-#include "app/IdFile.h"
 #include "core/ScriptedPrompter.h"
 #include "core/TransferFile.h"
 #include "disburse/DistributionFile.h"
@@ -10,9 +9,13 @@
 #include "hostdb/DisburseList.h"
 #include "hostdb/DistributionRecord.h"
 #include "hostdb/HostDb.h"
+#include "hostdb/Journal.h"
+#include "hostdb/JournalRecovery.h"
+#include "hostdb/RentPostingRecord.h"
 #include "processor/HttpProcessorClient.h"
 #include "processor/RentDownload.h"
 #include "rent/PaymentFile.h"
+#include "rent/ReversePosting.h"
 #include "rent/UpdateLedgers.h"
 
 #include <QApplication>
@@ -48,12 +51,6 @@ constexpr int kChecks = 2000;
 // the rejection questions are kill points too).
 constexpr double kLimit = 2493.75;
 
-const QString kAllSummary
-    = u"SELECT (SELECT count(*) FROM Transactions), (SELECT total(TCurrBal) FROM Tenants), "
-      "(SELECT total(UCurrBal) FROM Units), (SELECT count(*) FROM CheckEntered), "
-      "(SELECT count(*) FROM SplitChecks), (SELECT count(*) FROM CheckDepPrinted), "
-      "(SELECT count(*) FROM SplitPrintedChecks), (SELECT total(OCurrBal) FROM Owners)"_qs;
-
 int killPoints()
 {
     const int n = qEnvironmentVariableIntValue("REMITRA_KILL_POINTS");
@@ -65,7 +62,10 @@ int killPoints()
 class TellingPrompter : public ScriptedPrompter
 {
 public:
-    explicit TellingPrompter(int stopAt) : m_stopAt(stopAt) {}
+    explicit TellingPrompter(int stopAt)
+        : m_stopAt(stopAt)
+    {
+    }
     void notice(const QString &text, const QString &title, Icon icon) override
     {
         ScriptedPrompter::notice(text, title, icon);
@@ -114,18 +114,8 @@ struct FolderState
 
     explicit FolderState(const QString &folder, std::unique_ptr<ScriptedPrompter> who = {})
         : prompter(who ? std::move(who) : std::make_unique<ScriptedPrompter>())
+        , state(openFolder(*prompter, folder))
     {
-        state = std::make_unique<ProgramState>(*prompter, folder);
-        state->DatabasePath = folder + u"/dxdatafl.db"_qs;
-        state->setHostDb(HostDb::openSqlite(state->DatabasePath));
-        state->SiteCode = u"DXRM"_qs;
-        state->SetupUploadName = u"DX_Quenta_Setup_DXRM.txt"_qs;
-        state->TenantUploadName = u"DX_Quenta_Tenant_DXRM.txt"_qs;
-        state->OwnerUploadName = u"DX_Quenta_Owner_DXRM.txt"_qs;
-        state->VendorUploadName = u"DX_Quenta_Vendor_DXRM.txt"_qs;
-        state->PaymentDownloadName = u"DX_Quenta_PaymentFile.txt"_qs;
-        state->DisbursementUploadName = u"DX_Quenta_DisbursementPayment.txt"_qs;
-        LoadIDFile(*state);
     }
 
     void useSandbox(const QString &url)
@@ -136,16 +126,7 @@ struct FolderState
         state->ClientFactory = [] { return std::make_unique<HttpProcessorClient>(30); };
     }
 
-    QString summary() const
-    {
-        QSqlQuery q(state->db().database());
-        if (!q.exec(kAllSummary) || !q.next())
-            qFatal("summary failed");
-        QStringList cells;
-        for (int i = 0; i < 8; ++i)
-            cells << q.value(i).toString();
-        return cells.join(u'|');
-    }
+    QString summary() const { return ledgerSummary(state->db()); }
 
     QStringList column(const QString &sql) const
     {
@@ -173,8 +154,8 @@ PostingChoices rentChoices()
 // before it starts.
 int runHelper(const QString &job, const QString &folder)
 {
-    FolderState site(folder,
-        std::make_unique<TellingPrompter>(qEnvironmentVariableIntValue("REMITRA_STOP_AT")));
+    FolderState site(
+        folder, std::make_unique<TellingPrompter>(qEnvironmentVariableIntValue("REMITRA_STOP_AT")));
     site.useSandbox(qEnvironmentVariable("REMITRA_CRASH_URL"));
     QTextStream out(stdout);
     if (job == u"download"_qs) {
@@ -194,6 +175,17 @@ int runHelper(const QString &job, const QString &folder)
     bool stop = false; // every rejection is asked about
     out << "ready" << Qt::endl;
     return DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}) ? 0 : 4;
+}
+
+// A program folder with a copy of the seed's host database and its other files.
+QString folderFrom(TestSite &seed, const QString &folder)
+{
+    QDir().mkpath(folder);
+    seed.db().execText(u"VACUUM INTO '"_qs + folder + u"/dxdatafl.db'"_qs, "test");
+    for (const QString &name : QDir(seed.folder()).entryList(QDir::Files))
+        if (!name.startsWith(u"dxdatafl"_qs) && !name.startsWith(u"remitra"_qs))
+            QFile::copy(seed.path(name), folder + u'/' + name);
+    return folder;
 }
 
 void copyFolder(const QString &from, const QString &to)
@@ -297,11 +289,60 @@ QList<KillPoint> killPointsFor(const Run &whole)
     return points;
 }
 
-// The processor has taken the request and not yet answered when the
-// program dies.
-KillPoint duringTheCall()
+// The program killed between the host's commit and the journal's: a helper
+// process (this program started again with REMITRA_JOURNAL_CRASH set) posts, or reverses a posting,
+// and kills itself at a named point of the commit. With the store on its own connection (the Access
+// host's order of writes) the journal entry is then pending; the next start settles it from the
+// host, and nothing is posted twice or lost. Attached to the SQLite host there is one commit, and
+// nothing is ever pending.
+PostingChoices commitChoices()
 {
-    return { 0, 2000, true };
+    PostingChoices c;
+    c.postMgmtFees = true;
+    c.depositNumber = u"12"_qs;
+    return c;
+}
+
+RemitraStore::Connection storeOn(bool ownConnection)
+{
+    return ownConnection ? RemitraStore::Connection::OwnConnection
+                         : RemitraStore::Connection::Attached;
+}
+
+int runCommitHelper()
+{
+    const QString job = qEnvironmentVariable("REMITRA_JOURNAL_CRASH");
+    const QByteArray point = qgetenv("REMITRA_KILL_AT");
+    ScriptedPrompter prompter;
+    prompter.queueAnswer(Prompter::Answer::Yes);
+    auto state = openFolder(prompter, qEnvironmentVariable("REMITRA_FOLDER"),
+        storeOn(qEnvironmentVariableIntValue("REMITRA_OWN_STORE") != 0));
+    state->store().setCheckpoint([&](const char *where) {
+        if (point == where)
+            ::raise(SIGKILL);
+    });
+    if (job == u"post"_qs) {
+        const PaymentFile::LoadResult loaded = PaymentFile::load(*state);
+        return UpdateLedgers::run(*state, loaded.rows, commitChoices(), loaded.fileSha256) ? 0 : 4;
+    }
+    return ReversePosting::run(*state, Journal(state->store()).runs().first().id) ? 0 : 4;
+}
+
+// Runs the commit helper; true when it was killed.
+bool killedHelper(const QString &job, const QString &folder, bool own, const QString &point)
+{
+    QProcess helper;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(u"REMITRA_JOURNAL_CRASH"_qs, job);
+    env.insert(u"REMITRA_FOLDER"_qs, folder);
+    env.insert(u"REMITRA_OWN_STORE"_qs, own ? u"1"_qs : u"0"_qs);
+    env.insert(u"REMITRA_KILL_AT"_qs, point);
+    helper.setProcessEnvironment(env);
+    helper.setProcessChannelMode(QProcess::ForwardedChannels);
+    helper.start(QCoreApplication::applicationFilePath(), {});
+    if (!helper.waitForFinished(60000))
+        qFatal("the helper did not end");
+    return helper.exitStatus() == QProcess::CrashExit;
 }
 
 } // namespace
@@ -322,8 +363,8 @@ class TestCrash : public QObject
             args << u"--state"_qs << folder + u"/sandbox.json"_qs;
         }
         args << u"--payment-limit"_qs << QString::number(kLimit);
-        auto sandbox = std::make_unique<SandboxProcess>(
-            u"sandbox-user"_qs, u"sandbox-pass"_qs, args);
+        auto sandbox
+            = std::make_unique<SandboxProcess>(u"sandbox-user"_qs, u"sandbox-pass"_qs, args);
         if (!sandbox->isRunning())
             qFatal("sandbox did not start");
         return sandbox;
@@ -338,10 +379,8 @@ private slots:
         RentSupport::seedLargePortfolio(seed, kTenants);
         RentSupport::writeLargePaymentFile(seed, kTenants, 200);
         const QByteArray payments = seed.fileBytes(seed.state->PaymentDownloadName);
-        const QString folder = work.path() + u"/download"_qs;
-        QDir().mkpath(folder);
-        seed.db().execText(u"VACUUM INTO '"_qs + folder + u"/dxdatafl.db'"_qs, "test");
-        QFile::copy(seed.path(u"IDFILE.DAT"_qs), folder + u"/IDFILE.DAT"_qs);
+        QFile::remove(seed.path(seed.state->PaymentDownloadName));
+        const QString folder = folderFrom(seed, work.path() + u"/download"_qs);
 
         auto sandbox = sandboxFor(folder, {});
         QStringList lines = QString::fromLatin1(payments).split(u"\r\n"_qs);
@@ -364,12 +403,7 @@ private slots:
         RentSupport::seedLargePortfolio(seed, kTenants);
         RentSupport::writeLargePaymentFile(seed, kTenants, kPayments);
         const QByteArray payments = seed.fileBytes(seed.state->PaymentDownloadName);
-        const QString templ = work.path() + u"/rent-template"_qs;
-        QDir().mkpath(templ);
-        seed.db().execText(u"VACUUM INTO '"_qs + templ + u"/dxdatafl.db'"_qs, "test");
-        for (const QString &name : QDir(seed.folder()).entryList(QDir::Files))
-            if (!name.startsWith(u"dxdatafl"_qs) && !name.startsWith(u"remitra"_qs))
-                QFile::copy(seed.path(name), templ + u'/' + name);
+        const QString templ = folderFrom(seed, work.path() + u"/rent-template"_qs);
 
         const QString before = FolderState(templ).summary();
         const QString full = work.path() + u"/rent-full"_qs;
@@ -398,8 +432,8 @@ private slots:
             if (now == before) {
                 ++atBefore;
                 QCOMPARE(loaded.rows.size(), std::size_t(kPayments));
-                QVERIFY(UpdateLedgers::run(
-                    *site.state, loaded.rows, rentChoices(), loaded.fileSha256));
+                QVERIFY(
+                    UpdateLedgers::run(*site.state, loaded.rows, rentChoices(), loaded.fileSha256));
             } else {
                 ++atAfter;
                 // Posted: nothing is offered again, whenever the kill came.
@@ -438,13 +472,8 @@ private slots:
                     "CkType, CkPostTo) SELECT CkID, 10, 4000, CkID % %1 + 1, 'C', code FROM "
                     "CheckEntered, (SELECT 'O' AS code UNION ALL SELECT 'P')"_qs.arg(kOwners),
             "test");
-        seed.writeIdFile({ u"Rent Income;4000;B"_qs, u"Rent received;1"_qs,
-            u"Management Fee;6100;U"_qs, u"Mgmt"_qs, u"Late Fee Received;4100;T"_qs,
-            u"Late fee;2"_qs });
-        const QString templ = work.path() + u"/disb-template"_qs;
-        QDir().mkpath(templ);
-        db.execText(u"VACUUM INTO '"_qs + templ + u"/dxdatafl.db'"_qs, "test");
-        QFile::copy(seed.path(u"IDFILE.DAT"_qs), templ + u"/IDFILE.DAT"_qs);
+        seed.writeIdFile(RentSupport::accountItems());
+        const QString templ = folderFrom(seed, work.path() + u"/disb-template"_qs);
         // The processor knows every owner as active.
         QJsonObject payees;
         for (int i = 1; i <= kOwners; ++i)
@@ -474,7 +503,9 @@ private slots:
 
         int clean = 0, unanswered = 0;
         QList<KillPoint> points = killPointsFor(whole);
-        points.append(duringTheCall());
+        // The processor has taken the request and not yet answered when the
+        // program dies.
+        points.append({ 0, 2000, true });
         for (const KillPoint &at : std::as_const(points)) {
             const QString folder = work.path() + u"/disb-"_qs + at.name();
             copyFolder(templ, folder);
@@ -541,10 +572,90 @@ private slots:
     }
 
     void cleanupTestCase() { qInfo("%d helpers killed in all", tried); }
+
+    void postingKilledBetweenTheCommits_data()
+    {
+        QTest::addColumn<bool>("own");
+        QTest::addColumn<QString>("point");
+        QTest::addColumn<bool>("posted");
+        QTest::newRow("own store, after the host's commit") << true << u"host committed"_qs << true;
+        QTest::newRow("own store, before the host's commit")
+            << true << u"journal pending"_qs << false;
+        QTest::newRow("attached, after the one commit") << false << u"host committed"_qs << true;
+    }
+    void postingKilledBetweenTheCommits()
+    {
+        QFETCH(bool, own);
+        QFETCH(QString, point);
+        QFETCH(bool, posted);
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        RentSupport::writePaymentFile(site,
+            { RentSupport::line(10, 100, u"1000"_qs), RentSupport::line(20, 200, u"400"_qs) });
+        const QStringList before = RentSupport::hostRows(site);
+        site.state.reset();
+        QVERIFY(killedHelper(u"post"_qs, site.folder(), own, point));
+
+        // The next start.
+        site.state = openFolder(site.prompter, site.folder(), storeOn(own));
+        Journal journal(site.state->store());
+        QCOMPARE(journal.runs().first().result.state, own ? Journal::Pending : Journal::Posted);
+        JournalRecovery::settle(site.db(), site.state->store());
+        const Journal::Run run = journal.runs().first();
+        QCOMPARE(run.result.state, posted ? Journal::Posted : Journal::RolledBack);
+
+        // What the review screen offers now, posted: each payment once.
+        const PaymentFile::LoadResult loaded = PaymentFile::load(*site.state);
+        if (posted) {
+            QCOMPARE(loaded.status, PaymentFile::LoadStatus::FileMissing);
+            QVERIFY(!RentPostingRecord(site.state->store()).completedAt(run.fileSha256).isEmpty());
+        } else {
+            QCOMPARE(RentSupport::hostRows(site), before);
+            QCOMPARE(loaded.rows.size(), std::size_t(2));
+            QVERIFY(
+                UpdateLedgers::run(*site.state, loaded.rows, commitChoices(), loaded.fileSha256));
+            QCOMPARE(journal.runs().first().result.state, Journal::Posted);
+        }
+        QCOMPARE(
+            site.scalar(u"SELECT count(*) FROM Transactions WHERE TransType = 'I'"_qs).toInt(), 2);
+        QCOMPARE(site.scalar(u"SELECT total(TCurrBal) FROM Tenants"_qs).toInt(), 1400);
+    }
+
+    // A reversal killed after the host's commit: settled as reversed, its
+    // payments no longer recorded as posted, and its file put back from
+    // History, as the program that died could not.
+    void reversalKilledAfterTheHostsCommit()
+    {
+        TestSite site;
+        site.state->setHostDb(
+            HostDb::openSqlite(site.state->DatabasePath), RemitraStore::Connection::OwnConnection);
+        RentSupport::seedPortfolio(site);
+        RentSupport::writePaymentFile(site, { RentSupport::line(10, 100, u"1000"_qs) });
+        const QStringList before = RentSupport::hostRows(site);
+        QVERIFY(RentSupport::post(site, RentSupport::load(site), commitChoices()));
+        const qint64 posting = Journal(site.state->store()).runs().first().id;
+        site.state.reset();
+        QVERIFY(killedHelper(u"reverse"_qs, site.folder(), true, u"host committed"_qs));
+
+        site.state = openFolder(site.prompter, site.folder(), storeOn(true));
+        QCOMPARE(RentSupport::hostRows(site), before);
+        JournalRecovery::settle(site.db(), site.state->store());
+        Journal journal(site.state->store());
+        const Journal::Run run = *journal.run(posting);
+        QCOMPARE(run.result.state, Journal::Reversed);
+        QVERIFY(RentPostingRecord(site.state->store()).lines(run.fileSha256).isEmpty());
+        QVERIFY(ReversePosting::canPutBack(*site.state, run));
+        QVERIFY(ReversePosting::putBack(*site.state, posting));
+        QCOMPARE(PaymentFile::load(*site.state).rows.size(), std::size_t(1));
+    }
 };
 
 int main(int argc, char **argv)
 {
+    if (qEnvironmentVariableIsSet("REMITRA_JOURNAL_CRASH")) {
+        QCoreApplication app(argc, argv);
+        return runCommitHelper();
+    }
     const QString job = qEnvironmentVariable("REMITRA_CRASH_HELPER");
     if (!job.isEmpty()) {
         QCoreApplication app(argc, argv);

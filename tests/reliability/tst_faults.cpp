@@ -13,8 +13,8 @@
 #include <QTest>
 
 // A failing processor, end to end through the HTTP client and the sandbox:
-// every status code of the result table, no answer in time, a refused
-// connection, a body cut short, a very large body and a body of binary bytes.
+// error statuses, no answer in time, a refused connection, a body cut short,
+// a very large body and a body of binary bytes.
 // For each: the message the user sees, the files left in the program's
 // folder, and the ledgers and entered checks, which only an accepted answer
 // may change.
@@ -27,8 +27,9 @@ class TestFaults : public QObject
     // The program's client, with the time-out the program is given.
     static void useProgramClient(ProgramState &state)
     {
-        state.ClientFactory
-            = [&state] { return std::make_unique<HttpProcessorClient>(state.ProcessorTimeoutSeconds); };
+        state.ClientFactory = [&state] {
+            return std::make_unique<HttpProcessorClient>(state.ProcessorTimeoutSeconds);
+        };
     }
 
     void pointAtSandbox(TestSite &site)
@@ -42,28 +43,13 @@ class TestFaults : public QObject
     {
         QStringList out;
         QDir dir(site.folder());
-        for (const QString &name :
-            dir.entryList(QDir::Files | QDir::Hidden | QDir::System | QDir::Dirs | QDir::NoDotAndDotDot)) {
+        for (const QString &name : dir.entryList(
+                 QDir::Files | QDir::Hidden | QDir::System | QDir::Dirs | QDir::NoDotAndDotDot)) {
             if (!name.startsWith(u"dxdatafl"_qs) && !name.startsWith(u"remitra.db"_qs))
                 out << name;
         }
         out.sort();
         return out;
-    }
-
-    static QString ledgers(TestSite &site)
-    {
-        return DisburseFixture::dump(site,
-            u"SELECT (SELECT count(*) FROM Transactions), (SELECT total(TCurrBal) FROM Tenants), "
-            "(SELECT total(UCurrBal) FROM Units), (SELECT count(*) FROM CheckEntered), "
-            "(SELECT count(*) FROM SplitChecks), (SELECT count(*) FROM CheckDepPrinted), "
-            "(SELECT total(OCurrBal) FROM Owners)"_qs);
-    }
-
-    static QString catchAll(int code)
-    {
-        return u"The action could not be performed because of the following error: "_qs
-            + QString::number(code) + u"\r\rPlease notify us of this error."_qs;
     }
 
 private slots:
@@ -75,143 +61,79 @@ private slots:
     void init() { sandbox->clearReceived(); }
     void cleanupTestCase() { sandbox.reset(); }
 
-    void rentDownloadOnEachStatus_data()
+    void failedCalls_data()
     {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("401") << 401
-                             << u"The action could not be performed because of the authorization failed for "
-                                "the user name, URL, or password. Please reset your URL, User Name and "
-                                "Password from the main Remitra screen"_qs;
-        QTest::newRow("403") << 403
-                             << u"The action could not be performed because of a wrong user name, URL or "
-                                "password. Please reset your URL, User Name and Password from the main "
-                                "Remitra screen."_qs;
-        QTest::newRow("404") << 404
-                             << u"The action could not be performed because the URL was not found. Please "
-                                "reset your URL, User Name and Password from the main Remitra screen"_qs;
-        QTest::newRow("501") << 501
-                             << u"The action could not be performed because the server is unavailable or "
-                                "busy. Please try again later."_qs;
-        QTest::newRow("503") << 503
-                             << u"The action could not be performed because of a technical problem with "
-                                "the Internet server. Please notify us of this error."_qs;
-        QTest::newRow("302") << 302 << catchAll(302);
-        QTest::newRow("500") << 500 << catchAll(500);
-        QTest::newRow("204") << 204 << catchAll(204);
+        QTest::addColumn<bool>("rent");
+        QTest::addColumn<QString>("fault"); // a status code, or how no answer came
+        for (const bool rent : { true, false })
+            for (const char *fault : { "401", "403", "404", "501", "503", "302", "500", "204",
+                     "delay", "refused", "truncated", "drop" })
+                QTest::addRow("%s %s", rent ? "rent download" : "distribution", fault)
+                    << rent << QString::fromLatin1(fault);
     }
-
-    // An error with an empty body: the error, then "none found"; no file.
-    void rentDownloadOnEachStatus()
+    // An error status with an empty body, or no answer: a delay past the
+    // time-out, a refused connection, a body cut short, a dropped
+    // connection (each the "unavailable" report, 501). Sent once, reported,
+    // nothing posted or removed; the rent download then says none were
+    // found and writes no file; a distribution keeps the file it sent and
+    // its archived copy, and has no response file.
+    void failedCalls()
     {
-        QFETCH(int, status);
-        QFETCH(QString, message);
-        TestSite site;
-        RentSupport::seedPortfolio(site);
-        pointAtSandbox(site);
-        const QString before = ledgers(site);
-        sandbox->forceStatus(status);
-        DownloadPaymentFile(*site.state);
-        QCOMPARE(site.state->ResultCode, qint16(status));
-        QCOMPARE(site.prompter.texts(),
-            QStringList({ message, u"There were no Remita Tenant transactions found"_qs }));
-        QCOMPARE(site.prompter.titles().first(), u"Remitra error"_qs);
-        QCOMPARE(filesOf(site), QStringList({ u"IDFILE.DAT"_qs }));
-        QCOMPARE(ledgers(site), before);
-        QCOMPARE(site.prompter.busyDepth(), 0);
-    }
-
-    // A distribution answered with anything but 200: reported, nothing posted,
-    // no entered check removed, the distribution file kept as written and no
-    // response file.
-    void distributionOnEachStatus_data() { rentDownloadOnEachStatus_data(); }
-    void distributionOnEachStatus()
-    {
-        QFETCH(int, status);
-        QFETCH(QString, message);
-        TestSite site;
-        DisburseFixture::populate(site);
-        pointAtSandbox(site);
-        const QList<PaymentRow> rows = DisburseList::load(site.db(), u"Payee"_qs);
-        QVERIFY(!rows.isEmpty());
-        const QString before = ledgers(site);
-        sandbox->forceStatus(status, "O1,B1,0,Accepted\r\n");
-        bool stop = false;
-        bool emptied = false;
-        QVERIFY(!DistributionRun(*site.state, stop).MakePaymentsNow(rows, [&] { emptied = true; }));
-        QVERIFY(!emptied);
-        QCOMPARE(site.prompter.texts(), QStringList({ message }));
-        QCOMPARE(ledgers(site), before);
-        // The archive holds the copy of the file sent.
-        QCOMPARE(filesOf(site), QStringList({ site.state->DisbursementUploadName, u"archive"_qs }));
-        QCOMPARE(sandbox->requestCount(u"/qps/evendorpay.php"_qs), 1);
-    }
-
-    // No answer: a delay past the time-out, a refused connection, a body cut
-    // short. Each is the "unavailable" report (501), sent once, and leaves
-    // nothing behind.
-    void noAnswer_data()
-    {
-        QTest::addColumn<QString>("fault");
-        QTest::newRow("delay past the time-out") << u"delay"_qs;
-        QTest::newRow("refused connection") << u"refused"_qs;
-        QTest::newRow("truncated body") << u"truncated"_qs;
-        QTest::newRow("dropped connection") << u"drop"_qs;
-    }
-    void noAnswer()
-    {
+        QFETCH(bool, rent);
         QFETCH(QString, fault);
-        const QString unavailable = u"The action could not be performed because the server is "
-                                    "unavailable or busy. Please try again later."_qs;
-        for (const bool rent : { true, false }) {
-            TestSite site;
-            if (rent) {
-                RentSupport::seedPortfolio(site);
-                if (fault != u"refused"_qs)
-                    sandbox->queueLines({ RentSupport::line(10, 100, u"100.00"_qs) });
-            } else {
-                DisburseFixture::populate(site);
-            }
-            pointAtSandbox(site);
-            site.state->ProcessorTimeoutSeconds = 1;
-            sandbox->clearReceived();
-            if (fault == u"delay"_qs) {
-                sandbox->forceDelay(3000);
-            } else if (fault == u"truncated"_qs) {
-                sandbox->forceTruncatedBody();
-            } else if (fault == u"drop"_qs) {
-                sandbox->forceDrop();
-            } else {
-                QTcpServer closed;
-                QVERIFY(closed.listen(QHostAddress::LocalHost));
-                const quint16 port = closed.serverPort();
-                closed.close();
-                site.state->ProcessorUrl = u"http://127.0.0.1:%1/qps/upload.php"_qs.arg(port);
-            }
-            const QString before = ledgers(site);
-            QElapsedTimer timer;
-            timer.start();
-            if (rent) {
-                DownloadPaymentFile(*site.state);
-                QCOMPARE(site.prompter.texts(),
-                    QStringList({ unavailable, u"There were no Remita Tenant transactions found"_qs }));
-                QCOMPARE(filesOf(site), QStringList({ u"IDFILE.DAT"_qs }));
-            } else {
-                const QList<PaymentRow> rows = DisburseList::load(site.db(), u"Payee"_qs);
-                bool stop = false;
-                QVERIFY(!DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}));
-                QCOMPARE(site.prompter.texts(), QStringList({ unavailable }));
-                // The archive holds the copy of the file sent.
-        QCOMPARE(filesOf(site), QStringList({ site.state->DisbursementUploadName, u"archive"_qs }));
-            }
-            QVERIFY2(timer.elapsed() < 10000, "the time-out was not kept");
-            QCOMPARE(site.state->ResultCode, qint16(501));
-            QCOMPARE(site.state->ResultText, u"False"_qs);
-            QCOMPARE(ledgers(site), before);
-            if (fault != u"refused"_qs)
-                QCOMPARE(sandbox->requestCount(), 1);
+        bool isStatus = false;
+        const int status = fault.toInt(&isStatus);
+        TestSite site;
+        if (rent)
+            RentSupport::seedPortfolio(site);
+        else
+            DisburseFixture::populate(site);
+        pointAtSandbox(site);
+        site.state->ProcessorTimeoutSeconds = 1;
+        if (rent && !isStatus && fault != u"refused"_qs)
+            sandbox->queueLines({ RentSupport::line(10, 100, u"100.00"_qs) });
+        if (isStatus) {
+            sandbox->forceStatus(status, rent ? "" : "O1,B1,0,Accepted\r\n");
+        } else if (fault == u"delay"_qs) {
+            sandbox->forceDelay(3000);
+        } else if (fault == u"truncated"_qs) {
+            sandbox->forceTruncatedBody();
+        } else if (fault == u"drop"_qs) {
+            sandbox->forceDrop();
+        } else {
+            QTcpServer closed;
+            QVERIFY(closed.listen(QHostAddress::LocalHost));
+            const quint16 port = closed.serverPort();
+            closed.close();
+            site.state->ProcessorUrl = u"http://127.0.0.1:%1/qps/upload.php"_qs.arg(port);
         }
-        sandbox->clearReceived();
+        const QString message = ProductTexts::forStatus(isStatus ? status : 501);
+        const QString before = ledgerSummary(site.db());
+        QElapsedTimer timer;
+        timer.start();
+        if (rent) {
+            DownloadPaymentFile(*site.state);
+            QCOMPARE(site.prompter.texts(), QStringList({ message, ProductTexts::noneFound }));
+            QCOMPARE(filesOf(site), QStringList({ u"IDFILE.DAT"_qs }));
+        } else {
+            const QList<PaymentRow> rows = DisburseList::load(site.db(), u"Payee"_qs);
+            bool stop = false;
+            bool emptied = false;
+            QVERIFY(
+                !DistributionRun(*site.state, stop).MakePaymentsNow(rows, [&] { emptied = true; }));
+            QVERIFY(!emptied);
+            QCOMPARE(site.prompter.texts(), QStringList({ message }));
+            QCOMPARE(
+                filesOf(site), QStringList({ site.state->DisbursementUploadName, u"archive"_qs }));
+        }
+        QVERIFY2(timer.elapsed() < 10000, "the time-out was not kept");
+        QCOMPARE(site.prompter.titles().first(), u"Remitra error"_qs);
+        QCOMPARE(site.state->ResultCode, qint16(isStatus ? status : 501));
+        QVERIFY(isStatus || site.state->ResultText == u"False"_qs);
+        QCOMPARE(ledgerSummary(site.db()), before);
+        QCOMPARE(site.prompter.busyDepth(), 0);
+        if (fault != u"refused"_qs)
+            QCOMPARE(sandbox->requestCount(), 1);
     }
 
     // 50 MB of payments arrive whole: the payment file is the body and its
@@ -240,11 +162,11 @@ private slots:
         DownloadPaymentFile(*site.state);
         if (!taken) {
             QCOMPARE(site.state->ResultCode, qint16(501));
-            QCOMPARE(site.prompter.texts().last(), u"There were no Remita Tenant transactions found"_qs);
+            QCOMPARE(site.prompter.texts().last(), ProductTexts::noneFound);
             QCOMPARE(filesOf(site), QStringList({ u"IDFILE.DAT"_qs }));
             return;
         }
-        QCOMPARE(site.prompter.texts(), QStringList({ u"Successful connection to Quenta Payment Services!"_qs }));
+        QCOMPARE(site.prompter.texts(), QStringList({ ProductTexts::success }));
         const QByteArray written = site.fileBytes(site.state->PaymentDownloadName);
         QCOMPARE(written.size(), body.size() + 2);
         QVERIFY(written == body + "\r\n");
@@ -268,9 +190,9 @@ private slots:
                 body += char(b);
         sandbox->forceStatus(200, body);
         DownloadPaymentFile(*site.state);
-        QCOMPARE(site.prompter.texts(), QStringList({ u"Successful connection to Quenta Payment Services!"_qs }));
+        QCOMPARE(site.prompter.texts(), QStringList({ ProductTexts::success }));
         QCOMPARE(site.fileBytes(site.state->PaymentDownloadName), body + "\r\n");
-        QCOMPARE(ledgers(site), u"0|0|0|0|0|0|0"_qs);
+        QCOMPARE(ledgerSummary(site.db()), u"0|0|0|0|0|0|0|0"_qs);
     }
 };
 

@@ -68,11 +68,16 @@ private slots:
     }
 
     // A whole rent cycle and a distribution through the HTTP client, with a
-    // failed call in between: the user name and the password (plain, encoded,
-    // or in the authorization header's form) are in no message, no log line
-    // and no file but the settings file.
-    void credentialsStayInTheSettingsStore()
+    // failed call before each, run from an empty working directory: the user
+    // name and the password (plain, encoded, or in the authorization
+    // header's form) are in no message, no log line and no file but the
+    // settings file, and the transfer files are in the program's folder
+    // only, nothing next to it or in the working directory.
+    void aCycleKeepsCredentialsAndFilesInTheirPlace()
     {
+        QTemporaryDir cwd;
+        const QString oldCwd = QDir::currentPath();
+        QDir::setCurrent(cwd.path());
         SandboxProcess sandbox(kUser, kPassword);
         QVERIFY(sandbox.isRunning());
         TestSite rent;
@@ -95,8 +100,10 @@ private slots:
         QVERIFY(UpdateLedgers::run(*rent.state, loaded.rows, PostingChoices()));
         sandbox.forceStatus(403);
         bool stop = false;
-        DistributionRun(*disb.state, stop).MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
-        DistributionRun(*disb.state, stop).MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
+        DistributionRun(*disb.state, stop)
+            .MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
+        DistributionRun(*disb.state, stop)
+            .MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
         qInstallMessageHandler(previous);
         QCOMPARE(sandbox.requestCount(), 4);
 
@@ -116,7 +123,16 @@ private slots:
                 for (const QByteArray &secret : secrets)
                     QVERIFY2(!it.value().contains(secret), qPrintable(it.key()));
             }
+            for (const QString &name :
+                QDir(QFileInfo(site->folder()).path()).entryList(QDir::Files))
+                QVERIFY2(
+                    !name.startsWith(u"DX_"_qs) && !name.contains(u"IDFILE"_qs), qPrintable(name));
         }
+        QVERIFY(QFile::exists(disb.path(DistributionFile::LastUploadName)));
+        QVERIFY(QFile::exists(rent.path(PaymentFile::LastDownloadName)));
+        QDir::setCurrent(oldCwd);
+        QCOMPARE(QDir(cwd.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
+            QStringList());
     }
 
     // The settings file is its owner's alone: a new one, one that was there
@@ -135,14 +151,15 @@ private slots:
 
         site.state->SettingsFile = site.path(u"old.ini"_qs);
         site.writeFile(u"old.ini"_qs, "[Parameters]\n");
-        QFile::setPermissions(site.state->SettingsFile,
-            ownerOnly | QFileDevice::ReadGroup | QFileDevice::ReadOther);
+        QFile::setPermissions(
+            site.state->SettingsFile, ownerOnly | QFileDevice::ReadGroup | QFileDevice::ReadOther);
         Credentials::saveFromState(*site.state);
         QCOMPARE(QFile(site.state->SettingsFile).permissions(), ownerOnly);
 
         site.state->SettingsFile.clear();
         Credentials::saveFromState(*site.state);
-        const QString store = QSettings(QSettings::UserScope, u"Dwellix"_qs, u"Dwellix"_qs).fileName();
+        const QString store
+            = QSettings(QSettings::UserScope, u"Dwellix"_qs, u"Dwellix"_qs).fileName();
         QVERIFY2(store.startsWith(config.path()), qPrintable(store));
         QVERIFY(QFile::exists(store));
         QCOMPARE(QFile(store).permissions(), ownerOnly);
@@ -157,13 +174,18 @@ private slots:
         QTest::newRow("https") << u"https://pay.example.com/qps/upload.php"_qs << true;
         QTest::newRow("loopback") << u"http://127.0.0.1:8080/qps/upload.php"_qs << true;
         QTest::newRow("loopback range") << u"http://127.3.4.5/qps/upload.php"_qs << true;
-        QTest::newRow("localhost") << u"http://localhost/qps/upload.php"_qs << true;
+        QTest::newRow("localhost") << u"http://LocalHost:81/qps/upload.php"_qs << true;
         QTest::newRow("ipv6 loopback") << u"http://[::1]:9/qps/upload.php"_qs << true;
         QTest::newRow("http elsewhere") << u"http://pay.example.com/qps/upload.php"_qs << false;
+        QTest::newRow("past the loopback") << u"http://128.0.0.1/qps/upload.php"_qs << false;
+        QTest::newRow("https without a host") << u"https:///qps/upload.php"_qs << false;
         QTest::newRow("private address") << u"http://192.168.1.10/qps/upload.php"_qs << false;
-        QTest::newRow("loopback lookalike") << u"http://127.0.0.1.example.com/qps/upload.php"_qs << false;
-        QTest::newRow("localhost lookalike") << u"http://localhost.example.com/qps/upload.php"_qs << false;
-        QTest::newRow("credentials before a host") << u"http://127.0.0.1@example.com/qps/upload.php"_qs << false;
+        QTest::newRow("loopback lookalike")
+            << u"http://127.0.0.1.example.com/qps/upload.php"_qs << false;
+        QTest::newRow("localhost lookalike")
+            << u"http://localhost.example.com/qps/upload.php"_qs << false;
+        QTest::newRow("credentials before a host")
+            << u"http://127.0.0.1@example.com/qps/upload.php"_qs << false;
         QTest::newRow("ftp") << u"ftp://127.0.0.1/qps/upload.php"_qs << false;
         QTest::newRow("file") << u"file:///etc/passwd"_qs << false;
         QTest::newRow("no scheme") << u"pay.example.com/qps/upload.php"_qs << false;
@@ -203,36 +225,46 @@ private slots:
             "test");
         site.insert(u"Company"_qs, { { u"CName1"_qs, u"O'Hare \"Homes\"; --"_qs } });
         site.db().execText(
-            u"UPDATE Units SET UAddress = 'Apt ''1''; DELETE FROM Units; --' WHERE UTenantID = 100"_qs, "test");
+            u"UPDATE Units SET UAddress = 'Apt ''1''; DELETE FROM Units; --' WHERE UTenantID = 100"_qs,
+            "test");
         int n = 0;
         QList<qint64> checks;
         for (const QString &text : hostile) {
             const int owner = 50 + n++;
-            site.insert(u"Owners"_qs, { { u"OwnerID"_qs, owner }, { u"OFirstName1"_qs, text },
-                                          { u"OLastName1"_qs, u"Z"_qs }, { u"OACH"_qs, u"Y"_qs },
-                                          { u"OCurrBal"_qs, 0 } });
-            checks << DisburseFixture::addCheck(site, text + u" Z"_qs, 10 + n,
-                { { u"CkRemark"_qs, text } });
+            site.insert(u"Owners"_qs,
+                { { u"OwnerID"_qs, owner }, { u"OFirstName1"_qs, text },
+                    { u"OLastName1"_qs, u"Z"_qs }, { u"OACH"_qs, u"Y"_qs },
+                    { u"OCurrBal"_qs, 0 } });
+            checks << DisburseFixture::addCheck(
+                site, text + u" Z"_qs, 10 + n, { { u"CkRemark"_qs, text } });
         }
-        const QString schema = DisburseFixture::dump(site, u"SELECT name, sql FROM sqlite_master ORDER BY name"_qs);
-        const QString untouched = DisburseFixture::dump(site,
-            u"SELECT (SELECT count(*) FROM Owners), (SELECT count(*) FROM Tenants), "
-            "(SELECT count(*) FROM Units), (SELECT count(*) FROM Properties)"_qs);
+        // The schema and the row counts of the tables no posting writes.
+        const auto untouched = [&] {
+            return DisburseFixture::dump(site,
+                u"SELECT name, sql FROM sqlite_master UNION ALL SELECT (SELECT count(*) FROM "
+                "Owners), (SELECT count(*) FROM Tenants) || (SELECT count(*) FROM Units) || "
+                "(SELECT count(*) FROM Properties) ORDER BY 1"_qs);
+        };
+        const QString before = untouched();
 
         // Rent: the tenant with the hostile name is matched and posted, with
         // a hostile remark of the user's own.
-        RentSupport::writePaymentFile(site, { RentSupport::line(10, 100, u"125.00"_qs, u"11/02/2026"_qs,
-                                                  u"9'; --"_qs) });
+        RentSupport::writePaymentFile(
+            site, { RentSupport::line(10, 100, u"125.00"_qs, u"11/02/2026"_qs, u"9'; --"_qs) });
         PaymentFile::LoadResult loaded = PaymentFile::load(*site.state);
         QCOMPARE(loaded.rows.size(), 1);
         PostingChoices choices;
         choices.remark = PostingChoices::OwnRemark;
         choices.remarkText = u"'); UPDATE Tenants SET TCurrBal = 1e9; --"_qs;
         QVERIFY(UpdateLedgers::run(*site.state, loaded.rows, choices));
-        QCOMPARE(site.scalar(u"SELECT TransRemark FROM Transactions WHERE TransTID = 100 AND TransAmount > 0"_qs)
-                     .toString(),
+        QCOMPARE(
+            site.scalar(
+                    u"SELECT TransRemark FROM Transactions WHERE TransTID = 100 AND TransAmount > 0"_qs)
+                .toString(),
             choices.remarkText.left(60));
-        QCOMPARE(site.scalar(u"SELECT total(TCurrBal) FROM Tenants WHERE TenantID <> 100"_qs).toDouble(), 0.0);
+        QCOMPARE(
+            site.scalar(u"SELECT total(TCurrBal) FROM Tenants WHERE TenantID <> 100"_qs).toDouble(),
+            0.0);
 
         // Distribution file: one line per check, remarks as they stand.
         const QList<PaymentRow> rows = DisburseList::load(site.db(), u"Payee"_qs);
@@ -250,50 +282,13 @@ private slots:
         BuildTenantUpload(*site.state);
         const QString owners = TransferFile::fromAnsi(site.fileBytes(site.state->OwnerUploadName));
         for (const QString &text : hostile)
-            QVERIFY2(owners.contains(u'|' + VbText::Trim(text) + u" Z|"_qs), qPrintable(text.left(40)));
+            QVERIFY2(
+                owners.contains(u'|' + VbText::Trim(text) + u" Z|"_qs), qPrintable(text.left(40)));
         QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->TenantUploadName))
                     .contains(u"|a; DROP TABLE Units; --|x' OR '1'='1|"_qs));
         QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->SetupUploadName))
                     .contains(u"|Apt '1'; DELETE FROM Units; --|"_qs));
-        QCOMPARE(DisburseFixture::dump(site, u"SELECT name, sql FROM sqlite_master ORDER BY name"_qs), schema);
-        QCOMPARE(DisburseFixture::dump(site,
-                     u"SELECT (SELECT count(*) FROM Owners), (SELECT count(*) FROM Tenants), "
-                     "(SELECT count(*) FROM Units), (SELECT count(*) FROM Properties)"_qs),
-            untouched);
-    }
-
-    // A whole cycle writes and reads transfer files in the program's folder
-    // only: nothing appears next to it or in the working directory.
-    void transferFilesStayInTheProgramFolder()
-    {
-        QTemporaryDir cwd;
-        const QString oldCwd = QDir::currentPath();
-        QDir::setCurrent(cwd.path());
-        SandboxProcess sandbox;
-        QVERIFY(sandbox.isRunning());
-        {
-            TestSite rent;
-            RentSupport::seedPortfolio(rent);
-            TestSite disb;
-            DisburseFixture::populate(disb);
-            sandbox.useFor(*rent.state);
-            sandbox.useFor(*disb.state);
-            sandbox.queueLines({ RentSupport::line(10, 100, u"50.00"_qs) });
-            DownloadPaymentFile(*rent.state);
-            PaymentFile::LoadResult loaded = PaymentFile::load(*rent.state);
-            QVERIFY(UpdateLedgers::run(*rent.state, loaded.rows, PostingChoices()));
-            bool stop = false;
-            DistributionRun(*disb.state, stop).MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
-            QVERIFY(QFile::exists(disb.path(DistributionFile::LastUploadName)));
-            QVERIFY(QFile::exists(rent.path(PaymentFile::LastDownloadName)));
-            // Next to the program's folders there is nothing of ours.
-            for (TestSite *site : { &rent, &disb })
-                for (const QString &name : QDir(QFileInfo(site->folder()).path()).entryList(QDir::Files))
-                    QVERIFY2(!name.startsWith(u"DX_"_qs) && !name.contains(u"IDFILE"_qs), qPrintable(name));
-        }
-        QDir::setCurrent(oldCwd);
-        QCOMPARE(QDir(cwd.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
-            QStringList());
+        QCOMPARE(untouched(), before);
     }
 };
 

@@ -1,10 +1,10 @@
 #include "RentSupport.h"
 
 #include "core/RuntimeError.h"
+#include "hostdb/RentBackup.h"
 #include "rent/PaymentFile.h"
 #include "rent/UpdateLedgers.h"
 
-#include <QDate>
 #include <QDir>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -62,6 +62,23 @@ class TestPosting : public QObject
 {
     Q_OBJECT
 
+    static int tenantsIn(const QString &path)
+    {
+        auto copy = HostDb::openSqlite(path);
+        QSqlQuery q(copy->database());
+        if (!q.exec(u"SELECT count(*) FROM Tenants"_qs) || !q.next())
+            return -1;
+        return q.value(0).toInt();
+    }
+
+    static void addTenant(QSqlDatabase db, int id)
+    {
+        QSqlQuery q(db);
+        q.prepare(u"INSERT INTO Tenants (TenantID, TPropID, TCurrBal) VALUES (?, 1, 0)"_qs);
+        q.addBindValue(id);
+        QVERIFY(q.exec());
+    }
+
 private slots:
     void paymentsAndFees()
     {
@@ -76,8 +93,7 @@ private slots:
                 line(30, 300, u"333.33"_qs) }); // 7.125%: -23.7498
         QVERIFY(UpdateLedgers::run(
             *site.state, rows, choices(PostingChoices::DefaultRemark, true, false)));
-        QCOMPARE(
-            site.prompter.texts(), QStringList { u"Your Dwellix Ledgers are now updated."_qs });
+        QCOMPARE(site.prompter.texts(), QStringList { ProductTexts::ledgersUpdated });
         QCOMPARE(site.prompter.titles(), QStringList { u"Dwellix Remitra"_qs });
         QCOMPARE(table(site,
                      u"SELECT TransAccountID, TransPostToID, TransAmount, TransDate, "
@@ -145,35 +161,28 @@ private slots:
         QTest::addColumn<int>("written"); // Transactions rows kept
         QTest::addColumn<bool>("fixable"); // the cause can be put right in Dwellix
         const QString fine = line(20, 200, u"20"_qs);
-        const QString valid = u"You do not have a valid Account Category set up for "_qs;
+        const QString valid = u"You do not have a valid Account Category set up for '"_qs;
         QTest::newRow("unknown tenant")
             << -1 << QString()
             << line(10, 555, u"-60.5"_qs, u"11/02/2026"_qs, u"000777"_qs, u"Card"_qs)
-            << u"Not found: Tenant ID #555\nAmount: -60.5\nDate: 11/02/2026\nCheck Number: 000777\n"
-               "Remark: Card\nThe above Remitra deposit does not have a Tenant set up for Remitra, "
-               "this must be corrected before you can update any ledgers."_qs
+            << u"Not found: Tenant ID #555\nAmount: -60.5\nDate: 11/02/2026\nCheck Number: "
+               "000777\nRemark: Card\nThe above Remitra deposit"_qs
             << 2 << true;
-        QTest::newRow("no rent category") << 0 << u"  "_qs << fine
-                                          << valid
-                + u"'Rent Income'. Nothing was posted to the Dwellix Ledgers. Please check your "
-                  "Account Category and Account Default settings under 'Preferences' from the "
-                  "Dwellix Main Menu."_qs << 0 << true;
+        QTest::newRow("no rent category")
+            << 0 << u"  "_qs << fine << valid + u"Rent Income'. Nothing was posted"_qs << 0 << true;
         QTest::newRow("rent account no number")
-            << 0 << u"Rent Income;abc;B"_qs << fine << valid + u"'Rent Income'."_qs << 0 << true;
+            << 0 << u"Rent Income;abc;B"_qs << fine << valid + u"Rent Income'."_qs << 0 << true;
         QTest::newRow("no late category")
             << 4 << u"Late Fee Received"_qs << fine
-            << valid + u"'Late Fee Received'. Nothing was posted"_qs << 0 << true;
+            << valid + u"Late Fee Received'. Nothing was posted"_qs << 0 << true;
         // The late fee of line 1 and the rent payment itself are in; no fee.
-        QTest::newRow("no fee category") << 2 << QString() << fine
-                                         << valid
-                + u"'Management Fee'. The management fee was not posted. Please check your "
-                  "Account Category and Account Default settings under 'Preferences' from "
-                  "the Dwellix Main Menu."_qs
-                                         << 2 << true;
+        QTest::newRow("no fee category")
+            << 2 << QString() << fine
+            << valid + u"Management Fee'. The management fee was not posted."_qs << 2 << true;
         QTest::newRow("amount unreadable")
             << -1 << QString() << line(20, 200, u"twelve"_qs)
             << u"The amount \"twelve\" on line 2 of the Remitra Payment File cannot be read. "
-               "Nothing was posted to the Dwellix Ledgers."_qs
+               "Nothing was posted"_qs
             << 0 << false;
         QTest::newRow("date unreadable")
             << -1 << QString() << line(20, 200, u"1"_qs, u"31/31/2026"_qs)
@@ -185,59 +194,55 @@ private slots:
             << 0 << false;
     }
 
+    // A stop names its cause and keeps what the run wrote before it, and the
+    // payment file for another run. Put right in Dwellix and posted again,
+    // the ledgers end exactly as one clean run leaves them: nothing posted
+    // twice.
     void stops()
     {
         QFETCH(int, item);
         QFETCH(QString, setting);
         QFETCH(QString, secondLine);
         QFETCH(QString, message);
+        QFETCH(bool, fixable);
+        const QStringList lines
+            = { line(10, 100, u"7"_qs, u"11/02/2026"_qs, u"1"_qs, u"ACH"_qs, u"Late Fee"_qs),
+                  secondLine, line(10, 101, u"100"_qs) };
+        const PostingChoices c = choices(PostingChoices::MethodRemark, true, false);
+        const auto seed = [](TestSite &s) {
+            RentSupport::seedPortfolio(s);
+            s.db().execText(u"UPDATE Owners SET OMgmtFee = 'ten%' WHERE OwnerID = 3"_qs, "test");
+        };
+        const auto addTenant555 = [](TestSite &s) {
+            s.insert(u"Tenants"_qs,
+                { { u"TenantID"_qs, 555 }, { u"TPropID"_qs, 10 }, { u"TCurrBal"_qs, 0 } });
+            s.insert(u"Units"_qs, { { u"UTenantID"_qs, 555 }, { u"UCurrBal"_qs, 0 } });
+        };
         TestSite site;
-        RentSupport::seedPortfolio(site);
-        site.db().execText(u"UPDATE Owners SET OMgmtFee = 'ten%' WHERE OwnerID = 3"_qs, "test");
+        seed(site);
         if (item >= 0)
             site.state->IdItems[std::size_t(item)] = setting;
-        const RentPayments rows = loadRows(site,
-            { line(10, 100, u"7"_qs, u"11/02/2026"_qs, u"1"_qs, u"ACH"_qs, u"Late Fee"_qs),
-                secondLine, line(10, 101, u"100"_qs) });
-        QVERIFY(!UpdateLedgers::run(
-            *site.state, rows, choices(PostingChoices::MethodRemark, true, false)));
+        const RentPayments rows = loadRows(site, lines);
+        QVERIFY(!UpdateLedgers::run(*site.state, rows, c));
         QCOMPARE(site.prompter.titles(), QStringList { u"Remitra"_qs });
         QVERIFY2(site.prompter.texts().first().startsWith(message),
             qPrintable(site.prompter.texts().first()));
         QTEST(site.scalar(u"SELECT count(*) FROM Transactions"_qs).toInt(), "written");
-        // The rows after the stop are not posted; the file stays for another run.
         QVERIFY(balances(site).contains(u"101 0 0"_qs));
         QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
         // What stops before anything is written leaves no backup either.
         QCOMPARE(QDir(site.path(u"backups"_qs)).exists(), !message.startsWith(u"The "_qs));
-
-        // Put right in Dwellix and posted again: the ledgers end exactly as
-        // one clean run leaves them, nothing posted twice.
-        QFETCH(bool, fixable);
         if (!fixable)
             return;
-        TestSite reference;
-        RentSupport::seedPortfolio(reference);
-        const auto fix = [&](TestSite &s) {
-            if (item >= 0)
-                s.state->IdItems[std::size_t(item)] = reference.state->IdItems[std::size_t(item)];
-            s.insert(u"Tenants"_qs, { { u"TenantID"_qs, 555 }, { u"TPropID"_qs, 10 },
-                                        { u"TCurrBal"_qs, 0 } });
-            s.insert(u"Units"_qs, { { u"UTenantID"_qs, 555 }, { u"UCurrBal"_qs, 0 } });
-        };
-        fix(site);
-        site.prompter.clear();
-        QVERIFY(UpdateLedgers::run(
-            *site.state, rows, choices(PostingChoices::MethodRemark, true, false)));
+
+        if (item >= 0)
+            site.state->IdItems[std::size_t(item)] = RentSupport::accountItems()[item];
+        addTenant555(site);
+        QVERIFY(RentSupport::post(site, rows, c));
         TestSite clean;
-        RentSupport::seedPortfolio(clean);
-        clean.db().execText(u"UPDATE Owners SET OMgmtFee = 'ten%' WHERE OwnerID = 3"_qs, "test");
-        fix(clean);
-        QVERIFY(UpdateLedgers::run(*clean.state,
-            loadRows(clean,
-                { line(10, 100, u"7"_qs, u"11/02/2026"_qs, u"1"_qs, u"ACH"_qs, u"Late Fee"_qs),
-                    secondLine, line(10, 101, u"100"_qs) }),
-            choices(PostingChoices::MethodRemark, true, false)));
+        seed(clean);
+        addTenant555(clean);
+        QVERIFY(UpdateLedgers::run(*clean.state, loadRows(clean, lines), c));
         const QString ledger = u"SELECT TransAccountID, TransPostToID, TransAmount, TransType, "
                                "TransStatus FROM Transactions ORDER BY 1, 2, 3, 4, 5"_qs;
         QCOMPARE(table(site, ledger), table(clean, ledger));
@@ -272,11 +277,13 @@ private slots:
 
         // Updating again stops at the same payment, and posts and deposits
         // nothing a second time.
-        const QStringList before = table(site, u"SELECT count(*) FROM Transactions UNION ALL "
-                                               "SELECT count(*) FROM CheckDepPrinted"_qs);
+        const QStringList before = table(site,
+            u"SELECT count(*) FROM Transactions UNION ALL "
+            "SELECT count(*) FROM CheckDepPrinted"_qs);
         QVERIFY(!UpdateLedgers::run(*site.state, rows, c));
-        QCOMPARE(table(site, u"SELECT count(*) FROM Transactions UNION ALL "
-                             "SELECT count(*) FROM CheckDepPrinted"_qs),
+        QCOMPARE(table(site,
+                     u"SELECT count(*) FROM Transactions UNION ALL "
+                     "SELECT count(*) FROM CheckDepPrinted"_qs),
             before);
     }
 
@@ -326,6 +333,40 @@ private slots:
             0);
         QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
         QCOMPARE(site.prompter.busyDepth(), 0);
+    }
+
+    // The backup written before a posting run is a consistent snapshot of
+    // the host database whatever other connections are doing: rows another
+    // writer has not committed stay out, and rows still in a write-ahead
+    // log are in.
+    void snapshotLeavesOutAnotherWritersOpenTransaction()
+    {
+        TestSite site;
+        addTenant(site.db().database(), 1);
+        auto other = HostDb::openSqlite(site.db().path());
+        QSqlQuery begin(other->database());
+        QVERIFY(begin.exec(u"BEGIN IMMEDIATE"_qs));
+        addTenant(other->database(), 2);
+
+        const QString copy = RentBackup::write(site.db(), site.folder());
+        QCOMPARE(tenantsIn(copy), 1);
+
+        // The writer is not kept out once the copy is written.
+        QSqlQuery commit(other->database());
+        QVERIFY(commit.exec(u"COMMIT"_qs));
+        QCOMPARE(site.scalar(u"SELECT count(*) FROM Tenants"_qs).toInt(), 2);
+    }
+
+    void writeAheadLogIsCopiedThroughTheEngine()
+    {
+        TestSite site;
+        site.db().execText(u"PRAGMA journal_mode = WAL"_qs, "test");
+        site.db().execText(u"PRAGMA wal_autocheckpoint = 0"_qs, "test");
+        for (int id = 1; id <= 3; ++id)
+            addTenant(site.db().database(), id);
+
+        const QString copy = RentBackup::write(site.db(), site.folder());
+        QCOMPARE(tenantsIn(copy), 3);
     }
 };
 

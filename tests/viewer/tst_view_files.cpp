@@ -5,11 +5,7 @@
 #include "hostdb/DistributionRecord.h"
 #include "viewer/TransferFileViewer.h"
 
-#include <QGroupBox>
-#include <QLabel>
 #include <QListWidget>
-#include <QPushButton>
-#include <QRadioButton>
 #include <QTest>
 
 namespace {
@@ -22,24 +18,16 @@ struct Viewer
     TransferFileViewer form { *site.state, nullptr };
 
     Viewer() { form.show(); }
-    void choose(int index)
-    {
-        auto *option = form.findChild<QRadioButton *>(u"optFiles_%1"_qs.arg(index));
-        QVERIFY(option);
-        QTest::mouseClick(option, Qt::LeftButton);
-    }
+    void choose(int index) { click(form, qPrintable(u"optFiles_%1"_qs.arg(index))); }
     QStringList lines() const
     {
         QStringList out;
-        auto *list = form.findChild<QListWidget *>(u"lstFileContents"_qs);
+        auto *list = child<QListWidget>(form, "lstFileContents");
         for (int i = 0; i < list->count(); ++i)
             out << list->item(i)->text();
         return out;
     }
-    void clickDelete()
-    {
-        QTest::mouseClick(form.findChild<QPushButton *>(u"cmdDelete"_qs), Qt::LeftButton);
-    }
+    void clickDelete() { click(form, "cmdDelete"); }
 };
 
 } // namespace
@@ -49,32 +37,6 @@ class TestViewFiles : public QObject
     Q_OBJECT
 
 private slots:
-    void theScreenNamesEveryFile()
-    {
-        Viewer v;
-        QCOMPARE(v.form.windowTitle(), u"Remitra Files"_qs);
-        QCOMPARE(v.form.findChild<QLabel *>(u"labHeading"_qs)->text(),
-            u"These files are the files that are transferred to and from the payment processor. They are for viewing only, but if there is a problem within a file, you can delete that file if instructed by a technician."_qs);
-        QCOMPARE(v.form.findChild<QGroupBox *>(u"optFiles"_qs)->title(), u"File List:"_qs);
-        QCOMPARE(v.form.findChild<QPushButton *>(u"cmdDelete"_qs)->text(),
-            u"&DELETE the selected file"_qs);
-        QCOMPARE(v.form.findChild<QPushButton *>(u"cmdExit"_qs)->text(), u"&Exit"_qs);
-        const QStringList expected = {
-            u"DX_Quenta_Setup_DXRM.txt - This is the SETUP data (all Dwellix info) uploaded to the payment processor."_qs,
-            u"DX_Quenta_Tenant_DXRM.txt - These are the Remitra TENANTS uploaded to the payment processor."_qs,
-            u"DX_Quenta_Owner_DXRM.txt - These are the Remitra OWNERS uploaded to the payment processor."_qs,
-            u"DX_Quenta_Vendor_DXRM.txt - These are the Remitra VENDORS uploaded to the payment processor."_qs,
-            u"DX_Quenta_PaymentFile.txt - These are the CURRENT (not yet processed )TENANT PAYMENTS downloaded from the payment processor."_qs,
-            u"DX_Quenta_PaymentFile_LastDownload - These are the PREVIOUS TENANT PAYMENTS downloaded from the payment processor."_qs,
-            u"DX_Quenta_DisbursementPayment.txt - These are the OWNER and VENDOR PAYMENTS uploaded to the payment processor."_qs,
-            u"DX_Quenta_Distribution_LastUpload - These are the PREVIOUS OWNER and VENDOR PAYMENTS uploaded to the payment processor."_qs,
-            u"DX_Quenta_Distribution_Response - These are the responses for the OWNER and VENDOR PAYMENTS returned from the payment processor."_qs,
-        };
-        for (int i = 0; i < 9; ++i)
-            QCOMPARE(
-                v.form.findChild<QRadioButton *>(u"optFiles_%1"_qs.arg(i))->text(), expected[i]);
-    }
-
     void eachChoiceOpensItsFile_data()
     {
         QTest::addColumn<int>("index");
