@@ -107,20 +107,20 @@ public:
     void open()
     {
         m_state.setHostDb(HostDb::openFolder(m_state.folder()));
-        m_state.DatabasePath = m_state.db().path();
-        m_state.SiteCode = u"DXRM"_qs;
-        m_state.SetupUploadName = u"DX_Quenta_Setup_DXRM.txt"_qs;
-        m_state.TenantUploadName = u"DX_Quenta_Tenant_DXRM.txt"_qs;
-        m_state.PaymentDownloadName = u"DX_Quenta_PaymentFile.txt"_qs;
-        m_state.OwnerUploadName = u"DX_Quenta_Owner_DXRM.txt"_qs;
-        m_state.VendorUploadName = u"DX_Quenta_Vendor_DXRM.txt"_qs;
-        m_state.DisbursementUploadName = u"DX_Quenta_DisbursementPayment.txt"_qs;
-        m_state.ProcessorUrl = m_options.url;
-        m_state.ProcessorUser = m_options.user;
-        m_state.ProcessorPassword = m_options.password;
-        m_state.LoginMissing = false;
-        m_state.ClientFactory = [] { return std::make_unique<HttpProcessorClient>(120); };
-        LoadIDFile(m_state);
+        m_state.databasePath = m_state.db().path();
+        m_state.siteCode = u"DXRM"_qs;
+        m_state.files.setupUpload = u"DX_Quenta_Setup_DXRM.txt"_qs;
+        m_state.files.tenantUpload = u"DX_Quenta_Tenant_DXRM.txt"_qs;
+        m_state.files.paymentDownload = u"DX_Quenta_PaymentFile.txt"_qs;
+        m_state.files.ownerUpload = u"DX_Quenta_Owner_DXRM.txt"_qs;
+        m_state.files.vendorUpload = u"DX_Quenta_Vendor_DXRM.txt"_qs;
+        m_state.files.disbursementUpload = u"DX_Quenta_DisbursementPayment.txt"_qs;
+        m_state.login.url = m_options.url;
+        m_state.login.user = m_options.user;
+        m_state.login.password = m_options.password;
+        m_state.login.missing = false;
+        m_state.clientFactory = [] { return std::make_unique<HttpProcessorClient>(120); };
+        LoadIDFile(m_state.folder(), m_state.account);
     }
 
     Measured run()
@@ -169,16 +169,16 @@ private:
     // asked for waiting payments on the way.
     void startup()
     {
-        m_state.SettingsFile = m_state.pathOf(BenchSite::SettingsName);
-        m_state.ClientFactory = [] { return std::make_unique<HttpProcessorClient>(120); };
-        m_state.EndProgram = [this] { m_state.EndRequested = true; };
+        m_state.settingsFile = m_state.pathOf(BenchSite::SettingsName);
+        m_state.clientFactory = [] { return std::make_unique<HttpProcessorClient>(120); };
+        m_state.endProgram = [this] { m_state.endRequested = true; };
         MainMenuWindow menu(m_state);
         const bool shown = menu.load();
         menu.show();
         settle();
         end();
-        require(shown && !m_state.EndRequested && !m_state.LoginMissing, "start-up ended");
-        note(u"result code %1"_qs.arg(m_state.ResultCode));
+        require(shown && !m_state.endRequested && !m_state.login.missing, "start-up ended");
+        note(u"result code %1"_qs.arg(m_state.lastResult.code));
     }
 
     void setupFile()
@@ -186,8 +186,8 @@ private:
         begin();
         BuildSetupFile(m_state);
         end();
-        require(fileSize(m_state.SetupUploadName) > 0, "no setup file");
-        note(u"setup file %1 bytes"_qs.arg(fileSize(m_state.SetupUploadName)));
+        require(fileSize(m_state.files.setupUpload) > 0, "no setup file");
+        note(u"setup file %1 bytes"_qs.arg(fileSize(m_state.files.setupUpload)));
     }
 
     void tenantUpload()
@@ -195,8 +195,8 @@ private:
         begin();
         BuildTenantUpload(m_state);
         end();
-        require(fileSize(m_state.TenantUploadName) > 0, "no tenant upload");
-        note(u"tenant upload %1 bytes"_qs.arg(fileSize(m_state.TenantUploadName)));
+        require(fileSize(m_state.files.tenantUpload) > 0, "no tenant upload");
+        note(u"tenant upload %1 bytes"_qs.arg(fileSize(m_state.files.tenantUpload)));
     }
 
     void ownerFile()
@@ -204,8 +204,8 @@ private:
         begin();
         BuildOwnerFile(m_state);
         end();
-        require(fileSize(m_state.OwnerUploadName) > 0, "no owner file");
-        note(u"owner file %1 bytes"_qs.arg(fileSize(m_state.OwnerUploadName)));
+        require(fileSize(m_state.files.ownerUpload) > 0, "no owner file");
+        note(u"owner file %1 bytes"_qs.arg(fileSize(m_state.files.ownerUpload)));
     }
 
     void vendorFile()
@@ -213,8 +213,8 @@ private:
         begin();
         BuildVendorFile(m_state);
         end();
-        require(fileSize(m_state.VendorUploadName) > 0, "no vendor file");
-        note(u"vendor file %1 bytes"_qs.arg(fileSize(m_state.VendorUploadName)));
+        require(fileSize(m_state.files.vendorUpload) > 0, "no vendor file");
+        note(u"vendor file %1 bytes"_qs.arg(fileSize(m_state.files.vendorUpload)));
     }
 
     void uploadAll()
@@ -222,8 +222,8 @@ private:
         begin();
         const bool ran = UploadAll(m_state);
         end();
-        require(ran && m_state.ResultCode == 200, "upload all failed");
-        note(u"result code %1"_qs.arg(m_state.ResultCode));
+        require(ran && m_state.lastResult.code == 200, "upload all failed");
+        note(u"result code %1"_qs.arg(m_state.lastResult.code));
     }
 
     void reviewLoad()
@@ -266,9 +266,9 @@ private:
         RentReviewDialog screen(m_state, nullptr);
         const RentPayments rows = screen.model().rows();
         require(!rows.empty(), "no payments");
-        const AccountSetting rent = PostPayments::rentIncome(m_state);
-        const AccountSetting late = PostPayments::lateFee(m_state);
-        const AccountSetting feeSetting = PostPayments::managementFee(m_state);
+        const AccountSetting rent = PostPayments::rentIncome(m_state.account);
+        const AccountSetting late = PostPayments::lateFee(m_state.account);
+        const AccountSetting feeSetting = PostPayments::managementFee(m_state.account);
 
         struct Write
         {
@@ -407,7 +407,7 @@ private:
                             .arg(r.CkID);
         auto script = std::make_shared<ScriptedProcessorClient::Script>();
         script->replies.append({ true, 200, response + u"\r\n"_qs });
-        m_state.ClientFactory = ScriptedProcessorClient::factory(script);
+        m_state.clientFactory = ScriptedProcessorClient::factory(script);
         bool stopRejections = false;
         begin();
         const bool done = DistributionRun(m_state, stopRejections).MakePaymentsNow(rows, {});

@@ -104,19 +104,19 @@ int main(int argc, char *argv[])
 
     QtPrompter prompter;
     ProgramState state(prompter, options.folder);
-    state.SettingsFile = options.settingsFile;
+    state.settingsFile = options.settingsFile;
     if (options.processorTimeout > 0)
-        state.ProcessorTimeoutSeconds = options.processorTimeout;
+        state.processorTimeoutSeconds = options.processorTimeout;
     // The processor client of every job: HTTP, waiting --processor-timeout seconds.
-    state.ClientFactory
-        = [&state] { return std::make_unique<HttpProcessorClient>(state.ProcessorTimeoutSeconds); };
-    state.EndProgram = [] { QCoreApplication::exit(1); };
+    state.clientFactory
+        = [&state] { return std::make_unique<HttpProcessorClient>(state.processorTimeoutSeconds); };
+    state.endProgram = [] { QCoreApplication::exit(1); };
 
     MainMenuWindow mainMenu(state);
     prompter.setParent(&mainMenu);
-    if (!mainMenu.load() || state.EndRequested)
+    if (!mainMenu.load() || state.endRequested)
         return 1;
     mainMenu.show();
     const int code = app.exec();
-    return state.EndRequested ? 1 : code;
+    return state.endRequested ? 1 : code;
 }

@@ -63,21 +63,21 @@ std::unique_ptr<QSettings> openUserStore()
 #endif
 }
 
-std::unique_ptr<QSettings> openStore(const ProgramState &state)
+std::unique_ptr<QSettings> openStore(const QString &settingsFile)
 {
-    std::unique_ptr<QSettings> settings = state.SettingsFile.isEmpty()
+    std::unique_ptr<QSettings> settings = settingsFile.isEmpty()
         ? openUserStore()
-        : std::make_unique<QSettings>(state.SettingsFile, QSettings::IniFormat);
+        : std::make_unique<QSettings>(settingsFile, QSettings::IniFormat);
     settings->beginGroup(QString::fromLatin1(kGroup));
     return settings;
 }
 
 // The file behind a store, or "" when the store is not a file (the Windows
 // registry, whose key path QSettings also reports as its "file name").
-QString storeFile(const ProgramState &state)
+QString storeFile(const QString &settingsFile)
 {
-    if (!state.SettingsFile.isEmpty())
-        return state.SettingsFile;
+    if (!settingsFile.isEmpty())
+        return settingsFile;
 #ifdef Q_OS_WIN
     return {};
 #else
@@ -102,24 +102,24 @@ QString DecodeSetting(const QString &text)
     return shifted(text, -3);
 }
 
-Credentials::Stored Credentials::read(const ProgramState &state)
+Credentials::Stored Credentials::read(const QString &settingsFile)
 {
-    auto settings = openStore(state);
+    auto settings = openStore(settingsFile);
     return { readKey(*settings, UserKey), readKey(*settings, PasswordKey),
         readKey(*settings, UrlKey) };
 }
 
-void Credentials::save(const ProgramState &state, const Stored &stored)
+void Credentials::save(const QString &settingsFile, const Stored &stored)
 {
     // A store that is a file (ours, or the user's own outside Windows) is
     // made its owner's alone before anything is written into it.
-    const QString file = storeFile(state);
+    const QString file = storeFile(settingsFile);
     if (!file.isEmpty() && QFileInfo(file).isAbsolute()) {
         QDir().mkpath(QFileInfo(file).path());
         prepareIniFile(file);
     }
     {
-        auto settings = openStore(state);
+        auto settings = openStore(settingsFile);
         settings->setValue(QString::fromLatin1(UserKey), stored.username);
         settings->setValue(QString::fromLatin1(PasswordKey), stored.password);
         settings->setValue(QString::fromLatin1(UrlKey), stored.url);
@@ -131,18 +131,17 @@ void Credentials::save(const ProgramState &state, const Stored &stored)
         QFile::setPermissions(file, kOwnerOnly);
 }
 
-void Credentials::saveFromState(const ProgramState &state)
+void Credentials::saveLogin(const QString &settingsFile, const ProcessorLogin &login)
 {
-    save(state,
-        { EncodeSetting(state.ProcessorUser), EncodeSetting(state.ProcessorPassword),
-            EncodeSetting(state.ProcessorUrl) });
+    save(settingsFile,
+        { EncodeSetting(login.user), EncodeSetting(login.password), EncodeSetting(login.url) });
 }
 
 void Credentials::resetLogIn(ProgramState &state, LoginScreen &login)
 {
     login.showLogin(state);
-    if (!state.LoginMissing)
-        saveFromState(state);
+    if (!state.login.missing)
+        saveLogin(state.settingsFile, state.login);
     else
         showLoginNotice(state);
 }

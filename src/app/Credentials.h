@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/RunSettings.h"
+
 #include <QString>
 
 class LoginScreen;
@@ -18,8 +20,8 @@ QString DecodeSetting(const QString &text);
 // Windows they live in the registry under HKEY_CURRENT_USER\Software\VB and
 // VBA Program Settings\Dwellix\Parameters, where the host platform's own
 // per-user settings API keeps them; elsewhere in the user's settings file for
-// organisation and application "Dwellix". state.SettingsFile names an INI
-// file to use instead of the user's own store.
+// organisation and application "Dwellix". A settings file names an INI
+// file to use instead of the user's own store (empty: the user's own).
 class Credentials
 {
 public:
@@ -34,12 +36,12 @@ public:
         QString password;
         QString url;
     };
-    static Stored read(const ProgramState &state);
+    static Stored read(const QString &settingsFile);
     // Writes the three already-encoded values, in the order username,
     // password, url.
-    static void save(const ProgramState &state, const Stored &stored);
-    // Encodes ProcessorUser, ProcessorPassword and ProcessorUrl and saves them.
-    static void saveFromState(const ProgramState &state);
+    static void save(const QString &settingsFile, const Stored &stored);
+    // Encodes the login's user, password and URL and saves them.
+    static void saveLogin(const QString &settingsFile, const ProcessorLogin &login);
 
     // "Reset Log in" of the main menu: shows the login screen; a complete
     // entry is saved, otherwise the login notice is shown.

@@ -1,6 +1,5 @@
 #include "app/IdFile.h"
 
-#include "app/ProgramState.h"
 #include "core/RuntimeError.h"
 #include "core/TransferFile.h"
 
@@ -50,11 +49,11 @@ QStringList lineItems(const QString &line)
 
 } // namespace
 
-void LoadIDFile(ProgramState &state)
+void LoadIDFile(const QString &folder, AccountSettings &account)
 {
     // The host application writes IDFILE.DAT; a missing file is the
     // runtime's file-not-found error in the caller.
-    const QString text = TransferFile::readWhole(state.pathOf(u"IDFILE.DAT"_qs));
+    const QString text = TransferFile::readWhole(folder + u"/IDFILE.DAT"_qs);
 
     QString normalised = text;
     normalised.replace(u"\r\n"_qs, u"\n"_qs);
@@ -71,16 +70,16 @@ void LoadIDFile(ProgramState &state)
         for (const QString &item : lineItems(line)) {
             switch (counter) {
             case 9:
-                state.IdItems[0] = item;
+                account.idItems[0] = item;
                 break;
             case 10:
-                state.IdItems[1] = item;
+                account.idItems[1] = item;
                 break;
             case 15:
             case 16:
             case 17:
             case 18:
-                state.IdItems[counter - 13] = item;
+                account.idItems[counter - 13] = item;
                 break;
             default:
                 break;

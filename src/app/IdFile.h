@@ -1,7 +1,8 @@
 #pragma once
 
-class ProgramState;
+#include "core/RunSettings.h"
 
-// Reads IDFILE.DAT of the program's folder into state.IdItems (items 9, 10,
-// 15-18, counting from 0). A missing file raises the file-not-found error.
-void LoadIDFile(ProgramState &state);
+// Reads IDFILE.DAT of the given folder into account.idItems (items 9, 10,
+// 15-18, counting from 0), each as it is read. A missing file raises the
+// file-not-found error.
+void LoadIDFile(const QString &folder, AccountSettings &account);

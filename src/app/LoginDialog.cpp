@@ -110,11 +110,11 @@ void LoginDialog::showEvent(QShowEvent *event)
 void LoginDialog::saveAndExit()
 {
     TopLevel::run(m_state, [&] {
-        m_state.ProcessorUrl = VbText::Trim(m_txtURL->text());
-        m_state.ProcessorUser = VbText::Trim(m_txtUserName->text());
-        m_state.ProcessorPassword = VbText::Trim(m_txtPassword->text());
-        m_state.LoginMissing = m_state.ProcessorUrl.isEmpty() || m_state.ProcessorUser.isEmpty()
-            || m_state.ProcessorPassword.isEmpty();
+        m_state.login.url = VbText::Trim(m_txtURL->text());
+        m_state.login.user = VbText::Trim(m_txtUserName->text());
+        m_state.login.password = VbText::Trim(m_txtPassword->text());
+        m_state.login.missing = m_state.login.url.isEmpty() || m_state.login.user.isEmpty()
+            || m_state.login.password.isEmpty();
         accept();
     });
 }

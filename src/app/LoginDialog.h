@@ -9,7 +9,7 @@ class QPushButton;
 
 // "Remitra Login Page": asks for the processor user name, password and URL.
 // The boxes always open empty. "Save and Exit" puts the trimmed entries into
-// the state and sets LoginMissing; "Cancel" changes nothing. Nothing is
+// the state and sets login.missing; "Cancel" changes nothing. Nothing is
 // written to the settings store here.
 class LoginDialog : public QDialog
 {

@@ -246,7 +246,7 @@ void MainMenuWindow::showLogin(ProgramState &state)
 
 bool MainMenuWindow::loginPresent()
 {
-    if (m_state.LoginMissing) {
+    if (m_state.login.missing) {
         Credentials::showLoginNotice(m_state);
         return false;
     }
@@ -257,7 +257,7 @@ bool MainMenuWindow::loginPresent()
 
 bool MainMenuWindow::disbursementAllowed()
 {
-    if (!m_state.DisbursementEnabled) {
+    if (!m_state.disbursementEnabled) {
         m_state.prompter().notice(notYetAvailableText(), notYetAvailableTitle());
         return false;
     }

@@ -40,7 +40,7 @@ HostDb &ProgramState::db() const
 
 std::unique_ptr<ProcessorClient> ProgramState::newClient() const
 {
-    if (!ClientFactory)
+    if (!clientFactory)
         throw RuntimeError(429, u"ActiveX component can't create object"_qs);
-    return ClientFactory();
+    return clientFactory();
 }

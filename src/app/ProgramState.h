@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/RunSettings.h"
 #include "hostdb/HostDb.h"
 #include "hostdb/RemitraStore.h"
 #include "processor/ProcessorClient.h"
@@ -13,8 +14,9 @@
 class Prompter;
 
 // The one shared state of a run, from start-up to the end of the main menu.
-// Passed by reference to every screen and job; there are no globals. Field
-// names are the ones the product's routines use.
+// Passed by reference to every screen; a job that needs only a part (the
+// login, the transfer file names, the account settings, the last result)
+// takes that part. There are no globals.
 class ProgramState
 {
 public:
@@ -44,36 +46,29 @@ public:
     // A fresh processor client for one job.
     std::unique_ptr<ProcessorClient> newClient() const;
 
-    QString DatabasePath;
-    QString SiteCode;
-    QString MsgAnswer;
-    std::array<QString, 6> IdItems;
-    bool LoginMissing = false;
-    bool DisbursementEnabled = true;
-    qint16 ResultCode = 0;
-    QString ResultText;
-    QString ProcessorUrl;
-    QString ProcessorUser;
-    QString ProcessorPassword;
-    QString SetupUploadName;
-    QString TenantUploadName;
-    QString PaymentDownloadName;
-    QString OwnerUploadName;
-    QString VendorUploadName;
-    QString DisbursementUploadName;
+    // The host database file and the site it serves.
+    QString databasePath;
+    QString siteCode;
+    // The last message box answer a routine kept ("6" Yes, "7" No).
+    QString msgAnswer;
+    AccountSettings account;
+    bool disbursementEnabled = true;
+    ProcessorLogin login;
+    ProcessorResult lastResult;
+    TransferFileNames files;
 
     // Where the credentials are kept: empty for the user's own settings
     // store, or an INI file given with --settings.
-    QString SettingsFile;
+    QString settingsFile;
     // Seconds a processor call may take before it counts as unanswered.
-    int ProcessorTimeoutSeconds = 120;
+    int processorTimeoutSeconds = 120;
     // Creates the client for each job; the program sets the HTTP client,
     // tests may hand in a scripted one.
-    ProcessorClientFactory ClientFactory;
+    ProcessorClientFactory clientFactory;
     // Ends the program (unloads the main screen). Set by the program; a
     // headless run records the request.
-    std::function<void()> EndProgram;
-    bool EndRequested = false;
+    std::function<void()> endProgram;
+    bool endRequested = false;
 
 private:
     Prompter *m_prompter;

@@ -20,37 +20,37 @@ namespace {
 // entry stays incomplete (the login notice has been shown then).
 bool readCredentials(ProgramState &state, LoginScreen &login)
 {
-    Credentials::Stored stored = Credentials::read(state);
+    Credentials::Stored stored = Credentials::read(state.settingsFile);
     if (stored.username.isEmpty() || stored.password.isEmpty() || stored.url.isEmpty()) {
         login.showLogin(state);
-        if (state.LoginMissing) {
+        if (state.login.missing) {
             Credentials::showLoginNotice(state);
             return false;
         }
         // A cancelled screen left the state values empty: empty values are
         // saved then, and the entry counts as missing below.
-        stored = { EncodeSetting(state.ProcessorUser), EncodeSetting(state.ProcessorPassword),
-            EncodeSetting(state.ProcessorUrl) };
-        Credentials::save(state, stored);
+        stored = { EncodeSetting(state.login.user), EncodeSetting(state.login.password),
+            EncodeSetting(state.login.url) };
+        Credentials::save(state.settingsFile, stored);
     }
-    state.ProcessorUser = DecodeSetting(stored.username);
-    state.ProcessorPassword = DecodeSetting(stored.password);
-    state.ProcessorUrl = DecodeSetting(stored.url);
-    state.LoginMissing = state.ProcessorUser.isEmpty() || state.ProcessorPassword.isEmpty()
-        || state.ProcessorUrl.isEmpty();
+    state.login.user = DecodeSetting(stored.username);
+    state.login.password = DecodeSetting(stored.password);
+    state.login.url = DecodeSetting(stored.url);
+    state.login.missing = state.login.user.isEmpty() || state.login.password.isEmpty()
+        || state.login.url.isEmpty();
     return true;
 }
 
 void buildFileNames(ProgramState &state)
 {
-    state.SiteCode = u"DXRM"_qs;
-    const QString site = VbText::Trim(state.SiteCode);
-    state.SetupUploadName = u"DX_Quenta_Setup_"_qs + site + u".txt"_qs;
-    state.TenantUploadName = u"DX_Quenta_Tenant_"_qs + site + u".txt"_qs;
-    state.PaymentDownloadName = u"DX_Quenta_PaymentFile.txt"_qs;
-    state.OwnerUploadName = u"DX_Quenta_Owner_"_qs + site + u".txt"_qs;
-    state.VendorUploadName = u"DX_Quenta_Vendor_"_qs + site + u".txt"_qs;
-    state.DisbursementUploadName = u"DX_Quenta_DisbursementPayment.txt"_qs;
+    state.siteCode = u"DXRM"_qs;
+    const QString site = VbText::Trim(state.siteCode);
+    state.files.setupUpload = u"DX_Quenta_Setup_"_qs + site + u".txt"_qs;
+    state.files.tenantUpload = u"DX_Quenta_Tenant_"_qs + site + u".txt"_qs;
+    state.files.paymentDownload = u"DX_Quenta_PaymentFile.txt"_qs;
+    state.files.ownerUpload = u"DX_Quenta_Owner_"_qs + site + u".txt"_qs;
+    state.files.vendorUpload = u"DX_Quenta_Vendor_"_qs + site + u".txt"_qs;
+    state.files.disbursementUpload = u"DX_Quenta_DisbursementPayment.txt"_qs;
 }
 
 // Enrolment changes saved in Dwellix that an earlier run could not send go
@@ -88,10 +88,10 @@ Startup::Outcome Startup::run(
     ProgramState &state, LoginScreen &login, const PaymentCheck &paymentCheck)
 {
     try {
-        state.LoginMissing = false;
-        state.DisbursementEnabled = true;
+        state.login.missing = false;
+        state.disbursementEnabled = true;
         const QString sqlite = state.pathOf(QString::fromLatin1(HostDb::SqliteFileName));
-        state.DatabasePath = QFileInfo(sqlite).isFile()
+        state.databasePath = QFileInfo(sqlite).isFile()
             ? sqlite
             : state.pathOf(QString::fromLatin1(HostDb::AccessFileName));
 
@@ -99,14 +99,14 @@ Startup::Outcome Startup::run(
         // part of the program checks the fields it needs when it starts.
         auto db = HostDb::openFolder(state.folder());
         db->checkHoldsTables();
-        state.DatabasePath = db->path();
+        state.databasePath = db->path();
         state.setHostDb(std::move(db));
         settleJournal(state);
 
         if (!readCredentials(state, login))
             return Outcome::ShowMainMenu;
 
-        if (!state.LoginMissing) {
+        if (!state.login.missing) {
             buildFileNames(state);
             paymentCheck(state);
             sendOwedUploads(state);
@@ -120,7 +120,7 @@ Startup::Outcome Startup::run(
         case 3024:
             // An Access file that is there but cannot be opened (no driver
             // on this computer) is not a missing file: its reason is shown.
-            if (QFileInfo(state.DatabasePath).isFile())
+            if (QFileInfo(state.databasePath).isFile())
                 state.prompter().notice(error.description(), u"Remitra"_qs);
             else
                 state.prompter().notice(dataFileNotFoundText(), u"Remitra"_qs);

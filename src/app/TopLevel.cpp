@@ -28,9 +28,9 @@ void reportFatal(ProgramState &state, const RuntimeError &error)
         return;
     }
     state.prompter().notice(errorText(error), u"Remitra"_qs, Prompter::Icon::Critical);
-    state.EndRequested = true;
-    if (state.EndProgram)
-        state.EndProgram();
+    state.endRequested = true;
+    if (state.endProgram)
+        state.endProgram();
 }
 
 } // namespace TopLevel

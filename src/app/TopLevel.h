@@ -15,7 +15,7 @@ namespace TopLevel {
 QString errorText(const RuntimeError &error);
 
 // Shows the error through the state's prompter and requests the end of the
-// program (state.EndProgram). A busy host database is only reported: the
+// program (state.endProgram). A busy host database is only reported: the
 // writes were rolled back and the command can be run again. So is a table or
 // field that the host database lacks ("Company Remitra field not found"):
 // the command that needs it stops, the rest of the program goes on.

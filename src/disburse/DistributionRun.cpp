@@ -171,7 +171,7 @@ bool DistributionRun::MakePaymentsNow(
     if (rows.isEmpty())
         return false;
 
-    const QString distribution = m_state.pathOf(m_state.DisbursementUploadName);
+    const QString distribution = m_state.pathOf(m_state.files.disbursementUpload);
     DistributionFile::write(m_state.db(), distribution, rows);
 
     QString paymentText;
@@ -194,7 +194,7 @@ bool DistributionRun::MakePaymentsNow(
     bool answered = false;
     QString responseText;
     ExchangeJournal exchange(m_state, Journal::Kind::Distribution,
-        { { m_state.DisbursementUploadName }, DistributionJournal::lines(rows), rows.size(),
+        { { m_state.files.disbursementUpload }, DistributionJournal::lines(rows), rows.size(),
             DistributionJournal::total(rows) });
     ProcessorCall::transmitPayees(m_state, QStringLiteral(""), paymentText,
         exchange.keep([&](const ProcessorCall::Outcome &outcome) {
@@ -221,7 +221,7 @@ bool DistributionRun::MakePaymentsNow(
             exchange.receives(
                 DistributionFile::ResponseName, FileArchive::keep(m_state.folder(), responsePath));
         }));
-    if (m_state.ResultCode != 200)
+    if (m_state.lastResult.code != 200)
         return false;
     if (!answered) {
         m_state.prompter().notice(
@@ -291,7 +291,7 @@ bool DistributionRun::finish(ProgramState &state, qint64 runId, const QList<Paym
         capture.attach(journalRun);
         messages = posting.messages();
 
-        const QString sent = state.pathOf(state.DisbursementUploadName);
+        const QString sent = state.pathOf(state.files.disbursementUpload);
         if (TransferFile::exists(sent))
             TransferFile::renameReplacing(sent, state.pathOf(DistributionFile::LastUploadName));
     }

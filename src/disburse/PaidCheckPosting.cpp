@@ -131,7 +131,7 @@ void PaidCheckPosting::showMessages(
             prompter.notice(m.text, kNotPostedTitle);
         } else if (!stopRejections) {
             const bool yes = prompter.ask(m.text, kRejectedTitle) == Prompter::Answer::Yes;
-            state.MsgAnswer = yes ? u"6"_qs : u"7"_qs;
+            state.msgAnswer = yes ? u"6"_qs : u"7"_qs;
             if (!yes)
                 stopRejections = true;
         }

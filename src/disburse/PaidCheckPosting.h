@@ -59,7 +59,7 @@ public:
     // Shows the collected messages: a missing ledger record as a notice
     // ("Post Transaction"); a rejection as a Yes/No question ("Dwellix
     // Remitra") while stopRejections is off. The answer goes to
-    // state.MsgAnswer ("6" Yes, "7" No); No turns stopRejections on.
+    // state.msgAnswer ("6" Yes, "7" No); No turns stopRejections on.
     static void showMessages(
         ProgramState &state, const QList<Message> &messages, bool &stopRejections);
 

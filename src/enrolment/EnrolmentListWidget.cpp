@@ -219,7 +219,7 @@ void EnrolmentListWidget::selectAllRows()
         const bool activate = m_chkSelectAll->isChecked();
         const Prompter::Answer answer = m_state.prompter().ask(
             activate ? m_texts.askActivate : m_texts.askRemove, m_texts.askTitle);
-        m_state.MsgAnswer = answer == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
+        m_state.msgAnswer = answer == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
         if (answer != Prompter::Answer::Yes)
             return;
         commitPendingEdit();

@@ -14,7 +14,7 @@ using namespace PortfolioQueries;
 void ExportTenantsCsv(ProgramState &state)
 {
     Prompter &prompter = state.prompter();
-    if (state.LoginMissing) {
+    if (state.login.missing) {
         prompter.notice(UploadTexts::loginNotice(), UploadTexts::loginTitle());
         return;
     }

@@ -48,7 +48,7 @@ void TenantEnrolmentDialog::exportCsv()
             "Remitra service. The file name that will be created is 'RemitraExport.csv' and "
             "will be found in your Dwellix folder.\r\rDo you want to create the file now?"_qs,
             u"Remitra Export"_qs);
-        m_state.MsgAnswer = answer == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
+        m_state.msgAnswer = answer == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
         if (answer != Prompter::Answer::Yes)
             return;
         // A flag still being typed is saved before the file is read.

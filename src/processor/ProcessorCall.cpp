@@ -24,17 +24,17 @@ template <typename Send>
 Outcome call(
     ProgramState &state, const QString &url, const QString &activity, const Keep &keep, Send &&send)
 {
-    if (!fileNamesBuilt(state))
+    if (!fileNamesBuilt(state.files))
         throw RuntimeError::badFileName();
     std::unique_ptr<ProcessorClient> client = state.newClient();
     BusyCursor busy(state.prompter());
     CallStatus status(state.prompter(), activity);
     client->setUrl(url);
-    client->setUserName(state.ProcessorUser);
-    client->setPassword(state.ProcessorPassword);
+    client->setUserName(state.login.user);
+    client->setPassword(state.login.password);
     const bool flag = send(*client);
     status.release();
-    state.ResultText = flag ? u"True"_qs : u"False"_qs;
+    state.lastResult.text = flag ? u"True"_qs : u"False"_qs;
     const qint32 code = client->ResultCode();
     if (code < std::numeric_limits<qint16>::min() || code > std::numeric_limits<qint16>::max()) {
         busy.release();
@@ -47,8 +47,8 @@ Outcome call(
     if (keep)
         keep(outcome);
     busy.release();
-    state.ResultCode = outcome.code;
-    ReportResult(state, state.ResultCode);
+    state.lastResult.code = outcome.code;
+    ReportResult(state.prompter(), state.lastResult);
     return outcome;
 }
 
@@ -57,29 +57,29 @@ Outcome call(
 Outcome transmit(
     ProgramState &state, const CallText &setupText, const CallText &tenantText, const Keep &keep)
 {
-    return call(state, state.ProcessorUrl, CallStatus::transmitText(setupText, tenantText), keep,
+    return call(state, state.login.url, CallStatus::transmitText(setupText, tenantText), keep,
         [&](ProcessorClient &c) { return c.Transmit(setupText, tenantText); });
 }
 
 Outcome transmitPayees(
     ProgramState &state, const CallText &payeeText, const CallText &paymentText, const Keep &keep)
 {
-    const QString url = payeeUrl(state.ProcessorUrl);
+    const QString url = payeeUrl(state.login.url);
     return call(
         state, url, CallStatus::payeesText(payeeText, paymentText), keep, [&](ProcessorClient &c) {
             return c.TransmitPayees(payeeText, paymentText, CallText(QStringLiteral("")));
         });
 }
 
-bool fileNamesBuilt(const ProgramState &state)
+bool fileNamesBuilt(const TransferFileNames &files)
 {
-    return !state.PaymentDownloadName.isEmpty() && !state.DisbursementUploadName.isEmpty()
-        && !state.TenantUploadName.isEmpty();
+    return !files.paymentDownload.isEmpty() && !files.disbursementUpload.isEmpty()
+        && !files.tenantUpload.isEmpty();
 }
 
 bool checkFileNames(ProgramState &state)
 {
-    if (fileNamesBuilt(state))
+    if (fileNamesBuilt(state.files))
         return true;
     state.prompter().notice(kRestartText, u"Remitra"_qs);
     return false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/RunSettings.h"
 #include "processor/CallText.h"
 
 #include <QString>
@@ -9,10 +10,10 @@
 class ProgramState;
 
 // One exchange with the processor, in the sequence every caller follows:
-// a fresh client, the wait cursor, Url/UserName/Password from the state,
-// the call, state.ResultText "True"/"False", the pointer back,
-// state.ResultCode (a code outside 16 bits raises the overflow error), and
-// ReportResult.
+// a fresh client, the wait cursor, the URL, user and password of
+// state.login, the call, state.lastResult.text "True"/"False", the pointer
+// back, state.lastResult.code (a code outside 16 bits raises the overflow
+// error), and ReportResult.
 //
 // The processor cannot take back what it has done, so a caller whose answer
 // carries money (rent handed over, payments accepted) gives a `keep` step:
@@ -31,7 +32,7 @@ struct Outcome
 };
 using Keep = std::function<void(const Outcome &)>;
 
-// Transmit(setupText, tenantText) to state.ProcessorUrl. A text given as its
+// Transmit(setupText, tenantText) to state.login.url. A text given as its
 // transfer file (CallText::file) is sent from disk.
 Outcome transmit(ProgramState &state, const CallText &setupText, const CallText &tenantText,
     const Keep &keep = {});
@@ -42,7 +43,7 @@ Outcome transmitPayees(ProgramState &state, const CallText &payeeText, const Cal
 // True once start-up has built the transfer file names. A log in completed
 // after start-up leaves them unbuilt until Remitra starts again; no transfer
 // may reach the processor meanwhile, as its answer could not be stored.
-bool fileNamesBuilt(const ProgramState &state);
+bool fileNamesBuilt(const TransferFileNames &files);
 // Tells the user that Remitra must be restarted (when the names are not
 // built) and returns false; true when they are.
 bool checkFileNames(ProgramState &state);

@@ -37,7 +37,7 @@ bool paymentFileWaits(ProgramState &state)
     // A file whose payments were all posted by a run that ended before
     // moving it aside is moved now: it is not waiting any more.
     PaymentFile::settlePosted(state);
-    return TransferFile::exists(state.pathOf(state.PaymentDownloadName));
+    return TransferFile::exists(state.pathOf(state.files.paymentDownload));
 }
 
 // Keeps a copy of a downloaded payment file in the archive folder of the
@@ -77,11 +77,11 @@ std::pair<qint64, Currency> paymentsIn(const QString &content)
 
 void CheckForPaymentFile(ProgramState &state)
 {
-    if (state.LoginMissing) {
+    if (state.login.missing) {
         state.prompter().notice(kLoginText, kLoginTitle);
         return;
     }
-    LoadIDFile(state);
+    LoadIDFile(state.folder(), state.account);
     if (paymentFileWaits(state)) {
         state.prompter().notice(kWaitingAtStart, kNoticeTitle);
         return;
@@ -91,7 +91,7 @@ void CheckForPaymentFile(ProgramState &state)
 
 void DownloadPaymentFile(ProgramState &state)
 {
-    if (state.LoginMissing) {
+    if (state.login.missing) {
         state.prompter().notice(kLoginText, kLoginTitle);
         return;
     }
@@ -125,9 +125,9 @@ void DownloadPaymentFile(ProgramState &state)
             } catch (const RuntimeError &error) {
                 archiveError = error;
             }
-            TransferFile::writeAtomic(state.pathOf(state.PaymentDownloadName), content);
+            TransferFile::writeAtomic(state.pathOf(state.files.paymentDownload), content);
             const auto [count, total] = paymentsIn(content);
-            exchange.receives(state.PaymentDownloadName, archive, count, total);
+            exchange.receives(state.files.paymentDownload, archive, count, total);
         }));
     if (archiveError)
         throw *archiveError;

@@ -1,12 +1,11 @@
 #include "processor/ReportResult.h"
 
-#include "app/ProgramState.h"
 #include "core/Prompter.h"
 
-void ReportResult(ProgramState &state, qint16 code)
+void ReportResult(Prompter &prompter, const ProcessorResult &result)
 {
-    Prompter &prompter = state.prompter();
-    if (state.ResultText == u"True"_qs && code == 200) {
+    const qint16 code = result.code;
+    if (result.text == u"True"_qs && code == 200) {
         prompter.notice(u"Successful connection to Quenta Payment Services!"_qs, u"Dwellix Remitra"_qs);
         return;
     }

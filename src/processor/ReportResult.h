@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QtGlobal>
+#include "core/RunSettings.h"
 
-class ProgramState;
+class Prompter;
 
 // Tells the user the outcome of the last processor call: the success notice
 // for flag "True" with code 200, otherwise the error message for the code
-// (title "Remitra error"). Reads state.ResultText.
-void ReportResult(ProgramState &state, qint16 code);
+// (title "Remitra error").
+void ReportResult(Prompter &prompter, const ProcessorResult &result);

@@ -33,9 +33,9 @@ void Deposit::CreateDeposit()
 
 void Deposit::CreateSplits()
 {
-    const AccountSetting rent = PostPayments::rentIncome(m_state);
-    const AccountSetting late = PostPayments::lateFee(m_state);
-    const QString defaultRemark = PostPayments::rentDefaultRemark(m_state);
+    const AccountSetting rent = PostPayments::rentIncome(m_state.account);
+    const AccountSetting late = PostPayments::lateFee(m_state.account);
+    const QString defaultRemark = PostPayments::rentDefaultRemark(m_state.account);
     for (const RentPayment &row : m_rows) {
         m_ledger.atLine(row.line);
         const Currency amount = row.amount.value_or(Currency()).abs();

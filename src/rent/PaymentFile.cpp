@@ -183,12 +183,12 @@ void moveAside(const ProgramState &state)
     const QString last = state.pathOf(LastDownloadName);
     if (TransferFile::exists(last) && !TransferFile::remove(last))
         throw RuntimeError::permissionDenied();
-    TransferFile::renameReplacing(state.pathOf(state.PaymentDownloadName), last);
+    TransferFile::renameReplacing(state.pathOf(state.files.paymentDownload), last);
 }
 
 QString fileSha256(const ProgramState &state)
 {
-    const QString path = state.pathOf(state.PaymentDownloadName);
+    const QString path = state.pathOf(state.files.paymentDownload);
     if (!TransferFile::exists(path))
         throw RuntimeError::fileNotFound();
     QFile file(path);
@@ -214,8 +214,8 @@ bool settleFile(ProgramState &state, const QString &sha)
 
 bool settlePosted(ProgramState &state)
 {
-    if (state.PaymentDownloadName.isEmpty()
-        || !TransferFile::exists(state.pathOf(state.PaymentDownloadName)))
+    if (state.files.paymentDownload.isEmpty()
+        || !TransferFile::exists(state.pathOf(state.files.paymentDownload)))
         return false;
     return settleFile(state, fileSha256(state));
 }
@@ -251,7 +251,7 @@ LoadResult load(ProgramState &state)
     try {
         // The file is read once: its text and its SHA-256 come from the
         // same bytes.
-        const QString path = state.pathOf(state.PaymentDownloadName);
+        const QString path = state.pathOf(state.files.paymentDownload);
         if (!TransferFile::exists(path))
             throw RuntimeError::fileNotFound();
         QFile file(path);

@@ -23,7 +23,7 @@ const QString kTenantMissing
     = u"The above Remitra deposit does not have a Tenant set up for Remitra, this must be "
       "corrected before you can update any ledgers."_qs;
 
-// Positions of the account settings in IdItems.
+// Positions of the account settings in account.idItems.
 enum Item { RentCategory = 0, RentDefault = 1, FeeCategory = 2, LateCategory = 4, LateDefault = 5 };
 
 } // namespace
@@ -37,29 +37,29 @@ PostPayments::PostPayments(ProgramState &state, RentLedger &ledger, const RentPa
 {
 }
 
-AccountSetting PostPayments::rentIncome(const ProgramState &state)
+AccountSetting PostPayments::rentIncome(const AccountSettings &account)
 {
-    return AccountSetting::fromItem(state.IdItems[RentCategory]);
+    return AccountSetting::fromItem(account.idItems[RentCategory]);
 }
 
-AccountSetting PostPayments::lateFee(const ProgramState &state)
+AccountSetting PostPayments::lateFee(const AccountSettings &account)
 {
-    return AccountSetting::fromItem(state.IdItems[LateCategory]);
+    return AccountSetting::fromItem(account.idItems[LateCategory]);
 }
 
-AccountSetting PostPayments::managementFee(const ProgramState &state)
+AccountSetting PostPayments::managementFee(const AccountSettings &account)
 {
-    return AccountSetting::fromItem(state.IdItems[FeeCategory]);
+    return AccountSetting::fromItem(account.idItems[FeeCategory]);
 }
 
-QString PostPayments::rentDefaultRemark(const ProgramState &state)
+QString PostPayments::rentDefaultRemark(const AccountSettings &account)
 {
-    return AccountSetting::defaultText(state.IdItems[RentDefault]);
+    return AccountSetting::defaultText(account.idItems[RentDefault]);
 }
 
-QString PostPayments::lateDefaultRemark(const ProgramState &state)
+QString PostPayments::lateDefaultRemark(const AccountSettings &account)
 {
-    return AccountSetting::defaultText(state.IdItems[LateDefault]);
+    return AccountSetting::defaultText(account.idItems[LateDefault]);
 }
 
 std::optional<Currency> PostPayments::managementFeeFor(
@@ -94,10 +94,10 @@ void PostPayments::reportStop()
 bool PostPayments::run()
 {
     BusyCursor busy(m_state.prompter());
-    m_rent = rentIncome(m_state);
+    m_rent = rentIncome(m_state.account);
     if (!m_rent.valid)
         return stop(kNoRentCategory);
-    m_late = lateFee(m_state);
+    m_late = lateFee(m_state.account);
     if (!m_late.valid)
         return stop(kNoLateCategory);
     for (const RentPayment &row : m_rows) {
@@ -118,7 +118,7 @@ bool PostPayments::postRow(const RentPayment &row)
     const QVariant tenantKey = RentPayment::key(tenantId);
     const Currency amount = row.amount.value_or(Currency()).abs();
     const QVariant remark = m_choices.remarkFor(
-        row.method, late ? lateDefaultRemark(m_state) : rentDefaultRemark(m_state));
+        row.method, late ? lateDefaultRemark(m_state.account) : rentDefaultRemark(m_state.account));
 
     RentLedger::Line line;
     line.accountId = RentPayment::longValue(setting.accountId);
@@ -166,7 +166,7 @@ bool PostPayments::postFee(const RentPayment &row, const RentLedger::Line &line)
 {
     if (!m_choices.postMgmtFees || !row.isRent())
         return true;
-    const AccountSetting feeSetting = managementFee(m_state);
+    const AccountSetting feeSetting = managementFee(m_state.account);
     if (!feeSetting.valid)
         return stop(kNoFeeCategory);
     Currency fee;

@@ -2,6 +2,7 @@
 
 #include "hostdb/RentLedger.h"
 #include "hostdb/RentPostingRecord.h"
+#include "core/RunSettings.h"
 #include "rent/AccountSetting.h"
 #include "rent/PostingChoices.h"
 #include "rent/RentPayment.h"
@@ -39,12 +40,12 @@ public:
     // The rows that reached the ledger in this run, in order.
     const QList<Written> &written() const { return m_written; }
 
-    // The account settings the posting and the deposit read from IdItems.
-    static AccountSetting rentIncome(const ProgramState &state);
-    static AccountSetting lateFee(const ProgramState &state);
-    static AccountSetting managementFee(const ProgramState &state);
-    static QString rentDefaultRemark(const ProgramState &state);
-    static QString lateDefaultRemark(const ProgramState &state);
+    // The account settings the posting and the deposit read.
+    static AccountSetting rentIncome(const AccountSettings &account);
+    static AccountSetting lateFee(const AccountSettings &account);
+    static AccountSetting managementFee(const AccountSettings &account);
+    static QString rentDefaultRemark(const AccountSettings &account);
+    static QString lateDefaultRemark(const AccountSettings &account);
 
     // The management fee on a rent payment for an owner's OMgmtFee setting:
     // a flat amount, or "n%" of the payment (4 decimal places, not rounded to

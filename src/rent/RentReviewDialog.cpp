@@ -54,7 +54,7 @@ const QString kLeaveQuestion
     = u"You are trying to leave without updating your TENANT LEDGERS. Are you SURE you want to "
       "exit WITHOUT POSTING these transactions?"_qs;
 
-// The message box result kept in MsgAnswer: "6" Yes, "7" No.
+// The message box result kept in state.msgAnswer: "6" Yes, "7" No.
 QString answerText(Prompter::Answer answer)
 {
     return answer == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
@@ -306,7 +306,7 @@ void RentReviewDialog::deleteAllRows()
 {
     TopLevel::run(m_state, [this] {
         const Prompter::Answer answer = m_state.prompter().ask(kDeleteAllQuestion, u"Remitra"_qs);
-        m_state.MsgAnswer = answerText(answer);
+        m_state.msgAnswer = answerText(answer);
         if (answer != Prompter::Answer::Yes)
             return;
         try {
@@ -398,7 +398,7 @@ bool RentReviewDialog::unload()
         return true;
     const Prompter::Answer answer
         = m_state.prompter().ask(kLeaveQuestion, u"Remitra Transaction Posting"_qs);
-    m_state.MsgAnswer = answerText(answer);
+    m_state.msgAnswer = answerText(answer);
     return answer == Prompter::Answer::Yes;
 }
 

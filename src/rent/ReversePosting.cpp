@@ -205,7 +205,7 @@ bool canPutBack(ProgramState &state, const Journal::Run &run)
 {
     if (run.kind != Journal::Kind::RentPosting || run.result.state != Journal::Reversed)
         return false;
-    if (TransferFile::exists(state.pathOf(state.PaymentDownloadName)))
+    if (TransferFile::exists(state.pathOf(state.files.paymentDownload)))
         return false;
     return !Journal(state.store()).archiveOf(run.fileSha256, state.folder()).isEmpty();
 }
@@ -216,7 +216,7 @@ namespace {
 // why not.
 QString putFileBack(ProgramState &state, const Journal::Run &run, qint64 reversalRun)
 {
-    const QString target = state.pathOf(state.PaymentDownloadName);
+    const QString target = state.pathOf(state.files.paymentDownload);
     // The very file may be waiting already (put back by a later run's
     // reversal).
     if (TransferFile::exists(target) && FileArchive::factsOf(target).sha256 == run.fileSha256)
@@ -239,7 +239,7 @@ QString putFileBack(ProgramState &state, const Journal::Run &run, qint64 reversa
                "not put back."_qs;
     TransferFile::writeAtomicBytes(target, bytes);
     journal.addFile(reversalRun ? reversalRun : run.id,
-        { u"put back"_qs, state.PaymentDownloadName, bytes.size(), run.fileSha256, archive });
+        { u"put back"_qs, state.files.paymentDownload, bytes.size(), run.fileSha256, archive });
     return {};
 }
 

@@ -54,7 +54,7 @@ namespace {
 QString firstUnreadable(
     ProgramState &state, const RentPayments &rows, const PostingChoices &choices)
 {
-    const bool fees = choices.postMgmtFees && PostPayments::managementFee(state).valid;
+    const bool fees = choices.postMgmtFees && PostPayments::managementFee(state.account).valid;
     std::optional<RentLookup::ReadScope> snapshot;
     std::optional<RentLedger> ledger;
     if (fees) {
@@ -98,8 +98,8 @@ namespace {
 // one the download made, or a new one when there is none).
 Journal::File postedFile(ProgramState &state, const QString &fileSha256)
 {
-    Journal::File file { u"posted"_qs, state.PaymentDownloadName, 0, fileSha256, {} };
-    const QString path = state.pathOf(state.PaymentDownloadName);
+    Journal::File file { u"posted"_qs, state.files.paymentDownload, 0, fileSha256, {} };
+    const QString path = state.pathOf(state.files.paymentDownload);
     file.archive = Journal(state.store()).archiveOf(fileSha256, state.folder());
     if (TransferFile::exists(path)) {
         const FileArchive::Facts facts = FileArchive::factsOf(path);
@@ -131,7 +131,7 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
 {
     // Every message of the run belongs to its journal entry.
     MessageCapture capture(state);
-    if (TransferFile::exists(state.pathOf(state.PaymentDownloadName))) {
+    if (TransferFile::exists(state.pathOf(state.files.paymentDownload))) {
         const QString onDisk = PaymentFile::fileSha256(state);
         if (fileSha256.isEmpty())
             fileSha256 = onDisk;
@@ -150,7 +150,7 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
     const QString completedAt = record.completedAt(fileSha256);
     if (!completedAt.isEmpty()) {
         // Posted by an earlier run that could not move the file aside.
-        if (TransferFile::exists(state.pathOf(state.PaymentDownloadName)))
+        if (TransferFile::exists(state.pathOf(state.files.paymentDownload)))
             PaymentFile::moveAside(state);
         state.prompter().notice(kAlreadyPosted, u"Dwellix Remitra"_qs);
         return true;
@@ -234,7 +234,7 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
         }
         Journal::Entry entry;
         entry.kind = Journal::Kind::RentPosting;
-        entry.title = state.PaymentDownloadName;
+        entry.title = state.files.paymentDownload;
         entry.fileSha256 = fileSha256;
         entry.files = { file };
         entry.rows = &written;
@@ -292,7 +292,7 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
         return false;
     }
     // The file is out of the way before anything waits on the user.
-    if (TransferFile::exists(state.pathOf(state.PaymentDownloadName)))
+    if (TransferFile::exists(state.pathOf(state.files.paymentDownload)))
         PaymentFile::moveAside(state);
     state.prompter().notice(u"Your Dwellix Ledgers are now updated."_qs, u"Dwellix Remitra"_qs);
     return true;

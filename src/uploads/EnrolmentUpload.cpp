@@ -12,8 +12,8 @@ void send(ProgramState &state, Roster roster)
 {
     // A send that never reaches the processor (no file to send) must not
     // count as taken because of an earlier call's result.
-    state.ResultText.clear();
-    state.ResultCode = 0;
+    state.lastResult.text.clear();
+    state.lastResult.code = 0;
     switch (roster) {
     case Roster::Tenants:
         BuildTenantUpload(state);
@@ -27,7 +27,7 @@ void send(ProgramState &state, Roster roster)
         break;
     }
     // Taken by the processor, or nothing to send (no rows on the roster).
-    if ((state.ResultText == u"True"_qs && state.ResultCode == 200) || state.ResultText.isEmpty())
+    if ((state.lastResult.text == u"True"_qs && state.lastResult.code == 200) || state.lastResult.text.isEmpty())
         PendingUploadRecord::clear(state.store(), roster);
 }
 

@@ -38,7 +38,7 @@ void BuildOwnerFile(ProgramState &state)
 {
     const QString sep = u"|"_qs;
     QSqlQuery rows = ownerRows(state.db());
-    TransferFile::LineWriter out(state.pathOf(state.OwnerUploadName));
+    TransferFile::LineWriter out(state.pathOf(state.files.ownerUpload));
     while (rows.next()) {
         const QString id = FieldRules::raw(rows.value(OwnerOwnerID));
         const QString street = FieldRules::pairUnlessSecondEmpty(
@@ -71,7 +71,7 @@ void BuildOwnerFile(ProgramState &state)
 void UploadOwnerFile(ProgramState &state)
 {
     BuildOwnerFile(state);
-    const QString path = state.pathOf(state.OwnerUploadName);
+    const QString path = state.pathOf(state.files.ownerUpload);
     if (!TransferFile::exists(path)) {
         state.prompter().notice(
             u"The Owner Remitra file was not found. Please make sure that you have set up the "
@@ -80,7 +80,7 @@ void UploadOwnerFile(ProgramState &state)
         return;
     }
     ExchangeJournal exchange(
-        state, Journal::Kind::OwnerUpload, { { state.OwnerUploadName }, {}, {}, {} });
+        state, Journal::Kind::OwnerUpload, { { state.files.ownerUpload }, {}, {}, {} });
     ProcessorCall::transmitPayees(
         state, CallText::file(path), CallText(QStringLiteral("")), exchange.keep());
 }

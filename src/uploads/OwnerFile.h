@@ -2,7 +2,7 @@
 
 class ProgramState;
 
-// Writes the owner file (state.OwnerUploadName): a line per owner, and a
+// Writes the owner file (state.files.ownerUpload): a line per owner, and a
 // second line for a second owner with a share of 1 to 100 percent.
 void BuildOwnerFile(ProgramState &state);
 // Writes the owner file and sends it with TransmitPayees(file, "", "").

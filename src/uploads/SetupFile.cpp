@@ -17,14 +17,14 @@ void BuildSetupFile(ProgramState &state)
     // The company row supplies the contact fields of every line; its e-mail
     // goes out twice because the processor reads both fields.
     const CompanyContact company = firstCompany(db);
-    const QString site = VbText::Trim(state.SiteCode);
+    const QString site = VbText::Trim(state.siteCode);
     const QString sep = u"|"_qs;
     const QString contact = FieldRules::text(company.name) + sep + FieldRules::text(company.email)
         + sep + FieldRules::text(company.email) + sep + FieldRules::text(company.phone1) + sep
         + FieldRules::text(company.phone2);
 
     QSqlQuery rows = setupRows(db);
-    TransferFile::LineWriter out(state.pathOf(state.SetupUploadName));
+    TransferFile::LineWriter out(state.pathOf(state.files.setupUpload));
     // Rows come grouped by owner and property, and fields 1 to 14 and 17 to
     // 19 depend on those two alone (their ids are unique), so they are built
     // once per property.

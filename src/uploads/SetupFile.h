@@ -2,6 +2,6 @@
 
 class ProgramState;
 
-// Writes the setup file (state.SetupUploadName): one line per tenant of the
+// Writes the setup file (state.files.setupUpload): one line per tenant of the
 // portfolio join, ordered by owner, property and unit.
 void BuildSetupFile(ProgramState &state);

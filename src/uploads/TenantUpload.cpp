@@ -52,13 +52,13 @@ private:
 
 void BuildTenantUpload(ProgramState &state)
 {
-    if (state.LoginMissing) {
+    if (state.login.missing) {
         state.prompter().notice(UploadTexts::loginNotice(), UploadTexts::loginTitle());
         return;
     }
     BusyCursor busy(state.prompter());
-    const QString path = state.pathOf(state.TenantUploadName);
-    const QString site = VbText::Trim(state.SiteCode);
+    const QString path = state.pathOf(state.files.tenantUpload);
+    const QString site = VbText::Trim(state.siteCode);
     StartDates startDates;
     QSqlQuery rows = tenantUploadRows(state.db());
     TransferFile::LineWriter out(path);
@@ -111,7 +111,7 @@ void BuildTenantUpload(ProgramState &state)
 
 void SendTenantUpload(ProgramState &state)
 {
-    const QString path = state.pathOf(state.TenantUploadName);
+    const QString path = state.pathOf(state.files.tenantUpload);
     if (!TransferFile::exists(path)) {
         state.prompter().notice(
             u"The Tenant Remitra file was not found. Please make sure that you have set up the "
@@ -120,7 +120,7 @@ void SendTenantUpload(ProgramState &state)
         return;
     }
     ExchangeJournal exchange(
-        state, Journal::Kind::TenantUpload, { { state.TenantUploadName }, {}, {}, {} });
+        state, Journal::Kind::TenantUpload, { { state.files.tenantUpload }, {}, {}, {} });
     ProcessorCall::transmit(
         state, CallText(QStringLiteral("")), CallText::file(path), exchange.keep());
 }

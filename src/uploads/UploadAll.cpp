@@ -11,7 +11,7 @@
 
 bool UploadAll(ProgramState &state)
 {
-    if (state.LoginMissing) {
+    if (state.login.missing) {
         state.prompter().notice(UploadTexts::loginNotice(), UploadTexts::loginTitle());
         return false;
     }
@@ -19,13 +19,13 @@ bool UploadAll(ProgramState &state)
     BuildTenantUpload(state);
     // Both files go out from disk as they are: the portfolio is never held
     // in memory.
-    const CallText setup = CallText::file(state.pathOf(state.SetupUploadName));
-    const CallText tenants = CallText::file(state.pathOf(state.TenantUploadName));
+    const CallText setup = CallText::file(state.pathOf(state.files.setupUpload));
+    const CallText tenants = CallText::file(state.pathOf(state.files.tenantUpload));
     ExchangeJournal exchange(state, Journal::Kind::UploadAll,
-        { { state.SetupUploadName, state.TenantUploadName }, {}, {}, {} });
+        { { state.files.setupUpload, state.files.tenantUpload }, {}, {}, {} });
     ProcessorCall::transmit(state, setup, tenants, exchange.keep());
     // Every tenant's flag went with it: no tenant change is owed any more.
-    if (state.ResultText == u"True"_qs && state.ResultCode == 200)
+    if (state.lastResult.text == u"True"_qs && state.lastResult.code == 200)
         PendingUploadRecord::clear(state.store(), PendingUploadRecord::Roster::Tenants);
     return true;
 }

@@ -14,7 +14,7 @@ void BuildVendorFile(ProgramState &state)
 {
     const QString sep = u"|"_qs;
     QSqlQuery rows = vendorRows(state.db());
-    TransferFile::LineWriter out(state.pathOf(state.VendorUploadName));
+    TransferFile::LineWriter out(state.pathOf(state.files.vendorUpload));
     while (rows.next()) {
         const QString name = FieldRules::text(rows.value(VendorVenName));
         // A blank name removes the vendor; a Null name does not count as blank.
@@ -39,7 +39,7 @@ void BuildVendorFile(ProgramState &state)
 void UploadVendorFile(ProgramState &state)
 {
     BuildVendorFile(state);
-    const QString path = state.pathOf(state.VendorUploadName);
+    const QString path = state.pathOf(state.files.vendorUpload);
     if (!TransferFile::exists(path)) {
         state.prompter().notice(
             u"The Vendor Remitra file was not found. Please make sure that you have set up the "
@@ -48,7 +48,7 @@ void UploadVendorFile(ProgramState &state)
         return;
     }
     ExchangeJournal exchange(
-        state, Journal::Kind::VendorUpload, { { state.VendorUploadName }, {}, {}, {} });
+        state, Journal::Kind::VendorUpload, { { state.files.vendorUpload }, {}, {}, {} });
     ProcessorCall::transmitPayees(
         state, CallText::file(path), CallText(QStringLiteral("")), exchange.keep());
 }

@@ -2,7 +2,7 @@
 
 class ProgramState;
 
-// Writes the vendor file (state.VendorUploadName): a line per vendor.
+// Writes the vendor file (state.files.vendorUpload): a line per vendor.
 void BuildVendorFile(ProgramState &state);
 // Writes the vendor file and sends it with TransmitPayees(file, "", "").
 void UploadVendorFile(ProgramState &state);

@@ -151,9 +151,9 @@ void TransferFileViewer::showGivenFile(const QString &relativePath)
 
 QStringList TransferFileViewer::fileNames() const
 {
-    return { m_state.SetupUploadName, m_state.TenantUploadName, m_state.OwnerUploadName,
-        m_state.VendorUploadName, m_state.PaymentDownloadName,
-        u"DX_Quenta_PaymentFile_LastDownload.txt"_qs, m_state.DisbursementUploadName,
+    return { m_state.files.setupUpload, m_state.files.tenantUpload, m_state.files.ownerUpload,
+        m_state.files.vendorUpload, m_state.files.paymentDownload,
+        u"DX_Quenta_PaymentFile_LastDownload.txt"_qs, m_state.files.disbursementUpload,
         u"DX_Quenta_Distribution_LastUpload.txt"_qs, u"DX_Quenta_Distribution_Response.txt"_qs };
 }
 
@@ -164,19 +164,19 @@ void TransferFileViewer::load()
         + u" They are for viewing only, but if there is a problem within a file,"_qs
         + u" you can delete that file if instructed by a technician."_qs);
     const Choice choices[9] = {
-        { m_state.SetupUploadName,
+        { m_state.files.setupUpload,
             u"This is the SETUP data (all Dwellix info) uploaded to the payment processor."_qs },
-        { m_state.TenantUploadName,
+        { m_state.files.tenantUpload,
             u"These are the Remitra TENANTS uploaded to the payment processor."_qs },
-        { m_state.OwnerUploadName,
+        { m_state.files.ownerUpload,
             u"These are the Remitra OWNERS uploaded to the payment processor."_qs },
-        { m_state.VendorUploadName,
+        { m_state.files.vendorUpload,
             u"These are the Remitra VENDORS uploaded to the payment processor."_qs },
-        { m_state.PaymentDownloadName,
+        { m_state.files.paymentDownload,
             u"These are the CURRENT (not yet processed )TENANT PAYMENTS downloaded from the payment processor."_qs },
         { u"DX_Quenta_PaymentFile_LastDownload"_qs,
             u"These are the PREVIOUS TENANT PAYMENTS downloaded from the payment processor."_qs },
-        { m_state.DisbursementUploadName,
+        { m_state.files.disbursementUpload,
             u"These are the OWNER and VENDOR PAYMENTS uploaded to the payment processor."_qs },
         { u"DX_Quenta_Distribution_LastUpload"_qs,
             u"These are the PREVIOUS OWNER and VENDOR PAYMENTS uploaded to the payment processor."_qs },
@@ -234,14 +234,14 @@ void TransferFileViewer::showFile()
 
 QString TransferFileViewer::moneyWarning() const
 {
-    if (m_currentName == m_state.PaymentDownloadName) {
+    if (m_currentName == m_state.files.paymentDownload) {
         return m_currentName
             + u" holds rent payments that Quenta Payment Services has already handed over and "
               "that are not posted to the Dwellix ledgers yet. Quenta Payment Services will not "
               "send them again: once the file is deleted, they can only be posted by hand (a "
               "copy stays in the \"archive\" folder).\r\rDo you still want to delete it?"_qs;
     }
-    const bool distributionFile = m_currentName == m_state.DisbursementUploadName
+    const bool distributionFile = m_currentName == m_state.files.disbursementUpload
         || m_currentName == DistributionFile::ResponseName;
     if (distributionFile && UnfinishedRun::present(m_state)) {
         return m_currentName
@@ -262,14 +262,14 @@ void TransferFileViewer::deleteFile()
         const QString warning = moneyWarning();
         if (!warning.isEmpty()) {
             const Prompter::Answer keep = m_state.prompter().ask(warning, kDeleteTitle);
-            m_state.MsgAnswer = keep == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
+            m_state.msgAnswer = keep == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
             if (keep != Prompter::Answer::Yes)
                 return;
         }
         const Prompter::Answer answer = m_state.prompter().ask(
             u"Are you SURE you want to delete the file: "_qs + m_currentName + u"?"_qs,
             kDeleteTitle);
-        m_state.MsgAnswer = answer == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
+        m_state.msgAnswer = answer == Prompter::Answer::Yes ? u"6"_qs : u"7"_qs;
         if (answer != Prompter::Answer::Yes)
             return;
         if (!TransferFile::remove(m_state.pathOf(m_currentName)))

@@ -67,13 +67,13 @@ struct MenuSite
 {
     MenuSite()
     {
-        site.state->SettingsFile = site.path(u"remitra.ini"_qs);
+        site.state->settingsFile = site.path(u"remitra.ini"_qs);
         menu = std::make_unique<MainMenuWindow>(*site.state);
     }
     void click(const QString &name) { ::click(*menu, qPrintable(name)); }
     QVariant stored(const char *key) const
     {
-        return QSettings(site.state->SettingsFile, QSettings::IniFormat)
+        return QSettings(site.state->settingsFile, QSettings::IniFormat)
             .value(u"Parameters/"_qs + QString::fromLatin1(key));
     }
     TestSite site;
@@ -109,13 +109,13 @@ private slots:
         QFETCH(bool, enabled);
         QFETCH(bool, namesBuilt);
         MenuSite s;
-        s.site.state->LoginMissing = loginMissing;
-        s.site.state->DisbursementEnabled = enabled;
+        s.site.state->login.missing = loginMissing;
+        s.site.state->disbursementEnabled = enabled;
         auto script = s.site.scriptProcessor();
         if (!namesBuilt) {
-            for (QString *name : { &s.site.state->SetupUploadName, &s.site.state->TenantUploadName,
-                     &s.site.state->PaymentDownloadName, &s.site.state->OwnerUploadName,
-                     &s.site.state->VendorUploadName, &s.site.state->DisbursementUploadName })
+            for (QString *name : { &s.site.state->files.setupUpload, &s.site.state->files.tenantUpload,
+                     &s.site.state->files.paymentDownload, &s.site.state->files.ownerUpload,
+                     &s.site.state->files.vendorUpload, &s.site.state->files.disbursementUpload })
                 name->clear();
         }
         for (const QString &name : kGatedByLogin + kGatedByDisbursement) {
@@ -138,7 +138,7 @@ private slots:
             s.site.prompter.clear();
             s.click(u"cmdViewFiles"_qs);
             QVERIFY(s.site.prompter.shown().isEmpty());
-            QVERIFY(!s.site.state->EndRequested);
+            QVERIFY(!s.site.state->endRequested);
         }
     }
 
@@ -202,21 +202,21 @@ private slots:
             "cmdSave", &openedEmpty);
         s.click(u"cmdLogin"_qs);
         QVERIFY(openedEmpty);
-        QVERIFY(!state.LoginMissing);
+        QVERIFY(!state.login.missing);
         QVERIFY(s.site.prompter.shown().isEmpty());
         QCOMPARE(s.stored("username").toString(), u"dfph"_qs);
         QCOMPARE(s.stored("password").toString(), u"sdvv"_qs);
         QCOMPARE(
             s.stored("url").toString(), EncodeSetting(u"https://pay.example/qps/upload.php"_qs));
         // The names built at start-up are left as they are.
-        QCOMPARE(state.SetupUploadName, u"DX_Quenta_Setup_DXRM.txt"_qs);
+        QCOMPARE(state.files.setupUpload, u"DX_Quenta_Setup_DXRM.txt"_qs);
 
         // Cancel while complete: nothing changes, and the same values are
         // saved again.
-        QSettings(state.SettingsFile, QSettings::IniFormat).remove(u"Parameters"_qs);
+        QSettings(state.settingsFile, QSettings::IniFormat).remove(u"Parameters"_qs);
         onLoginScreen(u"zzz"_qs, {}, {}, "cmdCancel");
         s.click(u"cmdLogin"_qs);
-        QVERIFY(!state.LoginMissing);
+        QVERIFY(!state.login.missing);
         QCOMPARE(s.stored("password").toString(), u"sdvv"_qs);
         QVERIFY(s.site.prompter.shown().isEmpty());
 
@@ -224,7 +224,7 @@ private slots:
         // the store is left alone.
         onLoginScreen(u"newuser"_qs, u"newpass"_qs, u"  "_qs, "cmdSave");
         s.click(u"cmdLogin"_qs);
-        QVERIFY(state.LoginMissing);
+        QVERIFY(state.login.missing);
         QCOMPARE(s.site.prompter.titles(), QStringList { u"Login Message"_qs });
         QCOMPARE(s.stored("username").toString(), u"dfph"_qs);
     }
@@ -233,7 +233,7 @@ private slots:
     {
         MenuSite s;
         ProgramState state(s.site.prompter, s.site.folder());
-        state.SettingsFile = s.site.path(u"first-run.ini"_qs);
+        state.settingsFile = s.site.path(u"first-run.ini"_qs);
         // A payment file is already waiting, so the payment check at the end
         // of start-up stops at its notice instead of calling the processor.
         s.site.writeIdFile({ u"Rent Income;4000;B"_qs, u"Rent"_qs, u"Management Fee;5200;U"_qs,
@@ -246,8 +246,8 @@ private slots:
         QCOMPARE(child<QLabel>(menu, "labVersion")->text(), Startup::versionText());
         // The payment check ran and found the waiting file.
         QCOMPARE(s.site.prompter.titles(), QStringList { u"Remitra Notice"_qs });
-        QVERIFY(!state.LoginMissing);
-        QVERIFY(QSettings(state.SettingsFile, QSettings::IniFormat)
+        QVERIFY(!state.login.missing);
+        QVERIFY(QSettings(state.settingsFile, QSettings::IniFormat)
                     .contains(u"Parameters/password"_qs));
     }
 };

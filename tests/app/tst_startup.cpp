@@ -25,11 +25,11 @@ public:
         ++shown;
         if (cancel)
             return;
-        state.ProcessorUser = user.trimmed();
-        state.ProcessorPassword = password.trimmed();
-        state.ProcessorUrl = url.trimmed();
-        state.LoginMissing = state.ProcessorUser.isEmpty() || state.ProcessorPassword.isEmpty()
-            || state.ProcessorUrl.isEmpty();
+        state.login.user = user.trimmed();
+        state.login.password = password.trimmed();
+        state.login.url = url.trimmed();
+        state.login.missing = state.login.user.isEmpty() || state.login.password.isEmpty()
+            || state.login.url.isEmpty();
     }
     int shown = 0;
     bool cancel = false;
@@ -45,18 +45,18 @@ struct StartupSite
     StartupSite()
     {
         state = std::make_unique<ProgramState>(prompter, site.folder());
-        state->SettingsFile = site.path(u"remitra.ini"_qs);
+        state->settingsFile = site.path(u"remitra.ini"_qs);
     }
     void storeCredentials(const QString &user, const QString &password, const QString &url)
     {
-        QSettings ini(state->SettingsFile, QSettings::IniFormat);
+        QSettings ini(state->settingsFile, QSettings::IniFormat);
         ini.setValue(u"Parameters/username"_qs, EncodeSetting(user));
         ini.setValue(u"Parameters/password"_qs, EncodeSetting(password));
         ini.setValue(u"Parameters/url"_qs, EncodeSetting(url));
     }
     QVariant stored(const char *key) const
     {
-        return QSettings(state->SettingsFile, QSettings::IniFormat)
+        return QSettings(state->settingsFile, QSettings::IniFormat)
             .value(u"Parameters/"_qs + QString::fromLatin1(key));
     }
     Startup::Outcome run()
@@ -65,8 +65,8 @@ struct StartupSite
     }
     QStringList fileNames() const
     {
-        return { state->SetupUploadName, state->TenantUploadName, state->PaymentDownloadName,
-            state->OwnerUploadName, state->VendorUploadName, state->DisbursementUploadName };
+        return { state->files.setupUpload, state->files.tenantUpload, state->files.paymentDownload,
+            state->files.ownerUpload, state->files.vendorUpload, state->files.disbursementUpload };
     }
 
     TestSite site;
@@ -140,14 +140,14 @@ private slots:
     {
         QFETCH(QByteArray, content);
         TestSite site;
-        site.state->IdItems = {};
+        site.state->account.idItems = {};
         if (content.isNull()) {
-            QCOMPARE(raisedError([&] { LoadIDFile(*site.state); }), 53);
+            QCOMPARE(raisedError([&] { LoadIDFile(site.state->folder(), site.state->account); }), 53);
             return;
         }
         site.writeFile(u"IDFILE.DAT"_qs, content);
-        LoadIDFile(*site.state);
-        QTEST(QStringList(site.state->IdItems.begin(), site.state->IdItems.end()).join(u'|'),
+        LoadIDFile(site.state->folder(), site.state->account);
+        QTEST(QStringList(site.state->account.idItems.begin(), site.state->account.idItems.end()).join(u'|'),
             "expected");
     }
 
@@ -155,18 +155,18 @@ private slots:
     {
         StartupSite s;
         s.storeCredentials(u"acme"_qs, u"pass"_qs, u"http://127.0.0.1:9/qps/upload.php"_qs);
-        s.state->LoginMissing = true;
-        s.state->DisbursementEnabled = false;
+        s.state->login.missing = true;
+        s.state->disbursementEnabled = false;
 
         QCOMPARE(s.run(), Startup::Outcome::ShowMainMenu);
         QCOMPARE(s.login.shown, 0);
         QVERIFY(s.prompter.shown().isEmpty());
-        QVERIFY(!s.state->LoginMissing);
-        QVERIFY(s.state->DisbursementEnabled);
+        QVERIFY(!s.state->login.missing);
+        QVERIFY(s.state->disbursementEnabled);
         QVERIFY(s.state->hasDb());
-        QCOMPARE(s.state->DatabasePath, s.site.path(u"dxdatafl.db"_qs));
-        QCOMPARE(QStringList({ s.state->ProcessorUser, s.state->ProcessorPassword,
-                     s.state->ProcessorUrl, s.state->SiteCode })
+        QCOMPARE(s.state->databasePath, s.site.path(u"dxdatafl.db"_qs));
+        QCOMPARE(QStringList({ s.state->login.user, s.state->login.password,
+                     s.state->login.url, s.state->siteCode })
                 + s.fileNames(),
             (QStringList { u"acme"_qs, u"pass"_qs, u"http://127.0.0.1:9/qps/upload.php"_qs,
                 u"DXRM"_qs, u"DX_Quenta_Setup_DXRM.txt"_qs, u"DX_Quenta_Tenant_DXRM.txt"_qs,
@@ -180,7 +180,7 @@ private slots:
         QTest::addColumn<bool>("cancel");
         QTest::addColumn<QString>("password");
         QTest::addColumn<bool>("storeWritten");
-        // Cancel leaves LoginMissing False, so the empty entries are saved
+        // Cancel leaves login.missing false, so the empty entries are saved
         // and found missing afterwards; blank entries are refused at once.
         QTest::newRow("cancelled") << true << u"pass"_qs << true;
         QTest::newRow("blank password") << false << u"   "_qs << false;
@@ -197,11 +197,11 @@ private slots:
 
         QCOMPARE(s.run(), Startup::Outcome::ShowMainMenu);
         QCOMPARE(s.login.shown, 1);
-        QVERIFY(s.state->LoginMissing);
+        QVERIFY(s.state->login.missing);
         QCOMPARE(s.prompter.texts(), QStringList { Credentials::loginNoticeText() });
         QCOMPARE(s.prompter.titles(), QStringList { u"Login Message"_qs });
         QCOMPARE(s.fileNames(), QStringList(6, QString()));
-        QVERIFY(s.state->SiteCode.isEmpty());
+        QVERIFY(s.state->siteCode.isEmpty());
         QCOMPARE(s.paymentChecks, 0);
         QCOMPARE(s.stored("username").isValid(), storeWritten);
         QCOMPARE(s.stored("username").toString() + s.stored("password").toString()

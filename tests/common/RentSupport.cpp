@@ -53,7 +53,7 @@ QString line(int prop, int tenant, const QString &amount, const QString &date, c
 void writePaymentFile(TestSite &site, const QStringList &lines)
 {
     site.writeFile(
-        site.state->PaymentDownloadName, (lines.join(u"\r\n"_qs) + u"\r\n\r\n"_qs).toLatin1());
+        site.state->files.paymentDownload, (lines.join(u"\r\n"_qs) + u"\r\n\r\n"_qs).toLatin1());
 }
 
 void useFixture(TestSite &site, const QString &name)
@@ -61,7 +61,7 @@ void useFixture(TestSite &site, const QString &name)
     QFile f(testData(u"rent/"_qs + name));
     if (!f.open(QIODevice::ReadOnly))
         qFatal("missing fixture %s", qPrintable(name));
-    site.writeFile(site.state->PaymentDownloadName, f.readAll());
+    site.writeFile(site.state->files.paymentDownload, f.readAll());
 }
 
 void seedLargePortfolio(TestSite &site, int tenants)

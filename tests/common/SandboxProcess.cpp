@@ -99,11 +99,11 @@ QString SandboxProcess::payeeUrl() const
 
 void SandboxProcess::useFor(ProgramState &state, int timeoutSeconds) const
 {
-    state.ProcessorUrl = url();
-    state.ProcessorUser = m_user;
-    state.ProcessorPassword = m_password;
-    state.LoginMissing = false;
-    state.ClientFactory
+    state.login.url = url();
+    state.login.user = m_user;
+    state.login.password = m_password;
+    state.login.missing = false;
+    state.clientFactory
         = [timeoutSeconds] { return std::make_unique<HttpProcessorClient>(timeoutSeconds); };
 }
 

@@ -15,27 +15,27 @@ TestSite::TestSite()
     m_folder = m_dir.path();
     HostDb::openSqlite(path(u"dxdatafl.db"_qs), true)->createSchema();
     state = openFolder(prompter, m_folder);
-    state->ProcessorUrl = u"http://127.0.0.1:9/qps/upload.php"_qs;
-    state->ProcessorUser = u"user"_qs;
-    state->ProcessorPassword = u"secret"_qs;
-    state->LoginMissing = false;
+    state->login.url = u"http://127.0.0.1:9/qps/upload.php"_qs;
+    state->login.user = u"user"_qs;
+    state->login.password = u"secret"_qs;
+    state->login.missing = false;
 }
 
 std::unique_ptr<ProgramState> openFolder(
     Prompter &prompter, const QString &folder, RemitraStore::Connection store)
 {
     auto state = std::make_unique<ProgramState>(prompter, folder);
-    state->DatabasePath = folder + u"/dxdatafl.db"_qs;
-    state->setHostDb(HostDb::openSqlite(state->DatabasePath), store);
-    state->SiteCode = u"DXRM"_qs;
-    state->SetupUploadName = u"DX_Quenta_Setup_DXRM.txt"_qs;
-    state->TenantUploadName = u"DX_Quenta_Tenant_DXRM.txt"_qs;
-    state->PaymentDownloadName = u"DX_Quenta_PaymentFile.txt"_qs;
-    state->OwnerUploadName = u"DX_Quenta_Owner_DXRM.txt"_qs;
-    state->VendorUploadName = u"DX_Quenta_Vendor_DXRM.txt"_qs;
-    state->DisbursementUploadName = u"DX_Quenta_DisbursementPayment.txt"_qs;
+    state->databasePath = folder + u"/dxdatafl.db"_qs;
+    state->setHostDb(HostDb::openSqlite(state->databasePath), store);
+    state->siteCode = u"DXRM"_qs;
+    state->files.setupUpload = u"DX_Quenta_Setup_DXRM.txt"_qs;
+    state->files.tenantUpload = u"DX_Quenta_Tenant_DXRM.txt"_qs;
+    state->files.paymentDownload = u"DX_Quenta_PaymentFile.txt"_qs;
+    state->files.ownerUpload = u"DX_Quenta_Owner_DXRM.txt"_qs;
+    state->files.vendorUpload = u"DX_Quenta_Vendor_DXRM.txt"_qs;
+    state->files.disbursementUpload = u"DX_Quenta_DisbursementPayment.txt"_qs;
     if (QFile::exists(state->pathOf(u"IDFILE.DAT"_qs)))
-        LoadIDFile(*state);
+        LoadIDFile(state->folder(), state->account);
     return state;
 }
 
@@ -111,7 +111,7 @@ void TestSite::writeIdFile(const QStringList &six)
         text += items[i] + ((i % 4 == 3) ? u"\r\n"_qs : u","_qs);
     TransferFile::writeAtomic(path(u"IDFILE.DAT"_qs), text + u"\r\n"_qs);
     for (int i = 0; i < 6; ++i)
-        state->IdItems[i] = six[i];
+        state->account.idItems[i] = six[i];
 }
 
 std::shared_ptr<ScriptedProcessorClient::Script> TestSite::scriptProcessor(
@@ -119,7 +119,7 @@ std::shared_ptr<ScriptedProcessorClient::Script> TestSite::scriptProcessor(
 {
     auto script = std::make_shared<ScriptedProcessorClient::Script>();
     script->replies = std::move(replies);
-    state->ClientFactory = ScriptedProcessorClient::factory(script);
+    state->clientFactory = ScriptedProcessorClient::factory(script);
     return script;
 }
 

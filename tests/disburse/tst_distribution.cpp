@@ -186,7 +186,7 @@ private slots:
             DistributionRun(*site.state, stop)
                 .MakePaymentsNow(rowsFor(site, { { 1, -1 }, { 2, -1 }, { 3, 8 }, { 8, -4 } }), {}));
         QVERIFY(stop);
-        QCOMPARE(site.state->MsgAnswer, u"7"_qs);
+        QCOMPARE(site.state->msgAnswer, u"7"_qs);
         QCOMPARE(site.prompter.unansweredQuestions() + site.prompter.pendingAnswers(), 0);
         QCOMPARE(site.prompter.titles(),
             (QStringList { u"Dwellix Remitra"_qs, u"Dwellix Remitra"_qs, u"Dwellix Remitra"_qs,

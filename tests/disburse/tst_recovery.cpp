@@ -122,7 +122,7 @@ private slots:
         populate(site);
         auto script = std::make_shared<ScriptedProcessorClient::Script>();
         script->replies.append({ flag, code, response, arrived });
-        site.state->ClientFactory = ScriptedProcessorClient::factory(script);
+        site.state->clientFactory = ScriptedProcessorClient::factory(script);
         bool stop = true;
         DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 8, -4 } }), {});
         QCOMPARE(script->calls.size(), 1);

@@ -40,7 +40,7 @@ private slots:
             "O%6|Owner|Hal Solo|||||||||||activate\r\n"
             "V8|Vendor|Acme Repairs|||||||||||activate\r\n"_qs,
             QStringLiteral(""));
-        QCOMPARE(site.state->ResultCode, 200);
+        QCOMPARE(site.state->lastResult.code, 200);
         site.prompter.clear();
         sandbox.clearReceived();
 

@@ -152,8 +152,7 @@ private slots:
         // The body is kept whatever the code (a 302 is not followed).
         QCOMPARE(outcome.response, u"body of the answer"_qs);
         TestSite reference;
-        reference.state->ResultText = u"True"_qs;
-        ReportResult(*reference.state, qint16(status));
+        ReportResult(reference.prompter, { qint16(status), u"True"_qs });
         QCOMPARE(site.prompter.texts(), reference.prompter.texts());
         QCOMPARE(sandbox->requestCount(), 1);
     }
@@ -196,10 +195,10 @@ private slots:
             QVERIFY(server.listen(QHostAddress::LocalHost));
         const QString local = u"http://127.0.0.1:%1/qps/upload.php"_qs.arg(server.serverPort());
         if (how == u"refused"_qs) {
-            site.state->ProcessorUrl = local;
+            site.state->login.url = local;
             server.close();
         } else if (how == u"tls"_qs) {
-            site.state->ProcessorUrl
+            site.state->login.url
                 = u"https://127.0.0.1:%1/qps/upload.php"_qs.arg(sandbox->port());
         } else if (how == u"timeout"_qs) {
             sandbox->forceDelay(2500);
@@ -210,7 +209,7 @@ private slots:
             sandbox->forceTruncatedBody();
         } else {
             // A server that hangs up once the upload has started to arrive.
-            site.state->ProcessorUrl = local;
+            site.state->login.url = local;
             tenant = QString(4 * 1024 * 1024, u'x');
             connect(&server, &QTcpServer::newConnection, this, [&] {
                 while (QTcpSocket *socket = server.nextPendingConnection()) {
@@ -223,7 +222,7 @@ private slots:
         QVERIFY(!outcome.flag);
         QCOMPARE(outcome.code, qint16(501));
         QCOMPARE(outcome.response, QString());
-        QCOMPARE(site.state->ResultText, u"False"_qs);
+        QCOMPARE(site.state->lastResult.text, u"False"_qs);
         QCOMPARE(site.prompter.texts(), QStringList { kNoAnswer });
         QTest::qWait(how == u"timeout"_qs ? 2000 : 200); // past any late answer or retry
         if (sandboxRequests >= 0)
@@ -243,7 +242,7 @@ private slots:
         QFETCH(QString, url);
         TestSite site;
         sandbox->useFor(*site.state);
-        site.state->ProcessorUrl = url;
+        site.state->login.url = url;
         const auto outcome = ProcessorCall::transmit(*site.state, u"S"_qs, u"T"_qs);
         QVERIFY(!outcome.flag);
         QCOMPARE(outcome.code, qint16(404));

@@ -66,22 +66,22 @@ private slots:
     void downloadAtStartAndFromTheMenu()
     {
         auto s = newSite(2);
-        s->state->LoginMissing = true;
+        s->state->login.missing = true;
         CheckForPaymentFile(*s->state);
         DownloadPaymentFile(*s->state);
         QCOMPARE(s->prompter.titles(), QStringList(2, u"Login Message"_qs));
-        s->state->LoginMissing = false;
+        s->state->login.missing = false;
         s->prompter.clear();
 
         const QStringList lines = sandbox->queueRent(QString(), u"Rent"_qs, u"3/1/2026"_qs);
         QCOMPARE(lines.size(), 3);
-        s->state->IdItems = {};
+        s->state->account.idItems = {};
         CheckForPaymentFile(*s->state);
         QCOMPARE(s->prompter.texts(), QStringList { ProductTexts::success });
-        QCOMPARE(s->state->IdItems[5], u"Late fee;2"_qs); // the account settings are read first
+        QCOMPARE(s->state->account.idItems[5], u"Late fee;2"_qs); // the account settings are read first
         // The processor's text, then the line end the download adds.
         const QByteArray expected = (lines.join(u"\r\n"_qs) + u"\r\n\r\n"_qs).toLatin1();
-        const QString file = s->state->PaymentDownloadName;
+        const QString file = s->state->files.paymentDownload;
         QCOMPARE(s->fileBytes(file), expected);
         QCOMPARE(archive(*s).size(), 1);
         QCOMPARE(s->fileBytes(u"archive/"_qs + archive(*s).first()), expected);
@@ -134,8 +134,8 @@ private slots:
             sandbox->forceStatus(503, "P9,U9,T9,1,1/1/2026,1,1/1/2026,ACH,Rent");
         DownloadPaymentFile(*s->state);
         QTEST(s->prompter.texts(), "notices");
-        QCOMPARE(s->fileBytes(s->state->PaymentDownloadName), file);
-        QCOMPARE(s->fileBytes(s->state->PaymentDownloadName).isNull(), file.isNull());
+        QCOMPARE(s->fileBytes(s->state->files.paymentDownload), file);
+        QCOMPARE(s->fileBytes(s->state->files.paymentDownload).isNull(), file.isNull());
         QCOMPARE(sandbox->requestCount(u"/qps/upload.php"_qs), 1);
     }
 
@@ -147,7 +147,7 @@ private slots:
     {
         const QString line = RentSupport::line(10, 100, u"1"_qs);
         auto s = newSite();
-        QVERIFY(QDir(s->folder()).mkdir(s->state->PaymentDownloadName));
+        QVERIFY(QDir(s->folder()).mkdir(s->state->files.paymentDownload));
         sandbox->queueLines({ line });
         QVERIFY_THROWS_EXCEPTION(RuntimeError, DownloadPaymentFile(*s->state));
         QCOMPARE(archive(*s).size(), 1);
@@ -157,7 +157,7 @@ private slots:
         sandbox->queueLines({ line });
         QVERIFY_THROWS_EXCEPTION(RuntimeError, DownloadPaymentFile(*blocked->state));
         QVERIFY(
-            blocked->fileBytes(blocked->state->PaymentDownloadName).startsWith(line.toLatin1()));
+            blocked->fileBytes(blocked->state->files.paymentDownload).startsWith(line.toLatin1()));
     }
 
     void downloadReviewPostAndReverse()
@@ -168,7 +168,7 @@ private slots:
         QCOMPARE(sandbox->queueRent(u"15"_qs, u"Late Fee"_qs, u"11/3/2026"_qs).size(), 3);
         CheckForPaymentFile(*site.state);
         QCOMPARE(site.prompter.titles(), QStringList { u"Dwellix Remitra"_qs });
-        const QByteArray downloaded = site.fileBytes(site.state->PaymentDownloadName);
+        const QByteArray downloaded = site.fileBytes(site.state->files.paymentDownload);
         QVERIFY(!downloaded.isNull());
         site.prompter.clear();
 
@@ -204,7 +204,7 @@ private slots:
 
         // The payment file is now the last download, and the ledgers were
         // backed up before the posting.
-        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QVERIFY(site.fileBytes(site.state->files.paymentDownload).isNull());
         QCOMPARE(site.fileBytes(PaymentFile::LastDownloadName), downloaded);
         QCOMPARE(QDir(site.path(u"backups"_qs)).entryList(QDir::Files).size(), 1);
 
@@ -224,7 +224,7 @@ private slots:
         QVERIFY(!child<QPushButton>(history, "cmdReverse")->isEnabled());
         QVERIFY(!child<QPushButton>(history, "cmdPutBack")->isEnabled());
         QCOMPARE(site.scalar(u"SELECT count(*) FROM Transactions"_qs).toInt(), 0);
-        QCOMPARE(site.fileBytes(site.state->PaymentDownloadName), downloaded);
+        QCOMPARE(site.fileBytes(site.state->files.paymentDownload), downloaded);
 
         RentReviewDialog again(*site.state, nullptr);
         QCOMPARE(again.rowCount(), 6);

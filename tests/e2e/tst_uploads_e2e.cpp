@@ -45,8 +45,8 @@ private slots:
         QCOMPARE(got.size(), 1);
         QCOMPARE(got[0].path, u"/qps/upload.php"_qs);
         QVERIFY(got[0].authorized);
-        QCOMPARE(got[0].parts[u"setup"_qs], s->fileBytes(s->state->SetupUploadName));
-        QCOMPARE(got[0].parts[u"tenant"_qs], s->fileBytes(s->state->TenantUploadName));
+        QCOMPARE(got[0].parts[u"setup"_qs], s->fileBytes(s->state->files.setupUpload));
+        QCOMPARE(got[0].parts[u"tenant"_qs], s->fileBytes(s->state->files.tenantUpload));
         QVERIFY(got[0].parts[u"setup"_qs].contains("|Caf\xe9 Town|"));
     }
 
@@ -68,7 +68,7 @@ private slots:
         const auto got = sandbox->received();
         QCOMPARE(got.size(), 1);
         QCOMPARE(got[0].path, u"/qps/evendorpay.php"_qs);
-        const QByteArray file = s->fileBytes(s->state->OwnerUploadName);
+        const QByteArray file = s->fileBytes(s->state->files.ownerUpload);
         QCOMPARE(got[0].parts[u"payee"_qs], file);
         QCOMPARE(got[0].parts[u"payment"_qs], QByteArray(""));
         QCOMPARE(got[0].parts[u"extra"_qs], QByteArray(""));

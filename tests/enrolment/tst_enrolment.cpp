@@ -236,9 +236,9 @@ private slots:
         click(*o.dialog, "cmdExit");
         QVERIFY(!o.dialog->isVisible());
         QCOMPARE(script->calls.size(), 1);
-        const QString sent = which == Screen::Tenants ? site.state->TenantUploadName
-            : which == Screen::Owners                 ? site.state->OwnerUploadName
-                                                      : site.state->VendorUploadName;
+        const QString sent = which == Screen::Tenants ? site.state->files.tenantUpload
+            : which == Screen::Owners                 ? site.state->files.ownerUpload
+                                                      : site.state->files.vendorUpload;
         const QString file = TransferFile::fromAnsi(site.fileBytes(sent));
         QVERIFY(file.contains(sentLine));
         const bool tenants = which == Screen::Tenants;
@@ -261,13 +261,13 @@ private slots:
         site.prompter.queueAnswers({ Answer::No, Answer::Yes });
         QTest::mouseClick(all, Qt::LeftButton); // checked: activate all? No.
         QCOMPARE(tenantFlags(site), original);
-        QCOMPARE(site.state->MsgAnswer, u"7"_qs);
+        QCOMPARE(site.state->msgAnswer, u"7"_qs);
         QTest::mouseClick(all, Qt::LeftButton); // unchecked: remove all? Yes.
         QCOMPARE(site.prompter.texts(),
             (QStringList { u"Are you SURE you want to change ALL Tenants to ACTIVATE REMITRA?"_qs,
                 u"Are you SURE you want to REMOVE ALL Tenants from REMITRA?"_qs }));
         QCOMPARE(site.prompter.titles(), QStringList(2, u"Tenant Update"_qs));
-        QCOMPARE(site.state->MsgAnswer, u"6"_qs);
+        QCOMPARE(site.state->msgAnswer, u"6"_qs);
         // Only the listed (enrolled) tenants; 105 and 106 are outside the
         // portfolio join and " Y " is not listed.
         QCOMPARE(tenantFlags(site),
@@ -333,13 +333,13 @@ private slots:
         site.writeFile(u"RemitraExport.csv"_qs, "old");
         Opened o = open(site, Screen::Tenants);
         auto *exportButton = child<QPushButton>(*o.dialog, "cmdExport");
-        site.state->LoginMissing = true;
+        site.state->login.missing = true;
         site.prompter.queueAnswer(Answer::Yes);
         QTest::mouseClick(exportButton, Qt::LeftButton);
         QCOMPARE(site.prompter.titles().last(), u"Login Message"_qs);
         QCOMPARE(site.fileBytes(u"RemitraExport.csv"_qs), QByteArray("old"));
 
-        site.state->LoginMissing = false;
+        site.state->login.missing = false;
         site.prompter.queueAnswer(Answer::Yes);
         QTest::mouseClick(exportButton, Qt::LeftButton);
         QCOMPARE(site.prompter.texts().last(),

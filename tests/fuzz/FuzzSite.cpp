@@ -28,7 +28,7 @@ FuzzSite::FuzzSite(bool widgets)
     m_site = std::make_unique<TestSite>();
     RentSupport::seedPortfolio(*m_site);
     // An untrapped error ends the program; here it only ends one input.
-    m_site->state->EndProgram = [] {};
+    m_site->state->endProgram = [] {};
 }
 
 void FuzzSite::writeFile(const QString &name, const uint8_t *data, size_t size)

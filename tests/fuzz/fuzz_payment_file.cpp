@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     FuzzSite &site = FuzzSite::get();
     ProgramState &state = site.state();
-    site.writeFile(state.PaymentDownloadName, data, size);
+    site.writeFile(state.files.paymentDownload, data, size);
     try {
         PaymentFile::LoadResult result = PaymentFile::load(state);
         if (result.status == PaymentFile::LoadStatus::Loaded && !result.rows.empty()) {

@@ -80,7 +80,7 @@ private slots:
         QFETCH(int, kind);
         QFETCH(QString, result);
         TestSite site;
-        site.state->ProcessorPassword = kPassword;
+        site.state->login.password = kPassword;
         UploadsFixture::addAll(site);
         auto script = site.scriptProcessor();
         if (job == u"upload all"_qs) {
@@ -103,7 +103,7 @@ private slots:
             DistributionRun(*site.state, stop)
                 .MakePaymentsNow(DisburseFixture::rowsFor(site, { { 3, 8 } }), {});
         } else {
-            site.state->ClientFactory
+            site.state->clientFactory
                 = [script] { return std::make_unique<ThrowingClient>(script); };
             QCOMPARE(raisedError([&] { DownloadPaymentFile(*site.state); }), 57);
         }

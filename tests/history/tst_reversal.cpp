@@ -41,14 +41,14 @@ struct Site
     explicit Site(bool ownConnection)
     {
         if (ownConnection) {
-            site.state->setHostDb(HostDb::openSqlite(site.state->DatabasePath),
+            site.state->setHostDb(HostDb::openSqlite(site.state->databasePath),
                 RemitraStore::Connection::OwnConnection);
         }
         RentSupport::seedPortfolio(site);
         site.db().execText(u"UPDATE Tenants SET TCurrBal = TenantID / 100.0 + 0.0125"_qs, "test");
         site.db().execText(u"UPDATE Units SET UCurrBal = -7.5"_qs, "test");
         RentSupport::writePaymentFile(site, kPayments);
-        file = site.fileBytes(site.state->PaymentDownloadName);
+        file = site.fileBytes(site.state->files.paymentDownload);
     }
 
     Journal journal() { return Journal(site.state->store()); }
@@ -106,7 +106,7 @@ private slots:
             "the Dwellix ledgers. Its deposit was removed."_qs));
         QCOMPARE(RentSupport::hostRows(s.site), before);
         QCOMPARE(original.result.state, Journal::Reversed);
-        QCOMPARE(s.site.fileBytes(s.site.state->PaymentDownloadName), s.file);
+        QCOMPARE(s.site.fileBytes(s.site.state->files.paymentDownload), s.file);
 
         // Reviewed again, nothing is marked; posted again, the ledgers hold
         // what the first posting wrote (the deposit under a new CkID).
@@ -171,7 +171,7 @@ private slots:
                 + u" Nothing was changed."_qs);
         QCOMPARE(RentSupport::hostRows(s.site), edited);
         QCOMPARE(s.journal().run(run)->result.state, Journal::Posted);
-        QVERIFY(!s.site.fileBytes(s.site.state->PaymentDownloadName).size());
+        QVERIFY(!s.site.fileBytes(s.site.state->files.paymentDownload).size());
         // The refused attempt is on record, with what the user was told.
         const Journal::Run attempt = *s.journal().run(s.lastRun());
         QCOMPARE(attempt.kind, Journal::Kind::Reversal);

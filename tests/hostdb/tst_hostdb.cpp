@@ -109,7 +109,7 @@ private slots:
             !TopLevel::run(*site.state, [&] { PortfolioQueries::tenantUploadRows(site.db()); }));
         QCOMPARE(site.prompter.texts(), QStringList { Startup::fieldNotFoundText() });
         QCOMPARE(site.prompter.titles(), QStringList { u"Remitra"_qs });
-        QVERIFY(!site.state->EndRequested);
+        QVERIFY(!site.state->endRequested);
 
         site.db().execText(u"ALTER TABLE SplitChecks DROP COLUMN CkPostTo"_qs, "test");
         const QList<PaymentRow> rows = DisburseList::load(site.db(), u"Payee"_qs);
@@ -119,7 +119,7 @@ private slots:
         QCOMPARE(raisedError([&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); }),
             3265);
         QVERIFY(script->calls.isEmpty());
-        QVERIFY(site.fileBytes(site.state->DisbursementUploadName).isNull());
+        QVERIFY(site.fileBytes(site.state->files.disbursementUpload).isNull());
     }
 
     void keyedRows_data()

@@ -32,9 +32,8 @@ private slots:
         QFETCH(int, code);
         QFETCH(QString, text);
         TestSite site;
-        site.state->ResultText = flag;
         site.prompter.beginBusy();
-        ReportResult(*site.state, qint16(code));
+        ReportResult(site.prompter, { qint16(code), flag });
         QCOMPARE(site.prompter.shown().size(), 1);
         QCOMPARE(site.prompter.shown()[0].text, text);
         const bool success = text == ProductTexts::success;
@@ -53,12 +52,12 @@ private slots:
         QCOMPARE(script->calls.size(), 1);
         const auto &call = script->calls[0];
         QCOMPARE(call.operation, u"Transmit"_qs);
-        QCOMPARE(call.url, site.state->ProcessorUrl);
+        QCOMPARE(call.url, site.state->login.url);
         QCOMPARE(call.user, u"user"_qs);
         QCOMPARE(call.password, u"secret"_qs);
         QCOMPARE(call.texts, (QStringList { u"setup"_qs, u"tenant"_qs }));
-        QCOMPARE(site.state->ResultText, u"False"_qs);
-        QCOMPARE(site.state->ResultCode, qint16(503));
+        QCOMPARE(site.state->lastResult.text, u"False"_qs);
+        QCOMPARE(site.state->lastResult.code, qint16(503));
         QCOMPARE(outcome.flag, false);
         QCOMPARE(outcome.response, u"busy"_qs);
         QCOMPARE(site.prompter.busyCount(), 1);
@@ -83,7 +82,7 @@ private slots:
         QFETCH(QString, payeeUrl);
         TestSite site;
         auto script = site.scriptProcessor();
-        site.state->ProcessorUrl = url;
+        site.state->login.url = url;
         const int error = raisedError(
             [&] { ProcessorCall::transmitPayees(*site.state, u"payees"_qs, QString()); });
         QCOMPARE(site.prompter.busyDepth(), 0);
@@ -114,7 +113,7 @@ private slots:
         QCOMPARE(raisedError([&] { ProcessorCall::transmit(*site.state, QString(), QString()); }),
             overflows ? 6 : 0);
         // On overflow the flag was already kept, and nothing was reported.
-        QCOMPARE(site.state->ResultText, u"True"_qs);
+        QCOMPARE(site.state->lastResult.text, u"True"_qs);
         QCOMPARE(site.prompter.texts(),
             overflows ? QStringList() : QStringList { ProductTexts::forStatus(code) });
         QCOMPARE(site.prompter.busyDepth(), 0);

@@ -120,10 +120,10 @@ struct FolderState
 
     void useSandbox(const QString &url)
     {
-        state->ProcessorUrl = url;
-        state->ProcessorUser = u"sandbox-user"_qs;
-        state->ProcessorPassword = u"sandbox-pass"_qs;
-        state->ClientFactory = [] { return std::make_unique<HttpProcessorClient>(30); };
+        state->login.url = url;
+        state->login.user = u"sandbox-user"_qs;
+        state->login.password = u"sandbox-pass"_qs;
+        state->clientFactory = [] { return std::make_unique<HttpProcessorClient>(30); };
     }
 
     QString summary() const { return ledgerSummary(state->db()); }
@@ -378,8 +378,8 @@ private slots:
         TestSite seed;
         RentSupport::seedLargePortfolio(seed, kTenants);
         RentSupport::writeLargePaymentFile(seed, kTenants, 200);
-        const QByteArray payments = seed.fileBytes(seed.state->PaymentDownloadName);
-        QFile::remove(seed.path(seed.state->PaymentDownloadName));
+        const QByteArray payments = seed.fileBytes(seed.state->files.paymentDownload);
+        QFile::remove(seed.path(seed.state->files.paymentDownload));
         const QString folder = folderFrom(seed, work.path() + u"/download"_qs);
 
         auto sandbox = sandboxFor(folder, {});
@@ -390,7 +390,7 @@ private slots:
         QVERIFY(run.killed);
         ++tried;
         FolderState site(folder);
-        QCOMPARE(bytesOf(site.state->pathOf(site.state->PaymentDownloadName)), payments);
+        QCOMPARE(bytesOf(site.state->pathOf(site.state->files.paymentDownload)), payments);
         QCOMPARE(QDir(folder + u"/archive"_qs).entryList(QDir::Files).size(), 1);
         QCOMPARE(sandbox->records().value(u"delivered"_qs).toArray().size(), 200);
     }
@@ -402,7 +402,7 @@ private slots:
         TestSite seed;
         RentSupport::seedLargePortfolio(seed, kTenants);
         RentSupport::writeLargePaymentFile(seed, kTenants, kPayments);
-        const QByteArray payments = seed.fileBytes(seed.state->PaymentDownloadName);
+        const QByteArray payments = seed.fileBytes(seed.state->files.paymentDownload);
         const QString templ = folderFrom(seed, work.path() + u"/rent-template"_qs);
 
         const QString before = FolderState(templ).summary();
@@ -628,7 +628,7 @@ private slots:
     {
         TestSite site;
         site.state->setHostDb(
-            HostDb::openSqlite(site.state->DatabasePath), RemitraStore::Connection::OwnConnection);
+            HostDb::openSqlite(site.state->databasePath), RemitraStore::Connection::OwnConnection);
         RentSupport::seedPortfolio(site);
         RentSupport::writePaymentFile(site, { RentSupport::line(10, 100, u"1000"_qs) });
         const QStringList before = RentSupport::hostRows(site);

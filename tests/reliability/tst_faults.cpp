@@ -27,8 +27,8 @@ class TestFaults : public QObject
     // The program's client, with the time-out the program is given.
     static void useProgramClient(ProgramState &state)
     {
-        state.ClientFactory = [&state] {
-            return std::make_unique<HttpProcessorClient>(state.ProcessorTimeoutSeconds);
+        state.clientFactory = [&state] {
+            return std::make_unique<HttpProcessorClient>(state.processorTimeoutSeconds);
         };
     }
 
@@ -89,7 +89,7 @@ private slots:
         else
             DisburseFixture::populate(site);
         pointAtSandbox(site);
-        site.state->ProcessorTimeoutSeconds = 1;
+        site.state->processorTimeoutSeconds = 1;
         if (rent && !isStatus && fault != u"refused"_qs)
             sandbox->queueLines({ RentSupport::line(10, 100, u"100.00"_qs) });
         if (isStatus) {
@@ -105,7 +105,7 @@ private slots:
             QVERIFY(closed.listen(QHostAddress::LocalHost));
             const quint16 port = closed.serverPort();
             closed.close();
-            site.state->ProcessorUrl = u"http://127.0.0.1:%1/qps/upload.php"_qs.arg(port);
+            site.state->login.url = u"http://127.0.0.1:%1/qps/upload.php"_qs.arg(port);
         }
         const QString message = ProductTexts::forStatus(isStatus ? status : 501);
         const QString before = ledgerSummary(site.db());
@@ -124,12 +124,12 @@ private slots:
             QVERIFY(!emptied);
             QCOMPARE(site.prompter.texts(), QStringList({ message }));
             QCOMPARE(
-                filesOf(site), QStringList({ site.state->DisbursementUploadName, u"archive"_qs }));
+                filesOf(site), QStringList({ site.state->files.disbursementUpload, u"archive"_qs }));
         }
         QVERIFY2(timer.elapsed() < 10000, "the time-out was not kept");
         QCOMPARE(site.prompter.titles().first(), u"Remitra error"_qs);
-        QCOMPARE(site.state->ResultCode, qint16(isStatus ? status : 501));
-        QVERIFY(isStatus || site.state->ResultText == u"False"_qs);
+        QCOMPARE(site.state->lastResult.code, qint16(isStatus ? status : 501));
+        QVERIFY(isStatus || site.state->lastResult.text == u"False"_qs);
         QCOMPARE(ledgerSummary(site.db()), before);
         QCOMPARE(site.prompter.busyDepth(), 0);
         if (fault != u"refused"_qs)
@@ -161,20 +161,20 @@ private slots:
         sandbox->forceStatus(200, body);
         DownloadPaymentFile(*site.state);
         if (!taken) {
-            QCOMPARE(site.state->ResultCode, qint16(501));
+            QCOMPARE(site.state->lastResult.code, qint16(501));
             QCOMPARE(site.prompter.texts().last(), ProductTexts::noneFound);
             QCOMPARE(filesOf(site), QStringList({ u"IDFILE.DAT"_qs }));
             return;
         }
         QCOMPARE(site.prompter.texts(), QStringList({ ProductTexts::success }));
-        const QByteArray written = site.fileBytes(site.state->PaymentDownloadName);
+        const QByteArray written = site.fileBytes(site.state->files.paymentDownload);
         QCOMPARE(written.size(), body.size() + 2);
         QVERIFY(written == body + "\r\n");
         const QStringList archive = QDir(site.path(u"archive"_qs)).entryList(QDir::Files);
         QCOMPARE(archive.size(), 1);
         QVERIFY(site.fileBytes(u"archive/"_qs + archive.first()) == written);
         QCOMPARE(filesOf(site),
-            QStringList({ site.state->PaymentDownloadName, u"IDFILE.DAT"_qs, u"archive"_qs }));
+            QStringList({ site.state->files.paymentDownload, u"IDFILE.DAT"_qs, u"archive"_qs }));
     }
 
     // Every byte value: the payment file holds the body as sent (Windows-1252
@@ -191,7 +191,7 @@ private slots:
         sandbox->forceStatus(200, body);
         DownloadPaymentFile(*site.state);
         QCOMPARE(site.prompter.texts(), QStringList({ ProductTexts::success }));
-        QCOMPARE(site.fileBytes(site.state->PaymentDownloadName), body + "\r\n");
+        QCOMPARE(site.fileBytes(site.state->files.paymentDownload), body + "\r\n");
         QCOMPARE(ledgerSummary(site.db()), u"0|0|0|0|0|0|0|0"_qs);
     }
 };

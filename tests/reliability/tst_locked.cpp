@@ -115,7 +115,7 @@ private slots:
                 response += u"O%1,B%2,0,Accepted\n"_qs.arg(r.payeeId()).arg(r.CkID);
             script = DisburseFixture::answering(site, 200, response);
         }
-        const QByteArray file = site.fileBytes(site.state->PaymentDownloadName);
+        const QByteArray file = site.fileBytes(site.state->files.paymentDownload);
         const QString before = ledgerSummary(site.db());
         bool stop = false;
         bool posted = false;
@@ -127,7 +127,7 @@ private slots:
             });
         };
         {
-            HostWriter host(site.state->DatabasePath, exclusive);
+            HostWriter host(site.state->databasePath, exclusive);
             QElapsedTimer timer;
             timer.start();
             command();
@@ -137,10 +137,10 @@ private slots:
         QVERIFY(!posted);
         QVERIFY2(
             site.prompter.texts().last().contains(kBusy), qPrintable(site.prompter.texts().last()));
-        QVERIFY(!site.state->EndRequested);
+        QVERIFY(!site.state->endRequested);
         QCOMPARE(site.prompter.busyDepth(), 0);
         QCOMPARE(ledgerSummary(site.db()), before);
-        QCOMPARE(site.fileBytes(site.state->PaymentDownloadName), file);
+        QCOMPARE(site.fileBytes(site.state->files.paymentDownload), file);
         if (!rent) {
             QCOMPARE(script->calls.size(), exclusive ? 0 : 1);
             QCOMPARE(UnfinishedRun::present(*site.state), !exclusive);
@@ -152,7 +152,7 @@ private slots:
         if (rent) {
             QVERIFY(posted);
             QCOMPARE(site.prompter.texts().last(), ProductTexts::ledgersUpdated);
-            QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+            QVERIFY(site.fileBytes(site.state->files.paymentDownload).isNull());
         } else {
             QCOMPARE(script->calls.size(), 1);
             QVERIFY(!UnfinishedRun::present(*site.state));
@@ -176,7 +176,7 @@ private slots:
         QCoreApplication::processEvents();
         QCOMPARE(grid->model()->index(0, 10).data().toString(), u"N"_qs);
         {
-            HostWriter host(site.state->DatabasePath, true);
+            HostWriter host(site.state->databasePath, true);
             screen->close();
         }
         QVERIFY(script->calls.isEmpty());
@@ -185,7 +185,7 @@ private slots:
             u"Your changes are saved in Dwellix, but they could not be sent to Quenta Payment "
             "Services now:\r\r"_qs
             + kBusy));
-        QVERIFY(!site.state->EndRequested);
+        QVERIFY(!site.state->endRequested);
 
         for (int closing = 0; closing < 2; ++closing) {
             screen = std::make_unique<TenantEnrolmentDialog>(*site.state);

@@ -86,8 +86,8 @@ private slots:
         DisburseFixture::populate(disb);
         for (TestSite *site : { &rent, &disb }) {
             sandbox.useFor(*site->state);
-            site->state->SettingsFile = site->path(u"remitra.ini"_qs);
-            Credentials::saveFromState(*site->state);
+            site->state->settingsFile = site->path(u"remitra.ini"_qs);
+            Credentials::saveLogin(site->state->settingsFile, site->state->login);
         }
 
         g_log.clear();
@@ -118,7 +118,7 @@ private slots:
             const auto files = filesUnder(site->folder());
             QVERIFY(files.size() > 3);
             for (auto it = files.cbegin(); it != files.cend(); ++it) {
-                if (it.key() == site->state->SettingsFile)
+                if (it.key() == site->state->settingsFile)
                     continue;
                 for (const QByteArray &secret : secrets)
                     QVERIFY2(!it.value().contains(secret), qPrintable(it.key()));
@@ -142,28 +142,28 @@ private slots:
         const QFileDevice::Permissions ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner
             | QFileDevice::ReadUser | QFileDevice::WriteUser;
         TestSite site;
-        site.state->ProcessorUser = kUser;
-        site.state->ProcessorPassword = kPassword;
+        site.state->login.user = kUser;
+        site.state->login.password = kPassword;
 
-        site.state->SettingsFile = site.path(u"new.ini"_qs);
-        Credentials::saveFromState(*site.state);
-        QCOMPARE(QFile(site.state->SettingsFile).permissions(), ownerOnly);
+        site.state->settingsFile = site.path(u"new.ini"_qs);
+        Credentials::saveLogin(site.state->settingsFile, site.state->login);
+        QCOMPARE(QFile(site.state->settingsFile).permissions(), ownerOnly);
 
-        site.state->SettingsFile = site.path(u"old.ini"_qs);
+        site.state->settingsFile = site.path(u"old.ini"_qs);
         site.writeFile(u"old.ini"_qs, "[Parameters]\n");
         QFile::setPermissions(
-            site.state->SettingsFile, ownerOnly | QFileDevice::ReadGroup | QFileDevice::ReadOther);
-        Credentials::saveFromState(*site.state);
-        QCOMPARE(QFile(site.state->SettingsFile).permissions(), ownerOnly);
+            site.state->settingsFile, ownerOnly | QFileDevice::ReadGroup | QFileDevice::ReadOther);
+        Credentials::saveLogin(site.state->settingsFile, site.state->login);
+        QCOMPARE(QFile(site.state->settingsFile).permissions(), ownerOnly);
 
-        site.state->SettingsFile.clear();
-        Credentials::saveFromState(*site.state);
+        site.state->settingsFile.clear();
+        Credentials::saveLogin(site.state->settingsFile, site.state->login);
         const QString store
             = QSettings(QSettings::UserScope, u"Dwellix"_qs, u"Dwellix"_qs).fileName();
         QVERIFY2(store.startsWith(config.path()), qPrintable(store));
         QVERIFY(QFile::exists(store));
         QCOMPARE(QFile(store).permissions(), ownerOnly);
-        const Credentials::Stored stored = Credentials::read(*site.state);
+        const Credentials::Stored stored = Credentials::read(site.state->settingsFile);
         QCOMPARE(DecodeSetting(stored.password), kPassword);
     }
 
@@ -199,13 +199,13 @@ private slots:
             return;
         // Refused at once, without a connection: the URL is not found.
         TestSite site;
-        site.state->ProcessorUrl = url;
-        site.state->ClientFactory = [] { return std::make_unique<HttpProcessorClient>(30); };
+        site.state->login.url = url;
+        site.state->clientFactory = [] { return std::make_unique<HttpProcessorClient>(30); };
         QElapsedTimer timer;
         timer.start();
         DownloadPaymentFile(*site.state);
         QVERIFY(timer.elapsed() < 2000);
-        QCOMPARE(site.state->ResultCode, qint16(404));
+        QCOMPARE(site.state->lastResult.code, qint16(404));
     }
 
     // Names and remarks made of quotes, semicolons, SQL, control characters
@@ -280,13 +280,13 @@ private slots:
         BuildOwnerFile(*site.state);
         BuildSetupFile(*site.state);
         BuildTenantUpload(*site.state);
-        const QString owners = TransferFile::fromAnsi(site.fileBytes(site.state->OwnerUploadName));
+        const QString owners = TransferFile::fromAnsi(site.fileBytes(site.state->files.ownerUpload));
         for (const QString &text : hostile)
             QVERIFY2(
                 owners.contains(u'|' + VbText::Trim(text) + u" Z|"_qs), qPrintable(text.left(40)));
-        QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->TenantUploadName))
+        QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->files.tenantUpload))
                     .contains(u"|a; DROP TABLE Units; --|x' OR '1'='1|"_qs));
-        QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->SetupUploadName))
+        QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->files.setupUpload))
                     .contains(u"|Apt '1'; DELETE FROM Units; --|"_qs));
         QCOMPARE(untouched(), before);
     }

@@ -101,7 +101,7 @@ private slots:
         TestSite site;
         RentSupport::seedPortfolio(site);
         RentSupport::writePaymentFile(site, { line(10, 100, u"10"_qs), line(20, 200, u"20.5"_qs) });
-        const QByteArray file = site.fileBytes(site.state->PaymentDownloadName);
+        const QByteArray file = site.fileBytes(site.state->files.paymentDownload);
         RentReviewDialog screen(*site.state, nullptr);
         screen.show();
         auto *grid = child<QTableView>(screen, "gridACHDownload");
@@ -118,7 +118,7 @@ private slots:
         site.prompter.queueAnswers({ Prompter::Answer::No, Prompter::Answer::No });
         click(screen, "cmdDeleteAll");
         QCOMPARE(screen.rowCount(), 1);
-        QCOMPARE(site.state->MsgAnswer, u"7"_qs);
+        QCOMPARE(site.state->msgAnswer, u"7"_qs);
         click(screen, "cmdExit");
         QVERIFY(screen.isVisible());
         QCOMPARE(site.prompter.titles(),
@@ -127,11 +127,11 @@ private slots:
             u"Are you SURE you want to permanently erase all"_qs));
         QVERIFY(site.prompter.texts()[1].startsWith(
             u"You are trying to leave without updating your TENANT LEDGERS."_qs));
-        QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QVERIFY(!site.fileBytes(site.state->files.paymentDownload).isNull());
 
         deleteRow(grid, 0);
         QCOMPARE(textOf(screen, "labRemitraPayments"), u"Number of Remitra Payments: 0"_qs);
-        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QVERIFY(site.fileBytes(site.state->files.paymentDownload).isNull());
         QCOMPARE(site.fileBytes(PaymentFile::LastDownloadName), file);
         QVERIFY(!child(screen, "cmdUpdate")->isEnabled());
         QTest::keyClick(&screen, Qt::Key_Escape);
@@ -145,7 +145,7 @@ private slots:
         click(all, "cmdDeleteAll");
         QCOMPARE(all.rowCount(), 0);
         QCOMPARE(textOf(all, "labRemitraPayments"), u"Number of Remitra Payments: 0"_qs);
-        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QVERIFY(site.fileBytes(site.state->files.paymentDownload).isNull());
         QVERIFY(site.fileBytes(PaymentFile::LastDownloadName) != file);
         QVERIFY(!child(all, "cmdUpdate")->isEnabled());
         click(all, "cmdExit");
@@ -167,7 +167,7 @@ private slots:
         QVERIFY(site.prompter.texts().first().startsWith(u"Not found: Tenant ID #999\n"_qs));
         QVERIFY(screen.isVisible() && !screen.posted());
         QVERIFY(child(screen, "cmdUpdate")->isEnabled());
-        QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QVERIFY(!site.fileBytes(site.state->files.paymentDownload).isNull());
 
         const QModelIndex first = grid->model()->index(0, PaymentTableModel::Date);
         QVERIFY(first.data(Qt::ToolTipRole)

@@ -66,7 +66,7 @@ private slots:
         for (const auto &s : site.prompter.shown())
             shown << s.text + u'|' + s.title;
         QCOMPARE(shown.join(u'\n'), message);
-        QCOMPARE(!site.fileBytes(site.state->PaymentDownloadName).isNull(), fileKept);
+        QCOMPARE(!site.fileBytes(site.state->files.paymentDownload).isNull(), fileKept);
         QCOMPARE(site.prompter.busyDepth(), 0);
     }
 

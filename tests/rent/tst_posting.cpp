@@ -113,7 +113,7 @@ private slots:
         QCOMPARE(balances(site), after);
 
         // With code "U" a payment changes no balance.
-        site.state->IdItems[0] = u"Rent Income;4000;U"_qs;
+        site.state->account.idItems[0] = u"Rent Income;4000;U"_qs;
         QVERIFY(UpdateLedgers::run(*site.state, loadRows(site, { line(10, 100, u"5"_qs) }), {}));
         QCOMPARE(balances(site), after);
     }
@@ -154,7 +154,7 @@ private slots:
 
     void stops_data()
     {
-        QTest::addColumn<int>("item"); // IdItems entry to change, -1 none
+        QTest::addColumn<int>("item"); // account.idItems entry to change, -1 none
         QTest::addColumn<QString>("setting");
         QTest::addColumn<QString>("secondLine");
         QTest::addColumn<QString>("message"); // its beginning
@@ -221,7 +221,7 @@ private slots:
         TestSite site;
         seed(site);
         if (item >= 0)
-            site.state->IdItems[std::size_t(item)] = setting;
+            site.state->account.idItems[std::size_t(item)] = setting;
         const RentPayments rows = loadRows(site, lines);
         QVERIFY(!UpdateLedgers::run(*site.state, rows, c));
         QCOMPARE(site.prompter.titles(), QStringList { u"Remitra"_qs });
@@ -229,14 +229,14 @@ private slots:
             qPrintable(site.prompter.texts().first()));
         QTEST(site.scalar(u"SELECT count(*) FROM Transactions"_qs).toInt(), "written");
         QVERIFY(balances(site).contains(u"101 0 0"_qs));
-        QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QVERIFY(!site.fileBytes(site.state->files.paymentDownload).isNull());
         // What stops before anything is written leaves no backup either.
         QCOMPARE(QDir(site.path(u"backups"_qs)).exists(), !message.startsWith(u"The "_qs));
         if (!fixable)
             return;
 
         if (item >= 0)
-            site.state->IdItems[std::size_t(item)] = RentSupport::accountItems()[item];
+            site.state->account.idItems[std::size_t(item)] = RentSupport::accountItems()[item];
         addTenant555(site);
         QVERIFY(RentSupport::post(site, rows, c));
         TestSite clean;
@@ -297,9 +297,9 @@ private slots:
             site.writeFile(
                 u"backups/dxdatafl-20200101-0000%1-000.db"_qs.arg(i, 2, 10, QChar(u'0')), "x");
         const RentPayments rows = loadRows(site, { line(10, 100, u"10"_qs) });
-        const QByteArray file = site.fileBytes(site.state->PaymentDownloadName);
+        const QByteArray file = site.fileBytes(site.state->files.paymentDownload);
         QVERIFY(UpdateLedgers::run(*site.state, rows, {}));
-        QVERIFY(site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QVERIFY(site.fileBytes(site.state->files.paymentDownload).isNull());
         QCOMPARE(site.fileBytes(PaymentFile::LastDownloadName), file);
 
         const QStringList kept = QDir(site.path(u"backups"_qs)).entryList(QDir::Files, QDir::Name);
@@ -331,7 +331,7 @@ private slots:
                              "FROM Tenants)"_qs)
                      .toInt(),
             0);
-        QVERIFY(!site.fileBytes(site.state->PaymentDownloadName).isNull());
+        QVERIFY(!site.fileBytes(site.state->files.paymentDownload).isNull());
         QCOMPARE(site.prompter.busyDepth(), 0);
     }
 

@@ -48,12 +48,12 @@ struct Built
 {
     const char *which;
     void (*build)(ProgramState &);
-    QString ProgramState::*name;
+    QString TransferFileNames::*name;
 };
-const Built kFiles[] = { { "setup", BuildSetupFile, &ProgramState::SetupUploadName },
-    { "tenant", BuildTenantUpload, &ProgramState::TenantUploadName },
-    { "owner", BuildOwnerFile, &ProgramState::OwnerUploadName },
-    { "vendor", BuildVendorFile, &ProgramState::VendorUploadName } };
+const Built kFiles[] = { { "setup", BuildSetupFile, &TransferFileNames::setupUpload },
+    { "tenant", BuildTenantUpload, &TransferFileNames::tenantUpload },
+    { "owner", BuildOwnerFile, &TransferFileNames::ownerUpload },
+    { "vendor", BuildVendorFile, &TransferFileNames::vendorUpload } };
 
 } // namespace
 
@@ -78,9 +78,9 @@ private slots:
         const Built &f = kFiles[file];
         TestSite site;
         UploadsFixture::addAll(site);
-        site.writeFile((*site.state).*f.name, QByteArray(5000, 'x'));
+        site.writeFile(site.state->files.*f.name, QByteArray(5000, 'x'));
         f.build(*site.state);
-        compareBytes(site.fileBytes((*site.state).*f.name),
+        compareBytes(site.fileBytes(site.state->files.*f.name),
             expected(QString::fromLatin1(f.which) + u".txt"_qs));
         QVERIFY(site.prompter.shown().isEmpty());
         QCOMPARE(site.prompter.busyDepth(), 0);
@@ -90,14 +90,14 @@ private slots:
     {
         TestSite site;
         UploadsFixture::addPortfolio(site);
-        site.writeFile(site.state->SetupUploadName, "old");
+        site.writeFile(site.state->files.setupUpload, "old");
         QCOMPARE(raisedError([&] { BuildSetupFile(*site.state); }), 3021);
-        QCOMPARE(site.fileBytes(site.state->SetupUploadName), QByteArray("old"));
+        QCOMPARE(site.fileBytes(site.state->files.setupUpload), QByteArray("old"));
 
         TestSite empty;
         UploadsFixture::addCompany(empty);
         BuildSetupFile(*empty.state);
-        QCOMPARE(empty.fileBytes(empty.state->SetupUploadName), QByteArray(""));
+        QCOMPARE(empty.fileBytes(empty.state->files.setupUpload), QByteArray(""));
     }
 
     // Without tenants no tenant file is left; sending it tells the user,
@@ -108,28 +108,28 @@ private slots:
         UploadsFixture::addCompany(site);
         UploadsFixture::addVendors(site);
         auto script = site.scriptProcessor();
-        site.writeFile(site.state->TenantUploadName, "old");
+        site.writeFile(site.state->files.tenantUpload, "old");
         BuildTenantUpload(*site.state);
-        QVERIFY(site.fileBytes(site.state->TenantUploadName).isNull());
+        QVERIFY(site.fileBytes(site.state->files.tenantUpload).isNull());
         SendTenantUpload(*site.state);
         QCOMPARE(site.prompter.titles(), QStringList { u"Tenant Remitra"_qs });
         QVERIFY(
             site.prompter.texts().first().startsWith(u"The Tenant Remitra file was not found."_qs));
         QCOMPARE(raisedError([&] { UploadAll(*site.state); }), 53);
         QVERIFY(script->calls.isEmpty());
-        QCOMPARE(site.fileBytes(site.state->SetupUploadName), QByteArray(""));
+        QCOMPARE(site.fileBytes(site.state->files.setupUpload), QByteArray(""));
     }
 
     void tenantUploadNeedsTheLogin()
     {
         TestSite site;
         UploadsFixture::addAll(site);
-        site.state->LoginMissing = true;
-        site.writeFile(site.state->TenantUploadName, "old");
+        site.state->login.missing = true;
+        site.writeFile(site.state->files.tenantUpload, "old");
         BuildTenantUpload(*site.state);
         QVERIFY(!UploadAll(*site.state));
-        QCOMPARE(site.fileBytes(site.state->TenantUploadName), QByteArray("old"));
-        QVERIFY(site.fileBytes(site.state->SetupUploadName).isNull());
+        QCOMPARE(site.fileBytes(site.state->files.tenantUpload), QByteArray("old"));
+        QVERIFY(site.fileBytes(site.state->files.setupUpload).isNull());
         QCOMPARE(
             site.prompter.titles(), (QStringList { u"Login Message"_qs, u"Login Message"_qs }));
     }
@@ -147,8 +147,8 @@ private slots:
             QCOMPARE(call.url, u"http://127.0.0.1:9/qps/evendorpay.php"_qs);
             QCOMPARE(call.texts, (QStringList { u""_qs, u""_qs, u""_qs }));
         }
-        QCOMPARE(site.fileBytes(site.state->OwnerUploadName), QByteArray(""));
-        QCOMPARE(site.fileBytes(site.state->VendorUploadName), QByteArray(""));
+        QCOMPARE(site.fileBytes(site.state->files.ownerUpload), QByteArray(""));
+        QCOMPARE(site.fileBytes(site.state->files.vendorUpload), QByteArray(""));
         QCOMPARE(
             site.prompter.texts(), (QStringList { ProductTexts::success, ProductTexts::success }));
     }
@@ -162,12 +162,12 @@ private slots:
         script->replies.append({ false, 501, {} });
         QVERIFY(UploadAll(*site.state));
         QCOMPARE(script->calls.size(), 1);
-        QCOMPARE(site.state->ResultText, u"False"_qs);
+        QCOMPARE(site.state->lastResult.text, u"False"_qs);
         QCOMPARE(site.prompter.titles(), QStringList { u"Remitra error"_qs });
         QCOMPARE(site.prompter.busyDepth(), 0);
         // The files stay for inspection.
-        QVERIFY(!site.fileBytes(site.state->SetupUploadName).isNull());
-        QVERIFY(!site.fileBytes(site.state->TenantUploadName).isNull());
+        QVERIFY(!site.fileBytes(site.state->files.setupUpload).isNull());
+        QVERIFY(!site.fileBytes(site.state->files.tenantUpload).isNull());
     }
 };
 

@@ -92,13 +92,13 @@ private slots:
                 u"Are you SURE you want to delete the file: DX_Quenta_Distribution_Response.txt?"_qs });
         QCOMPARE(v.site.prompter.shown()[0].kind, ScriptedPrompter::Shown::Question);
         QCOMPARE(v.site.prompter.titles(), QStringList { u"Delete File"_qs });
-        QCOMPARE(v.site.state->MsgAnswer, u"7"_qs);
+        QCOMPARE(v.site.state->msgAnswer, u"7"_qs);
         QVERIFY(!v.site.fileBytes(name).isNull());
 
         v.site.prompter.clear();
         v.site.prompter.queueAnswer(Prompter::Answer::Yes);
         v.clickDelete();
-        QCOMPARE(v.site.state->MsgAnswer, u"6"_qs);
+        QCOMPARE(v.site.state->msgAnswer, u"6"_qs);
         QCOMPARE(v.site.prompter.texts().last(), u"File Deleted!"_qs);
         QCOMPARE(v.site.prompter.titles().last(), u"Delete File"_qs);
         QVERIFY(v.site.fileBytes(name).isNull());
@@ -122,8 +122,8 @@ private slots:
     {
         Viewer v;
         v.site.writeFile(
-            v.site.state->PaymentDownloadName, "P1,U1,T1,5,1/1/2026,1,1/1/2026,ACH,Rent\r\n");
-        v.site.writeFile(v.site.state->DisbursementUploadName, "B1|O7||5\r\n");
+            v.site.state->files.paymentDownload, "P1,U1,T1,5,1/1/2026,1,1/1/2026,ACH,Rent\r\n");
+        v.site.writeFile(v.site.state->files.disbursementUpload, "B1|O7||5\r\n");
         // A distribution sent without a recorded answer.
         PaymentRow sent;
         sent.CkID = 1;
@@ -138,27 +138,27 @@ private slots:
             QCOMPARE(v.site.prompter.titles(), QStringList { u"Delete File"_qs });
             QVERIFY(
                 v.site.prompter.texts().first().endsWith(u"Do you still want to delete it?"_qs));
-            QCOMPARE(v.site.state->MsgAnswer, u"7"_qs);
+            QCOMPARE(v.site.state->msgAnswer, u"7"_qs);
         }
-        QVERIFY(!v.site.fileBytes(v.site.state->PaymentDownloadName).isNull());
+        QVERIFY(!v.site.fileBytes(v.site.state->files.paymentDownload).isNull());
         v.site.prompter.clear();
         v.site.prompter.queueAnswers({ Prompter::Answer::Yes, Prompter::Answer::Yes });
         v.clickDelete();
         QCOMPARE(v.site.prompter.texts().last(), u"File Deleted!"_qs);
-        QVERIFY(v.site.fileBytes(v.site.state->DisbursementUploadName).isNull());
+        QVERIFY(v.site.fileBytes(v.site.state->files.disbursementUpload).isNull());
     }
 
     void aFileThatVanishesEndsTheProgram()
     {
         Viewer v;
         bool ended = false;
-        v.site.state->EndProgram = [&] { ended = true; };
+        v.site.state->endProgram = [&] { ended = true; };
         v.site.writeFile(u"DX_Quenta_Setup_DXRM.txt"_qs, "S\r\n");
         v.choose(0);
         QFile::remove(v.site.path(u"DX_Quenta_Setup_DXRM.txt"_qs));
         v.form.chooseFile(-1); // no choice: shown again without a check
         QVERIFY(v.site.prompter.texts().last().startsWith(u"Run-time error '53':"_qs));
-        QVERIFY(ended || v.site.state->EndRequested);
+        QVERIFY(ended || v.site.state->endRequested);
     }
 };
 

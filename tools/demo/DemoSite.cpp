@@ -410,11 +410,11 @@ void writeSettings(
 {
     ScriptedPrompter prompter;
     ProgramState state(prompter, QDir::currentPath());
-    state.SettingsFile = QFileInfo(iniFile).absoluteFilePath();
-    state.ProcessorUrl = url;
-    state.ProcessorUser = user;
-    state.ProcessorPassword = password;
-    Credentials::saveFromState(state);
+    state.settingsFile = QFileInfo(iniFile).absoluteFilePath();
+    state.login.url = url;
+    state.login.user = user;
+    state.login.password = password;
+    Credentials::saveLogin(state.settingsFile, state.login);
 }
 
 } // namespace DemoSite

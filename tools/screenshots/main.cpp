@@ -184,9 +184,9 @@ void run(const Options &options)
     Camera camera(options);
     ScriptedPrompter prompter;
     ProgramState state(prompter, options.folder);
-    state.SettingsFile = options.settings;
-    state.ClientFactory = [] { return std::make_unique<HttpProcessorClient>(30); };
-    state.EndProgram = [] {};
+    state.settingsFile = options.settings;
+    state.clientFactory = [] { return std::make_unique<HttpProcessorClient>(30); };
+    state.endProgram = [] {};
 
     MainMenuWindow mainMenu(state);
     if (!mainMenu.load())
