@@ -120,7 +120,7 @@ public:
         m_state.login.password = m_options.password;
         m_state.login.missing = false;
         m_state.clientFactory = [] { return std::make_unique<HttpProcessorClient>(120); };
-        LoadIDFile(m_state.folder(), m_state.account);
+        loadIdFile(m_state.folder(), m_state.account);
     }
 
     Measured run()
@@ -184,7 +184,7 @@ private:
     void setupFile()
     {
         begin();
-        BuildSetupFile(m_state);
+        buildSetupFile(m_state);
         end();
         require(fileSize(m_state.files.setupUpload) > 0, "no setup file");
         note(u"setup file %1 bytes"_qs.arg(fileSize(m_state.files.setupUpload)));
@@ -193,7 +193,7 @@ private:
     void tenantUpload()
     {
         begin();
-        BuildTenantUpload(m_state);
+        buildTenantUpload(m_state);
         end();
         require(fileSize(m_state.files.tenantUpload) > 0, "no tenant upload");
         note(u"tenant upload %1 bytes"_qs.arg(fileSize(m_state.files.tenantUpload)));
@@ -202,7 +202,7 @@ private:
     void ownerFile()
     {
         begin();
-        BuildOwnerFile(m_state);
+        buildOwnerFile(m_state);
         end();
         require(fileSize(m_state.files.ownerUpload) > 0, "no owner file");
         note(u"owner file %1 bytes"_qs.arg(fileSize(m_state.files.ownerUpload)));
@@ -211,7 +211,7 @@ private:
     void vendorFile()
     {
         begin();
-        BuildVendorFile(m_state);
+        buildVendorFile(m_state);
         end();
         require(fileSize(m_state.files.vendorUpload) > 0, "no vendor file");
         note(u"vendor file %1 bytes"_qs.arg(fileSize(m_state.files.vendorUpload)));
@@ -220,7 +220,7 @@ private:
     void uploadAll()
     {
         begin();
-        const bool ran = UploadAll(m_state);
+        const bool ran = ::uploadAll(m_state);
         end();
         require(ran && m_state.lastResult.code == 200, "upload all failed");
         note(u"result code %1"_qs.arg(m_state.lastResult.code));
@@ -410,7 +410,7 @@ private:
         m_state.clientFactory = ScriptedProcessorClient::factory(script);
         bool stopRejections = false;
         begin();
-        const bool done = DistributionRun(m_state, stopRejections).MakePaymentsNow(rows, {});
+        const bool done = DistributionRun(m_state, stopRejections).makePaymentsNow(rows, {});
         end();
         QSqlQuery left = m_state.db().prepare(u"SELECT count(*) FROM CheckEntered"_qs);
         HostDb::exec(left, "counting entered checks");

@@ -92,12 +92,12 @@ QString readKey(QSettings &settings, const char *key)
 
 } // namespace
 
-QString EncodeSetting(const QString &text)
+QString encodeSetting(const QString &text)
 {
     return shifted(text, 3);
 }
 
-QString DecodeSetting(const QString &text)
+QString decodeSetting(const QString &text)
 {
     return shifted(text, -3);
 }
@@ -134,7 +134,7 @@ void Credentials::save(const QString &settingsFile, const Stored &stored)
 void Credentials::saveLogin(const QString &settingsFile, const ProcessorLogin &login)
 {
     save(settingsFile,
-        { EncodeSetting(login.user), EncodeSetting(login.password), EncodeSetting(login.url) });
+        { encodeSetting(login.user), encodeSetting(login.password), encodeSetting(login.url) });
 }
 
 void Credentials::resetLogIn(ProgramState &state, LoginScreen &login)

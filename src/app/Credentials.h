@@ -10,10 +10,10 @@ class ProgramState;
 // The stored form of a credential: every character replaced by the one whose
 // ANSI code is 3 higher. A character of code 253 or more raises
 // RuntimeError::invalidArgument().
-QString EncodeSetting(const QString &text);
+QString encodeSetting(const QString &text);
 // The plain form: every character replaced by the one whose ANSI code is 3
 // lower. A character below code 3 raises RuntimeError::invalidArgument().
-QString DecodeSetting(const QString &text);
+QString decodeSetting(const QString &text);
 
 // The processor credentials kept between runs: application "Dwellix", group
 // "Parameters", keys "username", "password", "url", values encoded. On

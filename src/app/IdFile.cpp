@@ -49,7 +49,7 @@ QStringList lineItems(const QString &line)
 
 } // namespace
 
-void LoadIDFile(const QString &folder, AccountSettings &account)
+void loadIdFile(const QString &folder, AccountSettings &account)
 {
     // The host application writes IDFILE.DAT; a missing file is the
     // runtime's file-not-found error in the caller.

@@ -5,4 +5,4 @@
 // Reads IDFILE.DAT of the given folder into account.idItems (items 9, 10,
 // 15-18, counting from 0), each as it is read. A missing file raises the
 // file-not-found error.
-void LoadIDFile(const QString &folder, AccountSettings &account);
+void loadIdFile(const QString &folder, AccountSettings &account);

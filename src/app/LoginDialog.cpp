@@ -110,9 +110,9 @@ void LoginDialog::showEvent(QShowEvent *event)
 void LoginDialog::saveAndExit()
 {
     TopLevel::run(m_state, [&] {
-        m_state.login.url = VbText::Trim(m_txtURL->text());
-        m_state.login.user = VbText::Trim(m_txtUserName->text());
-        m_state.login.password = VbText::Trim(m_txtPassword->text());
+        m_state.login.url = VbText::trim(m_txtURL->text());
+        m_state.login.user = VbText::trim(m_txtUserName->text());
+        m_state.login.password = VbText::trim(m_txtPassword->text());
         m_state.login.missing = m_state.login.url.isEmpty() || m_state.login.user.isEmpty()
             || m_state.login.password.isEmpty();
         accept();

@@ -277,7 +277,7 @@ void MainMenuWindow::downloadAndPostPayments()
     TopLevel::run(m_state, [&] {
         if (!loginPresent())
             return;
-        DownloadPaymentFile(m_state);
+        downloadPaymentFile(m_state);
         // The review screen opens whatever the download gave: it also shows
         // a file that was already waiting.
         openRentReview();
@@ -348,7 +348,7 @@ void MainMenuWindow::closeEvent(QCloseEvent *event)
 // modeless ones keep their single instance.
 void MainMenuWindow::sendAllInfo()
 {
-    if (UploadAll(m_state))
+    if (::uploadAll(m_state))
         m_cmdExit->setFocus();
 }
 

@@ -29,13 +29,13 @@ bool readCredentials(ProgramState &state, LoginScreen &login)
         }
         // A cancelled screen left the state values empty: empty values are
         // saved then, and the entry counts as missing below.
-        stored = { EncodeSetting(state.login.user), EncodeSetting(state.login.password),
-            EncodeSetting(state.login.url) };
+        stored = { encodeSetting(state.login.user), encodeSetting(state.login.password),
+            encodeSetting(state.login.url) };
         Credentials::save(state.settingsFile, stored);
     }
-    state.login.user = DecodeSetting(stored.username);
-    state.login.password = DecodeSetting(stored.password);
-    state.login.url = DecodeSetting(stored.url);
+    state.login.user = decodeSetting(stored.username);
+    state.login.password = decodeSetting(stored.password);
+    state.login.url = decodeSetting(stored.url);
     state.login.missing = state.login.user.isEmpty() || state.login.password.isEmpty()
         || state.login.url.isEmpty();
     return true;
@@ -44,7 +44,7 @@ bool readCredentials(ProgramState &state, LoginScreen &login)
 void buildFileNames(ProgramState &state)
 {
     state.siteCode = u"DXRM"_qs;
-    const QString site = VbText::Trim(state.siteCode);
+    const QString site = VbText::trim(state.siteCode);
     state.files.setupUpload = u"DX_Quenta_Setup_"_qs + site + u".txt"_qs;
     state.files.tenantUpload = u"DX_Quenta_Tenant_"_qs + site + u".txt"_qs;
     state.files.paymentDownload = u"DX_Quenta_PaymentFile.txt"_qs;
@@ -81,7 +81,7 @@ void settleJournal(ProgramState &state)
 
 Startup::Outcome Startup::run(ProgramState &state, LoginScreen &login)
 {
-    return run(state, login, CheckForPaymentFile);
+    return run(state, login, checkForPaymentFile);
 }
 
 Startup::Outcome Startup::run(

@@ -18,7 +18,7 @@ public:
     enum class Outcome { ShowMainMenu, EndProgram };
 
     // The check for waiting rent payments run when the credentials are
-    // complete (CheckForPaymentFile; tests may hand in their own).
+    // complete (checkForPaymentFile; tests may hand in their own).
     using PaymentCheck = std::function<void(ProgramState &)>;
 
     static Outcome run(ProgramState &state, LoginScreen &login);

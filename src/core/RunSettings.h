@@ -30,7 +30,7 @@ struct TransferFileNames
     QString disbursementUpload;
 };
 
-// The account settings read from IDFILE.DAT (see LoadIDFile): the rent,
+// The account settings read from IDFILE.DAT (see loadIdFile): the rent,
 // late fee and management fee categories ("text;account id;posting code")
 // and the default remarks of rent and late fees.
 struct AccountSettings

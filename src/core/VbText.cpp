@@ -7,7 +7,7 @@
 
 namespace VbText {
 
-double Val(const QString &text)
+double val(const QString &text)
 {
     qsizetype i = 0;
     const qsizetype n = text.size();
@@ -45,15 +45,15 @@ double Val(const QString &text)
     return negative ? -value : value;
 }
 
-qint64 ValId(const QString &text)
+qint64 valId(const QString &text)
 {
-    const double v = Val(text);
+    const double v = val(text);
     if (!std::isfinite(v) || std::fabs(v) > 9.0e18)
         return 0;
     return static_cast<qint64>(std::trunc(v));
 }
 
-QString LTrim(const QString &text)
+QString lTrim(const QString &text)
 {
     if (text.isNull())
         return {};
@@ -63,7 +63,7 @@ QString LTrim(const QString &text)
     return text.mid(i);
 }
 
-QString RTrim(const QString &text)
+QString rTrim(const QString &text)
 {
     if (text.isNull())
         return {};
@@ -73,11 +73,11 @@ QString RTrim(const QString &text)
     return text.left(n);
 }
 
-QString Trim(const QString &text)
+QString trim(const QString &text)
 {
     if (text.isNull())
         return {};
-    QString t = RTrim(LTrim(text));
+    QString t = rTrim(lTrim(text));
     if (t.isNull())
         return QStringLiteral("");
     return t;
@@ -93,9 +93,9 @@ QString text(const QVariant &value)
     return t;
 }
 
-QString TrimV(const QVariant &value)
+QString trimV(const QVariant &value)
 {
-    return Trim(text(value));
+    return trim(text(value));
 }
 
 QString joinNull(const QString &a, const QString &b)
@@ -105,7 +105,7 @@ QString joinNull(const QString &a, const QString &b)
     return a + b;
 }
 
-bool IsNumeric(const QString &input)
+bool isNumeric(const QString &input)
 {
     QString t = input.trimmed();
     if (t.startsWith(u'-') || t.startsWith(u'+'))
@@ -128,14 +128,14 @@ bool IsNumeric(const QString &input)
     return true;
 }
 
-QString Left(const QString &text, qsizetype n)
+QString left(const QString &text, qsizetype n)
 {
     if (text.isNull())
         return {};
     return text.left(std::max<qsizetype>(0, n));
 }
 
-QString Mid(const QString &text, qsizetype start1, qsizetype n)
+QString mid(const QString &text, qsizetype start1, qsizetype n)
 {
     if (text.isNull())
         return {};

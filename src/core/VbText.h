@@ -11,20 +11,20 @@ namespace VbText {
 // Leading-number parse: skips leading blanks, reads an optional sign, digits
 // and one decimal point, and stops at the first other character. Text that
 // does not begin with a number is 0; "000123" is 123; "12abc" is 12.
-double Val(const QString &text);
+double val(const QString &text);
 // Val truncated towards zero into a 32-bit id (ids are whole numbers).
-qint64 ValId(const QString &text);
+qint64 valId(const QString &text);
 
 // Removes leading and trailing blanks (spaces only; tabs and other white
 // space are kept). Null stays null.
-QString Trim(const QString &text);
-QString LTrim(const QString &text);
-QString RTrim(const QString &text);
+QString trim(const QString &text);
+QString lTrim(const QString &text);
+QString rTrim(const QString &text);
 
 // Text of a database value: null gives a null QString.
 QString text(const QVariant &value);
 // Trim of a database value: Null stays null.
-QString TrimV(const QVariant &value);
+QString trimV(const QVariant &value);
 
 // Null-propagating join ("a + b" on texts): null when either side is null.
 QString joinNull(const QString &a, const QString &b);
@@ -36,11 +36,11 @@ inline QString joinNull(const QString &a, const QString &b, const QString &c)
 // True when the text reads as a number in full (blanks around allowed, one
 // sign, digits with an optional decimal point, optional leading "$" and
 // thousands commas). The empty text is not numeric.
-bool IsNumeric(const QString &text);
+bool isNumeric(const QString &text);
 
-// Left(text, n) / Mid(text, start1, n): 1-based, clamped, null-propagating.
-QString Left(const QString &text, qsizetype n);
-QString Mid(const QString &text, qsizetype start1, qsizetype n = -1);
+// left(text, n) / mid(text, start1, n): 1-based, clamped, null-propagating.
+QString left(const QString &text, qsizetype n);
+QString mid(const QString &text, qsizetype start1, qsizetype n = -1);
 
 // The system's short date form (QLocale::system(), ShortFormat) with the
 // year always in four digits, so that no reader can take 24 for 1924: en_US

@@ -13,7 +13,7 @@ QString line(const PaymentRow &row, bool secondPair)
         payee = (secondPair ? u"O%"_qs : u"O"_qs) + QString::number(row.payeeId());
     else
         payee = u"V"_qs + QString::number(row.IDField);
-    return u"B"_qs + QString::number(row.CkID) + u'|' + payee + u'|' + VbText::Trim(row.CkRemark)
+    return u"B"_qs + QString::number(row.CkID) + u'|' + payee + u'|' + VbText::trim(row.CkRemark)
         + u'|' + row.CkAmount.abs().toPlainText();
 }
 
@@ -43,13 +43,13 @@ QList<SentLine> parse(const QString &text)
             continue;
         const QString &payee = fields[1];
         SentLine s;
-        s.CkID = VbText::ValId(fields[0].mid(1));
+        s.CkID = VbText::valId(fields[0].mid(1));
         if (payee.startsWith(u"O%"_qs))
-            s.IDField = -VbText::ValId(payee.mid(2));
+            s.IDField = -VbText::valId(payee.mid(2));
         else if (payee.startsWith(u'O'))
-            s.IDField = -VbText::ValId(payee.mid(1));
+            s.IDField = -VbText::valId(payee.mid(1));
         else if (payee.startsWith(u'V'))
-            s.IDField = VbText::ValId(payee.mid(1));
+            s.IDField = VbText::valId(payee.mid(1));
         if (s.CkID > 0 && s.IDField != 0)
             sent.append(s);
     }

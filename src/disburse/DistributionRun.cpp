@@ -142,7 +142,7 @@ QList<PaymentRow> DistributionRun::withoutUnanswered(const QList<PaymentRow> &ro
     return kept;
 }
 
-bool DistributionRun::MakePaymentsNow(
+bool DistributionRun::makePaymentsNow(
     const QList<PaymentRow> &selected, const std::function<void()> &emptySelection)
 {
     Prompter &prompter = m_state.prompter();
@@ -184,7 +184,7 @@ bool DistributionRun::MakePaymentsNow(
                 u"Remitra"_qs);
             return false;
         }
-        paymentText = ReadWholeFile(distribution);
+        paymentText = readWholeFile(distribution);
     }
 
     // The run is on disk before anything leaves.
@@ -215,7 +215,7 @@ bool DistributionRun::MakePaymentsNow(
                 touch(responsePath); // the earlier answer is read again
             if (!TransferFile::exists(responsePath))
                 return; // an answer without content: nothing is known of the payments
-            responseText = ReadWholeFile(responsePath);
+            responseText = readWholeFile(responsePath);
             record.setAnswered(runId, responseText);
             answered = true;
             exchange.receives(
@@ -266,9 +266,9 @@ bool DistributionRun::finish(ProgramState &state, qint64 runId, const QList<Paym
         written.keepSlim(Journal::readsRowsFromHost(db, state.store()));
         written.keepKeysOnly(true);
         PaidCheckPosting posting(db, &written);
-        const int posted = posting.PostCheck(rows, response);
-        posting.DeleteEnteredSplits();
-        posting.DeleteEnteredChecks(rows);
+        const int posted = posting.postCheck(rows, response);
+        posting.deleteEnteredSplits();
+        posting.deleteEnteredChecks(rows);
         // Attached, the record and the journal commit with the posting; on
         // its own connection the record follows the commit (a run found
         // answered whose checks are gone is then closed quietly by

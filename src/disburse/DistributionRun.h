@@ -31,7 +31,7 @@ public:
     // The rows in the order they were chosen. emptySelection is called once
     // the accepted checks are posted. Returns true when the list has changed
     // and must be read again.
-    bool MakePaymentsNow(
+    bool makePaymentsNow(
         const QList<PaymentRow> &selected, const std::function<void()> &emptySelection);
 
     // The rows that were not sent because Dwellix changed or removed their

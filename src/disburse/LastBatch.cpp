@@ -14,7 +14,7 @@ namespace {
 
 QList<QStringList> read(ProgramState &state, const QString &path)
 {
-    const QStringList pieces = ReadWholeFile(path).split(u'\n');
+    const QStringList pieces = readWholeFile(path).split(u'\n');
     int count = int(pieces.size()) - 2;
     if (count == 0) {
         state.prompter().notice(u"No payments were found."_qs, u"Dwellix Remitra"_qs);
@@ -28,7 +28,7 @@ QList<QStringList> read(ProgramState &state, const QString &path)
     QList<QStringList> rows(count, QStringList(4));
     for (int i = 0; i < count; ++i) {
         const QString &piece = pieces[i];
-        if (VbText::Trim(piece).isEmpty()) {
+        if (VbText::trim(piece).isEmpty()) {
             rows.resize(count - 1);
             break;
         }

@@ -34,7 +34,7 @@ PaidCheckPosting::PaidCheckPosting(HostDb &db, HostWriteLog *log)
     m_db.setLog(log);
 }
 
-int PaidCheckPosting::PostCheck(const QList<PaymentRow> &rows, const ResponseMatcher &response)
+int PaidCheckPosting::postCheck(const QList<PaymentRow> &rows, const ResponseMatcher &response)
 {
     prefetch(rows, response);
     int posted = 0;
@@ -57,11 +57,11 @@ int PaidCheckPosting::PostCheck(const QList<PaymentRow> &rows, const ResponseMat
             Work work;
             work.amount = -Currency::fromVariant(split.amount).value_or(Currency()).abs();
             work.postToId = split.postToId.toInt();
-            work.postTo = VbText::Left(VbText::text(split.postTo), 1);
+            work.postTo = VbText::left(VbText::text(split.postTo), 1);
             work.accountId = split.accountId.toInt();
             work.remark = split.remark.isNull() ? QStringLiteral("") : VbText::text(split.remark);
             if (isLedgerCode(work.postTo))
-                PostTransaction(work, check);
+                postTransaction(work, check);
             m_db.markSplitPaid(split);
         }
         ++posted;
@@ -80,7 +80,7 @@ void PaidCheckPosting::prefetch(const QList<PaymentRow> &rows, const ResponseMat
         if (!response.verdict(check.payeeId(), check.CkID).accepted)
             continue;
         for (const CheckPosting::Split &split : m_db.splitsOf(check.CkID)) {
-            const QString code = VbText::Left(VbText::text(split.postTo), 1);
+            const QString code = VbText::left(VbText::text(split.postTo), 1);
             if (split.type == u"C"_qs && isLedgerCode(code))
                 postings.append({ code, split.postToId.toInt() });
         }
@@ -89,7 +89,7 @@ void PaidCheckPosting::prefetch(const QList<PaymentRow> &rows, const ResponseMat
     m_targets.prefetch(postings);
 }
 
-void PaidCheckPosting::PostTransaction(const Work &work, const PaymentRow &check)
+void PaidCheckPosting::postTransaction(const Work &work, const PaymentRow &check)
 {
     if (!m_db.addToBalance(work.postTo, work.postToId, work.amount)) {
         m_messages.append({ Message::NotPosted, notPostedText(check.CkNumber) });
@@ -106,14 +106,14 @@ void PaidCheckPosting::PostTransaction(const Work &work, const PaymentRow &check
     m_db.addTransaction(entry);
 }
 
-void PaidCheckPosting::DeleteEnteredSplits()
+void PaidCheckPosting::deleteEnteredSplits()
 {
     if (m_log)
         m_log->setLine(0);
     m_db.deleteEnteredSplits();
 }
 
-void PaidCheckPosting::DeleteEnteredChecks(const QList<PaymentRow> &rows)
+void PaidCheckPosting::deleteEnteredChecks(const QList<PaymentRow> &rows)
 {
     QList<qint64> ids;
     ids.reserve(rows.size());

@@ -34,7 +34,7 @@ public:
 
     // Walks the rows in order; each accepted one is posted, each other one
     // gets the rejection message. Returns the number posted.
-    int PostCheck(const QList<PaymentRow> &rows, const ResponseMatcher &response);
+    int postCheck(const QList<PaymentRow> &rows, const ResponseMatcher &response);
 
     // The working values of the split line being posted.
     struct Work
@@ -47,12 +47,12 @@ public:
     };
     // Lowers the named ledger balance and writes its transaction; a missing
     // ledger record gives the "post manually" message and no transaction.
-    void PostTransaction(const Work &work, const PaymentRow &check);
+    void postTransaction(const Work &work, const PaymentRow &check);
 
     // Removes every split line marked "X".
-    void DeleteEnteredSplits();
+    void deleteEnteredSplits();
     // Removes the rows' entered checks that are marked "X".
-    void DeleteEnteredChecks(const QList<PaymentRow> &rows);
+    void deleteEnteredChecks(const QList<PaymentRow> &rows);
 
     const QList<Message> &messages() const { return m_messages; }
 

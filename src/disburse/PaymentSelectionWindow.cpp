@@ -286,7 +286,7 @@ void PaymentSelectionWindow::paySelectedChecks()
 {
     TopLevel::run(m_state, [this] {
         DistributionRun run(m_state, m_stopRejections);
-        const bool changed = run.MakePaymentsNow(selectedRows(), [this] { emptySelection(); });
+        const bool changed = run.makePaymentsNow(selectedRows(), [this] { emptySelection(); });
         // Checks that Dwellix changed since the list was read leave the
         // selection: they are chosen again, if at all, as they are now.
         for (const PaymentRow::Key &key : run.staleRows())

@@ -8,8 +8,8 @@ namespace {
 double payeeNumber(const QString &field)
 {
     if (field.size() >= 2 && field[1] == u'%')
-        return VbText::Val(field.mid(2));
-    return VbText::Val(field.mid(1));
+        return VbText::val(field.mid(2));
+    return VbText::val(field.mid(1));
 }
 
 } // namespace
@@ -21,7 +21,7 @@ ResponseMatcher::ResponseMatcher(const QString &responseText)
     if (count < 0)
         count = 0;
     for (int i = 0; i < count; ++i) {
-        if (VbText::Trim(pieces[i]).isEmpty()) {
+        if (VbText::trim(pieces[i]).isEmpty()) {
             --count;
             break;
         }
@@ -36,7 +36,7 @@ ResponseMatcher::ResponseMatcher(const QString &responseText)
         // nothing.
         if (fields.size() < 3)
             continue;
-        const Key key { payeeNumber(fields[0]), VbText::Val(fields[1].mid(1)) };
+        const Key key { payeeNumber(fields[0]), VbText::val(fields[1].mid(1)) };
         m_byPayment[key].append(int(m_lines.size()));
         m_lines.append(Line { fields[0], fields[2], fields.size() > 3 ? fields[3] : QString() });
     }
@@ -57,7 +57,7 @@ ResponseMatcher::Verdict ResponseMatcher::verdict(qint64 payeeId, qint64 ckId) c
         return v;
     for (int index : *it) {
         const Line &line = m_lines[index];
-        if (VbText::Val(line.result) == 0) {
+        if (VbText::val(line.result) == 0) {
             v.accepted = true;
             return v;
         }

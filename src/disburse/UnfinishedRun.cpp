@@ -26,9 +26,9 @@ QString describe(const PaymentRow &check)
     const QString dateText = VbText::text(check.CkDate);
     const QDate date = VbText::parseDate(dateText);
     QString text = u"Check "_qs + QString::number(check.CkID) + u" to "_qs
-        + VbText::Trim(check.CkPayee) + u", "_qs + check.CkAmount.toDollarsParen() + u", "_qs
+        + VbText::trim(check.CkPayee) + u", "_qs + check.CkAmount.toDollarsParen() + u", "_qs
         + (date.isValid() ? VbText::shortDate(date) : dateText);
-    const QString remark = VbText::Trim(check.CkRemark);
+    const QString remark = VbText::trim(check.CkRemark);
     if (!remark.isEmpty())
         text += u", \""_qs + remark + u'"';
     return text;

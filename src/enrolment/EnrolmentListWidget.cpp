@@ -162,7 +162,7 @@ void EnrolmentListWidget::arrangeColumns()
     m_columnsSized = true;
 }
 
-void EnrolmentListWidget::GridSQL()
+void EnrolmentListWidget::gridSql()
 {
     // Listing again closes the editor: a flag being typed is taken first.
     commitPendingEdit();
@@ -194,7 +194,7 @@ void EnrolmentListWidget::chooseDisplay()
         m_loading = false;
         return;
     }
-    GridSQL();
+    gridSql();
 }
 
 void EnrolmentListWidget::sortList()
@@ -203,14 +203,14 @@ void EnrolmentListWidget::sortList()
         m_loading = false;
         return;
     }
-    GridSQL();
+    gridSql();
 }
 
 void EnrolmentListWidget::search()
 {
     m_searchDelay->stop();
     if (m_model->listing().search != m_txtSearch->text())
-        GridSQL();
+        gridSql();
 }
 
 void EnrolmentListWidget::selectAllRows()
@@ -229,7 +229,7 @@ void EnrolmentListWidget::selectAllRows()
             EnrolmentQueries::setFlagForListed(
                 m_state.db(), m_roster, m_model->listing(), activate ? u"Y"_qs : u"N"_qs);
         }
-        GridSQL();
+        gridSql();
     });
 }
 

@@ -52,7 +52,7 @@ public:
     EnrolmentModel *model() const { return m_model; }
 
 public slots:
-    void GridSQL();
+    void gridSql();
     void chooseDisplay();
     void sortList();
     void selectAllRows();

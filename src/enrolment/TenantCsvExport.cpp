@@ -11,7 +11,7 @@
 
 using namespace PortfolioQueries;
 
-void ExportTenantsCsv(ProgramState &state)
+void exportTenantsCsv(ProgramState &state)
 {
     Prompter &prompter = state.prompter();
     if (state.login.missing) {

@@ -17,4 +17,4 @@ inline QString fileName()
 // out), and tells the user where it is; with no tenant to write the file is
 // removed and the user told so. Refuses with the login notice while
 // credentials are missing.
-void ExportTenantsCsv(ProgramState &state);
+void exportTenantsCsv(ProgramState &state);

@@ -53,7 +53,7 @@ void TenantEnrolmentDialog::exportCsv()
             return;
         // A flag still being typed is saved before the file is read.
         m_list->commitPendingEdit();
-        m_list->GridSQL();
-        ExportTenantsCsv(m_state);
+        m_list->gridSql();
+        exportTenantsCsv(m_state);
     });
 }

@@ -41,7 +41,7 @@ namespace {
 // missing part) matches nothing.
 QString nameKey(const QString &name)
 {
-    const QString trimmed = VbText::Trim(name);
+    const QString trimmed = VbText::trim(name);
     return trimmed.isNull() ? QString() : trimmed.toCaseFolded();
 }
 

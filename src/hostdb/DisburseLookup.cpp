@@ -18,7 +18,7 @@ const QString kCheckBatchSql
 // when a part of it is Null.
 QString secondPair(const BatchRead::Row &q, int firstColumn)
 {
-    return VbText::Trim(VbText::joinNull(
+    return VbText::trim(VbText::joinNull(
         VbText::text(q.value(firstColumn)), u" "_qs, VbText::text(q.value(firstColumn + 1))));
 }
 
@@ -56,7 +56,7 @@ bool DisburseLookup::paysSecondPair(qint64 ownerId, const QString &payee)
     }
     if (!pair || pair->isNull())
         return false;
-    const QString trimmed = VbText::Trim(payee);
+    const QString trimmed = VbText::trim(payee);
     return !trimmed.isNull() && trimmed.compare(*pair, Qt::CaseInsensitive) == 0;
 }
 

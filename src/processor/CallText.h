@@ -18,7 +18,7 @@ public:
     {
     }
 
-    // The transfer file at path, as ReadWholeFile takes it: a missing file
+    // The transfer file at path, as readWholeFile takes it: a missing file
     // raises the file-not-found error (53); a file of size 0 is the empty
     // text and is not opened.
     static CallText file(const QString &path);
@@ -30,7 +30,7 @@ public:
     bool isEmpty() const { return !isFile() && m_text.isEmpty(); }
 
     // The whole content (a file is read now); for clients that need it all
-    // at once. Raises the file's read errors as ReadWholeFile does.
+    // at once. Raises the file's read errors as readWholeFile does.
     QString readAll() const;
 
     // The number of lines (a last line without its line break included);

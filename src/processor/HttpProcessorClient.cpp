@@ -240,12 +240,12 @@ bool HttpProcessorClient::isAllowedUrl(const QString &url)
     return true;
 }
 
-bool HttpProcessorClient::Transmit(const CallText &setupText, const CallText &tenantText)
+bool HttpProcessorClient::transmit(const CallText &setupText, const CallText &tenantText)
 {
     return post({ { "setup", setupText }, { "tenant", tenantText } });
 }
 
-bool HttpProcessorClient::TransmitPayees(
+bool HttpProcessorClient::transmitPayees(
     const CallText &payeeText, const CallText &paymentText, const CallText &thirdText)
 {
     return post({ { "payee", payeeText }, { "payment", paymentText }, { "extra", thirdText } });

@@ -41,11 +41,11 @@ public:
     void setUserName(const QString &userName) override { m_user = userName; }
     void setPassword(const QString &password) override { m_password = password; }
 
-    qint32 ResultCode() const override { return m_resultCode; }
-    QString ResponseText() const override { return m_responseText; }
+    qint32 resultCode() const override { return m_resultCode; }
+    QString responseText() const override { return m_responseText; }
 
-    bool Transmit(const CallText &setupText, const CallText &tenantText) override;
-    bool TransmitPayees(
+    bool transmit(const CallText &setupText, const CallText &tenantText) override;
+    bool transmitPayees(
         const CallText &payeeText, const CallText &paymentText, const CallText &thirdText) override;
 
     bool mayHaveArrived() const override { return m_mayHaveArrived; }

@@ -35,12 +35,12 @@ Outcome call(
     const bool flag = send(*client);
     status.release();
     state.lastResult.text = flag ? u"True"_qs : u"False"_qs;
-    const qint32 code = client->ResultCode();
+    const qint32 code = client->resultCode();
     if (code < std::numeric_limits<qint16>::min() || code > std::numeric_limits<qint16>::max()) {
         busy.release();
         throw RuntimeError::overflow();
     }
-    Outcome outcome { flag, static_cast<qint16>(code), client->ResponseText(),
+    Outcome outcome { flag, static_cast<qint16>(code), client->responseText(),
         flag || client->mayHaveArrived() };
     // What came back is kept before the pointer changes back and before any
     // message is shown.
@@ -48,7 +48,7 @@ Outcome call(
         keep(outcome);
     busy.release();
     state.lastResult.code = outcome.code;
-    ReportResult(state.prompter(), state.lastResult);
+    reportResult(state.prompter(), state.lastResult);
     return outcome;
 }
 
@@ -58,7 +58,7 @@ Outcome transmit(
     ProgramState &state, const CallText &setupText, const CallText &tenantText, const Keep &keep)
 {
     return call(state, state.login.url, CallStatus::transmitText(setupText, tenantText), keep,
-        [&](ProcessorClient &c) { return c.Transmit(setupText, tenantText); });
+        [&](ProcessorClient &c) { return c.transmit(setupText, tenantText); });
 }
 
 Outcome transmitPayees(
@@ -67,7 +67,7 @@ Outcome transmitPayees(
     const QString url = payeeUrl(state.login.url);
     return call(
         state, url, CallStatus::payeesText(payeeText, paymentText), keep, [&](ProcessorClient &c) {
-            return c.TransmitPayees(payeeText, paymentText, CallText(QStringLiteral("")));
+            return c.transmitPayees(payeeText, paymentText, CallText(QStringLiteral("")));
         });
 }
 
@@ -94,7 +94,7 @@ QString payeeUrl(const QString &processorUrl)
 
 } // namespace ProcessorCall
 
-QString ReadWholeFile(const QString &path)
+QString readWholeFile(const QString &path)
 {
     return TransferFile::readWhole(path);
 }

@@ -13,7 +13,7 @@ class ProgramState;
 // a fresh client, the wait cursor, the URL, user and password of
 // state.login, the call, state.lastResult.text "True"/"False", the pointer
 // back, state.lastResult.code (a code outside 16 bits raises the overflow
-// error), and ReportResult.
+// error), and reportResult.
 //
 // The processor cannot take back what it has done, so a caller whose answer
 // carries money (rent handed over, payments accepted) gives a `keep` step:
@@ -32,11 +32,11 @@ struct Outcome
 };
 using Keep = std::function<void(const Outcome &)>;
 
-// Transmit(setupText, tenantText) to state.login.url. A text given as its
+// transmit(setupText, tenantText) to state.login.url. A text given as its
 // transfer file (CallText::file) is sent from disk.
 Outcome transmit(ProgramState &state, const CallText &setupText, const CallText &tenantText,
     const Keep &keep = {});
-// TransmitPayees(payeeText, paymentText, "") to the payee URL.
+// transmitPayees(payeeText, paymentText, "") to the payee URL.
 Outcome transmitPayees(ProgramState &state, const CallText &payeeText, const CallText &paymentText,
     const Keep &keep = {});
 
@@ -57,4 +57,4 @@ QString payeeUrl(const QString &processorUrl);
 
 // The whole content of a transfer file, unchanged; size 0 gives "" without
 // opening it; a missing file raises the file-not-found error (53).
-QString ReadWholeFile(const QString &path);
+QString readWholeFile(const QString &path);

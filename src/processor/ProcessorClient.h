@@ -21,15 +21,15 @@ public:
     virtual void setUserName(const QString &userName) = 0;
     virtual void setPassword(const QString &password) = 0;
 
-    virtual qint32 ResultCode() const = 0;
-    virtual QString ResponseText() const = 0;
+    virtual qint32 resultCode() const = 0;
+    virtual QString responseText() const = 0;
 
     // Sends the setup and tenant uploads; both empty fetches rent payments.
     // A text given as its transfer file is read while it is sent.
-    virtual bool Transmit(const CallText &setupText, const CallText &tenantText) = 0;
+    virtual bool transmit(const CallText &setupText, const CallText &tenantText) = 0;
     // Sends owner/vendor enrolments (payee) or a distribution (payment); the
     // third text is always empty.
-    virtual bool TransmitPayees(
+    virtual bool transmitPayees(
         const CallText &payeeText, const CallText &paymentText, const CallText &thirdText)
         = 0;
 

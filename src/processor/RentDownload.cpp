@@ -75,21 +75,21 @@ std::pair<qint64, Currency> paymentsIn(const QString &content)
 
 } // namespace
 
-void CheckForPaymentFile(ProgramState &state)
+void checkForPaymentFile(ProgramState &state)
 {
     if (state.login.missing) {
         state.prompter().notice(kLoginText, kLoginTitle);
         return;
     }
-    LoadIDFile(state.folder(), state.account);
+    loadIdFile(state.folder(), state.account);
     if (paymentFileWaits(state)) {
         state.prompter().notice(kWaitingAtStart, kNoticeTitle);
         return;
     }
-    DownloadPaymentFile(state);
+    downloadPaymentFile(state);
 }
 
-void DownloadPaymentFile(ProgramState &state)
+void downloadPaymentFile(ProgramState &state)
 {
     if (state.login.missing) {
         state.prompter().notice(kLoginText, kLoginTitle);

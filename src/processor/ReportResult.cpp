@@ -2,7 +2,7 @@
 
 #include "core/Prompter.h"
 
-void ReportResult(Prompter &prompter, const ProcessorResult &result)
+void reportResult(Prompter &prompter, const ProcessorResult &result)
 {
     const qint16 code = result.code;
     if (result.text == u"True"_qs && code == 200) {

@@ -12,11 +12,11 @@ AccountSetting AccountSetting::fromItem(const QString &item)
     if (first < 0)
         return s;
     const QString afterFirst = item.mid(first + 1);
-    s.accountId = VbText::Val(afterFirst);
-    s.postingCode = VbText::Trim(item.mid(item.lastIndexOf(u';') + 1));
+    s.accountId = VbText::val(afterFirst);
+    s.postingCode = VbText::trim(item.mid(item.lastIndexOf(u';') + 1));
     const qsizetype next = afterFirst.indexOf(u';');
     const QString accountPart = next < 0 ? afterFirst : afterFirst.left(next);
-    s.valid = !VbText::Trim(item).isEmpty() && VbText::IsNumeric(accountPart);
+    s.valid = !VbText::trim(item).isEmpty() && VbText::isNumeric(accountPart);
     return s;
 }
 

@@ -16,22 +16,22 @@ Deposit::Deposit(ProgramState &state, RentLedger &ledger, const RentPayments &ro
 {
 }
 
-void Deposit::CreateDeposit()
+void Deposit::createDeposit()
 {
     m_total = Currency();
     RentLedger::Deposit deposit;
     deposit.date = QDate::currentDate().toString(Qt::ISODate);
-    deposit.number = RentPayment::longValue(VbText::Val(m_choices.depositNumber));
+    deposit.number = RentPayment::longValue(VbText::val(m_choices.depositNumber));
     m_ledger.atLine(0);
     m_depositId = m_ledger.addDeposit(deposit);
 
-    CreateSplits();
+    createSplits();
 
     if (!m_ledger.setDepositAmount(m_depositId, m_total))
         m_state.prompter().notice(u"Deposit Not found"_qs, u"Remitra"_qs, Prompter::Icon::None);
 }
 
-void Deposit::CreateSplits()
+void Deposit::createSplits()
 {
     const AccountSetting rent = PostPayments::rentIncome(m_state.account);
     const AccountSetting late = PostPayments::lateFee(m_state.account);

@@ -17,9 +17,9 @@ public:
 
     // Writes the deposit, its splits, then stores the total on it ("Deposit
     // Not found" when it cannot be found again; the amount then stays 0).
-    void CreateDeposit();
+    void createDeposit();
     // Writes the split lines and adds each absolute amount to the running total.
-    void CreateSplits();
+    void createSplits();
 
     Currency runningTotal() const { return m_total; }
     qint64 depositId() const { return m_depositId; }

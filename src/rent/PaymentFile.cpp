@@ -31,7 +31,7 @@ QString tenantNameText(const RentLookup::TenantName &name)
     // A blank first name (Null counts as blank) leaves the last name alone.
     const QString last = VbText::text(name.last);
     const QString first = VbText::text(name.first);
-    if (VbText::Trim(first).isEmpty())
+    if (VbText::trim(first).isEmpty())
         return last;
     return last + u", "_qs + first;
 }
@@ -46,7 +46,7 @@ RentPayment matchLine(const QString &line, int lineNumber, RentLookup &lookup)
 
     row.property = fields.at(0);
     const auto owner = lookup.ownerOfProperty(RentPayment::key(RentPayment::cellId(row.property)));
-    row.owner = owner ? u"O"_qs + VbText::Trim(VbText::text(*owner)) : OwnerNotFound;
+    row.owner = owner ? u"O"_qs + VbText::trim(VbText::text(*owner)) : OwnerNotFound;
     row.unit = fields.at(1);
     row.tenant = fields.at(2);
 
@@ -58,8 +58,8 @@ RentPayment matchLine(const QString &line, int lineNumber, RentLookup &lookup)
     row.amountText = fields.at(3);
     row.amount = Currency::parse(row.amountText);
     row.date = fields.at(4);
-    const QString check = VbText::Left(VbText::Trim(fields.at(5)), 9);
-    row.checkNumber = VbText::IsNumeric(check) ? check : u""_qs;
+    const QString check = VbText::left(VbText::trim(fields.at(5)), 9);
+    row.checkNumber = VbText::isNumeric(check) ? check : u""_qs;
     row.depositDate = fields.at(6);
     row.method = fields.at(7);
     row.transType = fields.at(8);
@@ -92,7 +92,7 @@ template <typename Pieces> qsizetype countCandidates(const Pieces &pieces)
 {
     qsizetype count = pieces.size() - 2;
     const QStringView first = pieces.isEmpty() ? QStringView() : QStringView(pieces.first());
-    if (!(first.startsWith(u'P') && VbText::IsNumeric(first.mid(1, 1).toString())))
+    if (!(first.startsWith(u'P') && VbText::isNumeric(first.mid(1, 1).toString())))
         count = 0;
     return count;
 }
@@ -117,7 +117,7 @@ void prefetchIds(const QList<QStringView> &pieces, qsizetype count, RentLookup &
             ids.append(key.toLongLong());
     };
     for (qsizetype i = 0; i < count; ++i) {
-        const QString line = VbText::Trim(pieces.at(i).toString());
+        const QString line = VbText::trim(pieces.at(i).toString());
         if (line.isEmpty() || !line.startsWith(u'P'))
             break;
         const QList<QStringView> fields = QStringView(line).split(u',');
@@ -139,7 +139,7 @@ RentPayments parse(const QString &text, RentLookup &lookup)
     RentPayments rows;
     rows.reserve(count > 0 ? std::size_t(count) : 0);
     for (qsizetype i = 0; i < count; ++i) {
-        const QString line = VbText::Trim(pieces.at(i).toString());
+        const QString line = VbText::trim(pieces.at(i).toString());
         // The payments end at the first line that is not one.
         if (line.isEmpty() || !line.startsWith(u'P'))
             break;

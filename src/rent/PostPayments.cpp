@@ -171,7 +171,7 @@ bool PostPayments::postFee(const RentPayment &row, const RentLedger::Line &line)
         return stop(kNoFeeCategory);
     Currency fee;
     const auto ownerSetting = m_ledger.ownerMgmtFee(RentPayment::key(row.ownerId()));
-    if (ownerSetting && !VbText::Trim(*ownerSetting).isEmpty())
+    if (ownerSetting && !VbText::trim(*ownerSetting).isEmpty())
         fee = managementFeeFor(*ownerSetting, line.amount).value_or(Currency());
     if (fee.isZero())
         return true;

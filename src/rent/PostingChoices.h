@@ -23,9 +23,9 @@ struct PostingChoices
     {
         switch (remark) {
         case MethodRemark:
-            return VbText::Left(VbText::Trim(method), 60);
+            return VbText::left(VbText::trim(method), 60);
         case OwnRemark:
-            return VbText::Left(VbText::Trim(remarkText), 60);
+            return VbText::left(VbText::trim(remarkText), 60);
         case DefaultRemark:
             return defaultText;
         default:

@@ -39,10 +39,10 @@ struct RentPayment
     // else the number its first 9 characters read as.
     QVariant checkValue() const
     {
-        const QString trimmed = VbText::Trim(checkNumber);
+        const QString trimmed = VbText::trim(checkNumber);
         if (trimmed.isEmpty())
             return QVariant();
-        return QVariant(longValue(VbText::Val(VbText::Left(trimmed, 9))));
+        return QVariant(longValue(VbText::val(VbText::left(trimmed, 9))));
     }
     // The payment date as the host database stores it (ISO); "" when the
     // text is not a date.
@@ -56,7 +56,7 @@ struct RentPayment
     // trimmed and read as a number.
     static double cellId(const QString &cell)
     {
-        return VbText::Val(VbText::Trim(VbText::Mid(cell, 2)));
+        return VbText::val(VbText::trim(VbText::mid(cell, 2)));
     }
     double ownerId() const { return cellId(owner); }
     double propertyId() const { return cellId(property); }

@@ -355,8 +355,8 @@ void RentReviewDialog::chooseRemark()
 
 void RentReviewDialog::checkDepositNumber()
 {
-    const QString text = VbText::Trim(m_txtCreateDeposit->text());
-    if (text.isEmpty() || VbText::IsNumeric(text))
+    const QString text = VbText::trim(m_txtCreateDeposit->text());
+    if (text.isEmpty() || VbText::isNumeric(text))
         return;
     m_checkingDeposit = true;
     m_state.prompter().notice(

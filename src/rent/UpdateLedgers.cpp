@@ -38,7 +38,7 @@ const QString kAlreadyPosted
 
 QString quoted(const QString &text)
 {
-    return u'"' + VbText::Trim(text).remove(u'\r') + u'"';
+    return u'"' + VbText::trim(text).remove(u'\r') + u'"';
 }
 
 QString lineText(const RentPayment &row)
@@ -71,7 +71,7 @@ QString firstUnreadable(
         if (!fees || !row.isRent())
             continue;
         const auto setting = ledger->ownerMgmtFee(RentPayment::key(row.ownerId()));
-        if (setting && !VbText::Trim(*setting).isEmpty()
+        if (setting && !VbText::trim(*setting).isEmpty()
             && !PostPayments::managementFeeFor(*setting, *row.amount)) {
             return u"The management fee "_qs + quoted(*setting) + u" of owner "_qs
                 + RentPayment::idText(row.ownerId()) + u" (for the payment on "_qs + lineText(row)
@@ -216,7 +216,7 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
         const bool deposit = choices.createDeposit && !toDeposit.empty();
         if (deposit) {
             Deposit bankDeposit(state, ledger, toDeposit, choices);
-            bankDeposit.CreateDeposit();
+            bankDeposit.createDeposit();
         }
 
         // The journal entry: each payment this run touched, what it wrote

@@ -16,14 +16,14 @@ void send(ProgramState &state, Roster roster)
     state.lastResult.code = 0;
     switch (roster) {
     case Roster::Tenants:
-        BuildTenantUpload(state);
-        SendTenantUpload(state);
+        buildTenantUpload(state);
+        sendTenantUpload(state);
         break;
     case Roster::Owners:
-        UploadOwnerFile(state);
+        uploadOwnerFile(state);
         break;
     case Roster::Vendors:
-        UploadVendorFile(state);
+        uploadVendorFile(state);
         break;
     }
     // Taken by the processor, or nothing to send (no rows on the roster).

@@ -7,7 +7,7 @@ namespace FieldRules {
 
 QString text(const QVariant &value)
 {
-    return VbText::TrimV(value);
+    return VbText::trimV(value);
 }
 
 QString raw(const QVariant &value)

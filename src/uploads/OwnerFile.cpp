@@ -17,7 +17,7 @@ namespace {
 // which is neither empty nor non-empty.
 QString joinedNames(const QVariant &first, const QVariant &last)
 {
-    return VbText::Trim(VbText::joinNull(VbText::text(first), VbText::text(last)));
+    return VbText::trim(VbText::joinNull(VbText::text(first), VbText::text(last)));
 }
 
 bool hasSecondOwner(const QSqlQuery &row)
@@ -28,13 +28,13 @@ bool hasSecondOwner(const QSqlQuery &row)
     const QString names = joinedNames(row.value(OwnerOFirstName2), row.value(OwnerOLastName2));
     if (names.isNull() || names.isEmpty())
         return false;
-    const double share = VbText::Val(VbText::text(percent));
+    const double share = VbText::val(VbText::text(percent));
     return share >= 1 && share <= 100;
 }
 
 } // namespace
 
-void BuildOwnerFile(ProgramState &state)
+void buildOwnerFile(ProgramState &state)
 {
     const QString sep = u"|"_qs;
     QSqlQuery rows = ownerRows(state.db());
@@ -68,9 +68,9 @@ void BuildOwnerFile(ProgramState &state)
     out.commit();
 }
 
-void UploadOwnerFile(ProgramState &state)
+void uploadOwnerFile(ProgramState &state)
 {
-    BuildOwnerFile(state);
+    buildOwnerFile(state);
     const QString path = state.pathOf(state.files.ownerUpload);
     if (!TransferFile::exists(path)) {
         state.prompter().notice(

@@ -9,7 +9,7 @@
 
 using namespace PortfolioQueries;
 
-void BuildSetupFile(ProgramState &state)
+void buildSetupFile(ProgramState &state)
 {
     BusyCursor busy(state.prompter());
     HostDb &db = state.db();
@@ -17,7 +17,7 @@ void BuildSetupFile(ProgramState &state)
     // The company row supplies the contact fields of every line; its e-mail
     // goes out twice because the processor reads both fields.
     const CompanyContact company = firstCompany(db);
-    const QString site = VbText::Trim(state.siteCode);
+    const QString site = VbText::trim(state.siteCode);
     const QString sep = u"|"_qs;
     const QString contact = FieldRules::text(company.name) + sep + FieldRules::text(company.email)
         + sep + FieldRules::text(company.email) + sep + FieldRules::text(company.phone1) + sep

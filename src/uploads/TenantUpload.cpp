@@ -50,7 +50,7 @@ private:
 
 } // namespace
 
-void BuildTenantUpload(ProgramState &state)
+void buildTenantUpload(ProgramState &state)
 {
     if (state.login.missing) {
         state.prompter().notice(UploadTexts::loginNotice(), UploadTexts::loginTitle());
@@ -58,7 +58,7 @@ void BuildTenantUpload(ProgramState &state)
     }
     BusyCursor busy(state.prompter());
     const QString path = state.pathOf(state.files.tenantUpload);
-    const QString site = VbText::Trim(state.siteCode);
+    const QString site = VbText::trim(state.siteCode);
     StartDates startDates;
     QSqlQuery rows = tenantUploadRows(state.db());
     TransferFile::LineWriter out(path);
@@ -109,7 +109,7 @@ void BuildTenantUpload(ProgramState &state)
     }
 }
 
-void SendTenantUpload(ProgramState &state)
+void sendTenantUpload(ProgramState &state)
 {
     const QString path = state.pathOf(state.files.tenantUpload);
     if (!TransferFile::exists(path)) {

@@ -9,14 +9,14 @@
 #include "uploads/TenantUpload.h"
 #include "uploads/UploadTexts.h"
 
-bool UploadAll(ProgramState &state)
+bool uploadAll(ProgramState &state)
 {
     if (state.login.missing) {
         state.prompter().notice(UploadTexts::loginNotice(), UploadTexts::loginTitle());
         return false;
     }
-    BuildSetupFile(state);
-    BuildTenantUpload(state);
+    buildSetupFile(state);
+    buildTenantUpload(state);
     // Both files go out from disk as they are: the portfolio is never held
     // in memory.
     const CallText setup = CallText::file(state.pathOf(state.files.setupUpload));

@@ -8,4 +8,4 @@ class ProgramState;
 // are missing. Returns true when the exchange ran; the caller then moves the
 // keyboard focus to its "&Exit" button. With no tenant rows the tenant upload
 // is missing and reading it raises the file-not-found error (not trapped).
-bool UploadAll(ProgramState &state);
+bool uploadAll(ProgramState &state);

@@ -10,7 +10,7 @@
 
 using namespace PortfolioQueries;
 
-void BuildVendorFile(ProgramState &state)
+void buildVendorFile(ProgramState &state)
 {
     const QString sep = u"|"_qs;
     QSqlQuery rows = vendorRows(state.db());
@@ -36,9 +36,9 @@ void BuildVendorFile(ProgramState &state)
     out.commit();
 }
 
-void UploadVendorFile(ProgramState &state)
+void uploadVendorFile(ProgramState &state)
 {
-    BuildVendorFile(state);
+    buildVendorFile(state);
     const QString path = state.pathOf(state.files.vendorUpload);
     if (!TransferFile::exists(path)) {
         state.prompter().notice(

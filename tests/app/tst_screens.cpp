@@ -207,7 +207,7 @@ private slots:
         QCOMPARE(s.stored("username").toString(), u"dfph"_qs);
         QCOMPARE(s.stored("password").toString(), u"sdvv"_qs);
         QCOMPARE(
-            s.stored("url").toString(), EncodeSetting(u"https://pay.example/qps/upload.php"_qs));
+            s.stored("url").toString(), encodeSetting(u"https://pay.example/qps/upload.php"_qs));
         // The names built at start-up are left as they are.
         QCOMPARE(state.files.setupUpload, u"DX_Quenta_Setup_DXRM.txt"_qs);
 

@@ -50,9 +50,9 @@ struct StartupSite
     void storeCredentials(const QString &user, const QString &password, const QString &url)
     {
         QSettings ini(state->settingsFile, QSettings::IniFormat);
-        ini.setValue(u"Parameters/username"_qs, EncodeSetting(user));
-        ini.setValue(u"Parameters/password"_qs, EncodeSetting(password));
-        ini.setValue(u"Parameters/url"_qs, EncodeSetting(url));
+        ini.setValue(u"Parameters/username"_qs, encodeSetting(user));
+        ini.setValue(u"Parameters/password"_qs, encodeSetting(password));
+        ini.setValue(u"Parameters/url"_qs, encodeSetting(url));
     }
     QVariant stored(const char *key) const
     {
@@ -91,18 +91,18 @@ private slots:
     // back unchanged; the last three cannot be.
     void storedCredentialsAreShiftedAnsiCodes()
     {
-        QCOMPARE(EncodeSetting(u"abc"_qs), u"def"_qs);
-        QCOMPARE(EncodeSetting(u"~\u20AC\u00E9"_qs), u"\u0081\u0192\u00EC"_qs);
+        QCOMPARE(encodeSetting(u"abc"_qs), u"def"_qs);
+        QCOMPARE(encodeSetting(u"~\u20AC\u00E9"_qs), u"\u0081\u0192\u00EC"_qs);
         QByteArray all;
         for (int c = 0; c < 253; ++c)
             all.append(char(c));
         const QString text = TransferFile::fromAnsi(all);
-        QCOMPARE(DecodeSetting(EncodeSetting(text)), text);
-        QCOMPARE(raisedError([] { EncodeSetting(u"ab\u00FD"_qs); }), 5);
-        QCOMPARE(raisedError([] { EncodeSetting(u"\u00FF"_qs); }), 5);
-        QCOMPARE(raisedError([] { EncodeSetting(u"\u00FC"_qs); }), 0);
-        QCOMPARE(raisedError([] { DecodeSetting(u"ok\u0002"_qs); }), 5);
-        QCOMPARE(raisedError([] { DecodeSetting(u"\u0003"_qs); }), 0);
+        QCOMPARE(decodeSetting(encodeSetting(text)), text);
+        QCOMPARE(raisedError([] { encodeSetting(u"ab\u00FD"_qs); }), 5);
+        QCOMPARE(raisedError([] { encodeSetting(u"\u00FF"_qs); }), 5);
+        QCOMPARE(raisedError([] { encodeSetting(u"\u00FC"_qs); }), 0);
+        QCOMPARE(raisedError([] { decodeSetting(u"ok\u0002"_qs); }), 5);
+        QCOMPARE(raisedError([] { decodeSetting(u"\u0003"_qs); }), 0);
     }
 
     void idFileItemSelection_data()
@@ -142,11 +142,11 @@ private slots:
         TestSite site;
         site.state->account.idItems = {};
         if (content.isNull()) {
-            QCOMPARE(raisedError([&] { LoadIDFile(site.state->folder(), site.state->account); }), 53);
+            QCOMPARE(raisedError([&] { loadIdFile(site.state->folder(), site.state->account); }), 53);
             return;
         }
         site.writeFile(u"IDFILE.DAT"_qs, content);
-        LoadIDFile(site.state->folder(), site.state->account);
+        loadIdFile(site.state->folder(), site.state->account);
         QTEST(QStringList(site.state->account.idItems.begin(), site.state->account.idItems.end()).join(u'|'),
             "expected");
     }

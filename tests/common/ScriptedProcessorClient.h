@@ -46,14 +46,14 @@ public:
     void setUrl(const QString &url) override { m_url = url; }
     void setUserName(const QString &u) override { m_user = u; }
     void setPassword(const QString &p) override { m_password = p; }
-    qint32 ResultCode() const override { return m_reply.code; }
+    qint32 resultCode() const override { return m_reply.code; }
     bool mayHaveArrived() const override { return m_reply.flag || m_reply.arrived; }
-    QString ResponseText() const override { return m_reply.response; }
-    bool Transmit(const CallText &a, const CallText &b) override
+    QString responseText() const override { return m_reply.response; }
+    bool transmit(const CallText &a, const CallText &b) override
     {
         return record(u"Transmit"_qs, { a.readAll(), b.readAll() });
     }
-    bool TransmitPayees(const CallText &a, const CallText &b, const CallText &c) override
+    bool transmitPayees(const CallText &a, const CallText &b, const CallText &c) override
     {
         return record(u"TransmitPayees"_qs, { a.readAll(), b.readAll(), c.readAll() });
     }

@@ -35,7 +35,7 @@ std::unique_ptr<ProgramState> openFolder(
     state->files.vendorUpload = u"DX_Quenta_Vendor_DXRM.txt"_qs;
     state->files.disbursementUpload = u"DX_Quenta_DisbursementPayment.txt"_qs;
     if (QFile::exists(state->pathOf(u"IDFILE.DAT"_qs)))
-        LoadIDFile(state->folder(), state->account);
+        loadIdFile(state->folder(), state->account);
     return state;
 }
 

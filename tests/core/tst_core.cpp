@@ -87,18 +87,18 @@ private slots:
             = { { u"000123", 123 }, { u"12abc", 12 }, { u"abc12", 0 }, { u"", 0 },
                   { u"  -4.5x", -4.5 }, { u"1 2", 12 }, { u"1.2.3", 1.2 }, { u"50%", 50 } };
         for (const auto &[text, value] : vals)
-            QCOMPARE(VbText::Val(QString::fromUtf16(text)), value);
+            QCOMPARE(VbText::val(QString::fromUtf16(text)), value);
 
-        QCOMPARE(VbText::Trim(u"  a b \t "_qs), u"a b \t"_qs); // blanks only
-        QVERIFY(VbText::Trim(QString()).isNull());
-        QVERIFY(!VbText::Trim(u"   "_qs).isNull());
-        QVERIFY(VbText::TrimV(QVariant()).isNull());
+        QCOMPARE(VbText::trim(u"  a b \t "_qs), u"a b \t"_qs); // blanks only
+        QVERIFY(VbText::trim(QString()).isNull());
+        QVERIFY(!VbText::trim(u"   "_qs).isNull());
+        QVERIFY(VbText::trimV(QVariant()).isNull());
         QVERIFY(VbText::joinNull(u"a"_qs, QString()).isNull());
         QCOMPARE(VbText::joinNull(u"a"_qs, u" "_qs, u"b"_qs), u"a b"_qs);
-        QVERIFY(VbText::IsNumeric(u" 12.5 "_qs) && VbText::IsNumeric(u"-3"_qs));
-        QVERIFY(!VbText::IsNumeric(u""_qs) && !VbText::IsNumeric(u"12a"_qs));
-        QCOMPARE(VbText::Left(u"Late Fee Payment"_qs, 8), u"Late Fee"_qs);
-        QCOMPARE(VbText::Mid(u"O%12"_qs, 3) + VbText::Mid(u"ab"_qs, 5), u"12"_qs);
+        QVERIFY(VbText::isNumeric(u" 12.5 "_qs) && VbText::isNumeric(u"-3"_qs));
+        QVERIFY(!VbText::isNumeric(u""_qs) && !VbText::isNumeric(u"12a"_qs));
+        QCOMPARE(VbText::left(u"Late Fee Payment"_qs, 8), u"Late Fee"_qs);
+        QCOMPARE(VbText::mid(u"O%12"_qs, 3) + VbText::mid(u"ab"_qs, 5), u"12"_qs);
 
         // Dates show the system's short form with a four-digit year, which
         // reads back; a two-digit year is read in the 1930-2029 window.

@@ -97,7 +97,7 @@ private slots:
         bool stop = false;
         int emptied = 0;
         QVERIFY(
-            DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 11, -6 } }), [&] {
+            DistributionRun(*site.state, stop).makePaymentsNow(rowsFor(site, { { 11, -6 } }), [&] {
                 ++emptied;
             }));
         QCOMPARE(emptied, 1);
@@ -154,7 +154,7 @@ private slots:
             populate(site);
             answering(site, 200, QString());
             QVERIFY(!DistributionRun(*site.state, stop)
-                         .MakePaymentsNow(rowsFor(site, { { 1, -1 } }), {}));
+                         .makePaymentsNow(rowsFor(site, { { 1, -1 } }), {}));
             QCOMPARE(site.prompter.titles().last(), u"Payment Distribution Notice"_qs);
             QCOMPARE(site.fileBytes(kDistribution), QByteArray("B1|O1|March owner draw|1500\r\n"));
             QCOMPARE(dump(site, u"SELECT count(*) FROM CheckDepPrinted"_qs), u"0"_qs);
@@ -164,11 +164,11 @@ private slots:
         site.writeFile(DistributionFile::ResponseName, "O1,B1,0\r\n\r\n");
         answering(site, 200, QString());
         QVERIFY(
-            DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 1, -1 } }), {}));
+            DistributionRun(*site.state, stop).makePaymentsNow(rowsFor(site, { { 1, -1 } }), {}));
         QCOMPARE(dump(site, u"SELECT count(*) FROM CheckDepPrinted"_qs), u"1"_qs);
 
         auto script = answering(site, 200, QString());
-        QVERIFY(!DistributionRun(*site.state, stop).MakePaymentsNow({}, {}));
+        QVERIFY(!DistributionRun(*site.state, stop).makePaymentsNow({}, {}));
         QCOMPARE(site.prompter.texts().last(), u"There are no payments selected"_qs);
         QVERIFY(script->calls.isEmpty());
     }
@@ -184,7 +184,7 @@ private slots:
         bool stop = false;
         QVERIFY(
             DistributionRun(*site.state, stop)
-                .MakePaymentsNow(rowsFor(site, { { 1, -1 }, { 2, -1 }, { 3, 8 }, { 8, -4 } }), {}));
+                .makePaymentsNow(rowsFor(site, { { 1, -1 }, { 2, -1 }, { 3, 8 }, { 8, -4 } }), {}));
         QVERIFY(stop);
         QCOMPARE(site.state->msgAnswer, u"7"_qs);
         QCOMPARE(site.prompter.unansweredQuestions() + site.prompter.pendingAnswers(), 0);
@@ -208,7 +208,7 @@ private slots:
         site.prompter.clear();
         answering(site, 200, u"O1,B1,9,Later\n"_qs);
         QVERIFY(
-            DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 1, -1 } }), {}));
+            DistributionRun(*site.state, stop).makePaymentsNow(rowsFor(site, { { 1, -1 } }), {}));
         QCOMPARE(site.prompter.texts(),
             (QStringList { ProductTexts::success, DistributionRun::completeText() }));
     }

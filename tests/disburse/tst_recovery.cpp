@@ -28,7 +28,7 @@ void failedRun(TestSite &site)
     bool stop = false;
     DistributionRun run(*site.state, stop);
     QVERIFY_THROWS_EXCEPTION(
-        RuntimeError, run.MakePaymentsNow(rowsFor(site, { { 1, -1 }, { 3, 8 }, { 8, -4 } }), {}));
+        RuntimeError, run.makePaymentsNow(rowsFor(site, { { 1, -1 }, { 3, 8 }, { 8, -4 } }), {}));
     site.db().execText(u"DROP TRIGGER temp.broken"_qs, "test");
     site.prompter.clear();
     // Nothing of it was posted, and it is recognised from its files.
@@ -83,13 +83,13 @@ private slots:
         bool stop = false;
         QCOMPARE(UnfinishedRun::settle(*site.state, stop), UnfinishedRun::Outcome::Declined);
         QVERIFY(
-            !DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
+            !DistributionRun(*site.state, stop).makePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
         QCOMPARE(site.prompter.unansweredQuestions(), 2);
         QCOMPARE(dump(site, u"SELECT count(*) FROM CheckDepPrinted"_qs), u"0"_qs);
 
         site.prompter.queueAnswer(Prompter::Answer::Yes);
         QVERIFY(
-            DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
+            DistributionRun(*site.state, stop).makePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
         QVERIFY(script->calls.isEmpty());
         QCOMPARE(dump(site, u"SELECT count(*) FROM CheckDepPrinted"_qs), u"2"_qs);
     }
@@ -124,7 +124,7 @@ private slots:
         script->replies.append({ flag, code, response, arrived });
         site.state->clientFactory = ScriptedProcessorClient::factory(script);
         bool stop = true;
-        DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 8, -4 } }), {});
+        DistributionRun(*site.state, stop).makePaymentsNow(rowsFor(site, { { 8, -4 } }), {});
         QCOMPARE(script->calls.size(), 1);
         QCOMPARE(dump(site, u"SELECT count(*) FROM CheckEntered WHERE CkID = 8"_qs),
             next == u"posted"_qs ? u"0"_qs : u"1"_qs);
@@ -144,7 +144,7 @@ private slots:
         if (next == u"asked"_qs) {
             site.prompter.queueAnswer(Prompter::Answer::No);
             QVERIFY(!DistributionRun(*site.state, stop)
-                         .MakePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
+                         .makePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
             QCOMPARE(script->calls.size(), 1);
             QVERIFY(site.prompter.texts().first().contains(u"Check 8 to EVE GRAY, $40.00, "_qs));
             QVERIFY(site.prompter.texts().first().contains(u"no record of an answer"_qs));
@@ -152,7 +152,7 @@ private slots:
             site.prompter.queueAnswer(Prompter::Answer::Yes);
         }
         QVERIFY(
-            DistributionRun(*site.state, stop).MakePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
+            DistributionRun(*site.state, stop).makePaymentsNow(rowsFor(site, { { 8, -4 } }), {}));
         QCOMPARE(script->calls.size(), 2);
         QCOMPARE(site.prompter.texts().last(), DistributionRun::completeText());
         QCOMPARE(dump(site, u"SELECT count(*) FROM CheckEntered WHERE CkID = 8"_qs), u"0"_qs);

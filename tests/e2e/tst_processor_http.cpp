@@ -57,9 +57,9 @@ private slots:
         const QString tenant
             = u"DXRM|O1|P2|U3|T3|125.5|1/2/2020|Rent|T3|Ann|Lee|1 Main|Town|ST|12345|activate|\r\n"_qs;
         auto c = client(sandbox->url());
-        QVERIFY(c->Transmit(setup, tenant));
-        QCOMPARE(c->ResultCode(), 200);
-        QCOMPARE(c->ResponseText(), u"Received 2 setup and 1 tenant records"_qs);
+        QVERIFY(c->transmit(setup, tenant));
+        QCOMPARE(c->resultCode(), 200);
+        QCOMPARE(c->responseText(), u"Received 2 setup and 1 tenant records"_qs);
 
         const auto got = sandbox->received();
         QCOMPARE(got.size(), 1);
@@ -74,11 +74,11 @@ private slots:
     {
         const QString payees = u"O7|Owner|Ann Lee|1 Main|Town|ST|1||||p1|p2|e|activate\r\n"
                                "V8|Vendor|Fix Co|2 Side|Town|ST|1|||Bo|p|p|e|deactivate\r\n"_qs;
-        QVERIFY(client(sandbox->payeeUrl())->TransmitPayees(payees, QString(), QString()));
+        QVERIFY(client(sandbox->payeeUrl())->transmitPayees(payees, QString(), QString()));
         const QString payments = u"B1043|O7|March | draw|1500\r\nB1045|V8|Repairs|82.4\r\n"_qs;
         auto p = client(sandbox->payeeUrl());
-        QVERIFY(p->TransmitPayees(QString(), payments, QString()));
-        QCOMPARE(p->ResponseText(),
+        QVERIFY(p->transmitPayees(QString(), payments, QString()));
+        QCOMPARE(p->responseText(),
             u"O7,B1043,0,Accepted\r\n"
             "V8,B1045,4,Payee is not set up for electronic payment\r\n"_qs);
 
@@ -122,8 +122,8 @@ private slots:
             });
         });
         const QString url = u"http://127.0.0.1:%1/qps/upload.php"_qs.arg(server.serverPort());
-        QVERIFY(client(url)->Transmit(u"S"_qs, tenant));
-        QVERIFY(client(url)->Transmit(u"S"_qs, CallText::file(path)));
+        QVERIFY(client(url)->transmit(u"S"_qs, tenant));
+        QVERIFY(client(url)->transmit(u"S"_qs, CallText::file(path)));
         QCOMPARE(requests.size(), 2);
         auto normalised = [](QByteArray request) {
             const QRegularExpression boundary(u"boundary=([-\\w]+)"_qs);
@@ -152,7 +152,7 @@ private slots:
         // The body is kept whatever the code (a 302 is not followed).
         QCOMPARE(outcome.response, u"body of the answer"_qs);
         TestSite reference;
-        ReportResult(reference.prompter, { qint16(status), u"True"_qs });
+        reportResult(reference.prompter, { qint16(status), u"True"_qs });
         QCOMPARE(site.prompter.texts(), reference.prompter.texts());
         QCOMPARE(sandbox->requestCount(), 1);
     }
@@ -161,13 +161,13 @@ private slots:
     {
         auto wrong = client(sandbox->url());
         wrong->setPassword(u"nope"_qs);
-        QVERIFY(wrong->Transmit(u"a"_qs, u"b"_qs));
-        QCOMPARE(wrong->ResultCode(), 401);
-        QCOMPARE(wrong->ResponseText(), QString());
+        QVERIFY(wrong->transmit(u"a"_qs, u"b"_qs));
+        QCOMPARE(wrong->resultCode(), 401);
+        QCOMPARE(wrong->responseText(), QString());
 
         auto unknown = client(sandbox->baseUrl() + u"/qps/nothere.php"_qs);
-        QVERIFY(unknown->Transmit(u"a"_qs, u"b"_qs));
-        QCOMPARE(unknown->ResultCode(), 404);
+        QVERIFY(unknown->transmit(u"a"_qs, u"b"_qs));
+        QCOMPARE(unknown->resultCode(), 404);
     }
 
     void noAnswerIsFalse501AndIsSentOnce_data()
@@ -266,7 +266,7 @@ private slots:
 
         auto c = client(sandbox->url());
         sandbox->forceDelay(600);
-        QVERIFY(c->Transmit(u"S"_qs, u"T"_qs));
+        QVERIFY(c->transmit(u"S"_qs, u"T"_qs));
         ticker.stop();
         QVERIFY(ticks >= 3); // the event loop kept running
         QCOMPARE(clicks, 0); // but no click got through

@@ -50,13 +50,13 @@ private slots:
         client.setUrl(sandbox->url());
         client.setUserName(sandbox->user());
         client.setPassword(sandbox->password());
-        QVERIFY(client.Transmit(QString(),
+        QVERIFY(client.transmit(QString(),
             u"DXRM|O1|P10|U100|T100|1250|1/2/2020|Rent|T100|Ann|Avery|1 "
             u"Main|Town|ST|1|activate|\r\n"
             "DXRM|O1|P10|U101|T101|640.25|1/2/2020|Rent|T101||Baker|1 Main|Town|ST|1|activate|\r\n"
             "DXRM|O2|P20|U200|T200|800|1/2/2020|Rent|T200|Carl|Cole|2 Oak|Town|ST|1|activate|\r\n"
             "DXRM|O3|P30|U300|T300|99|1/2/2020|Rent|T300||Dunn|3 Elm|Town|ST|1|deactivate|\r\n"_qs));
-        QCOMPARE(client.ResultCode(), 200);
+        QCOMPARE(client.resultCode(), 200);
     }
     void init() { sandbox->clearReceived(); }
     void cleanupTestCase() { sandbox.reset(); }
@@ -67,8 +67,8 @@ private slots:
     {
         auto s = newSite(2);
         s->state->login.missing = true;
-        CheckForPaymentFile(*s->state);
-        DownloadPaymentFile(*s->state);
+        checkForPaymentFile(*s->state);
+        downloadPaymentFile(*s->state);
         QCOMPARE(s->prompter.titles(), QStringList(2, u"Login Message"_qs));
         s->state->login.missing = false;
         s->prompter.clear();
@@ -76,7 +76,7 @@ private slots:
         const QStringList lines = sandbox->queueRent(QString(), u"Rent"_qs, u"3/1/2026"_qs);
         QCOMPARE(lines.size(), 3);
         s->state->account.idItems = {};
-        CheckForPaymentFile(*s->state);
+        checkForPaymentFile(*s->state);
         QCOMPARE(s->prompter.texts(), QStringList { ProductTexts::success });
         QCOMPARE(s->state->account.idItems[5], u"Late fee;2"_qs); // the account settings are read first
         // The processor's text, then the line end the download adds.
@@ -88,8 +88,8 @@ private slots:
 
         s->prompter.clear();
         sandbox->queueRent(u"25"_qs, u"Late Fee"_qs);
-        CheckForPaymentFile(*s->state);
-        DownloadPaymentFile(*s->state);
+        checkForPaymentFile(*s->state);
+        downloadPaymentFile(*s->state);
         QCOMPARE(s->prompter.titles(), QStringList(2, u"Remitra Notice"_qs));
         QVERIFY(s->prompter.texts()[1].contains(u"from a previous download"_qs));
         QCOMPARE(sandbox->requestCount(), 1);
@@ -98,7 +98,7 @@ private slots:
         // Once it is dealt with, the menu fetches the late fees.
         QFile::remove(s->path(file));
         s->prompter.clear();
-        DownloadPaymentFile(*s->state);
+        downloadPaymentFile(*s->state);
         QCOMPARE(s->prompter.texts(), QStringList { ProductTexts::success });
         const QByteArray fees = s->fileBytes(file);
         QCOMPARE(fees.count("\r\n"), 4);
@@ -132,7 +132,7 @@ private slots:
             sandbox->forceDrop();
         else if (how == u"503"_qs)
             sandbox->forceStatus(503, "P9,U9,T9,1,1/1/2026,1,1/1/2026,ACH,Rent");
-        DownloadPaymentFile(*s->state);
+        downloadPaymentFile(*s->state);
         QTEST(s->prompter.texts(), "notices");
         QCOMPARE(s->fileBytes(s->state->files.paymentDownload), file);
         QCOMPARE(s->fileBytes(s->state->files.paymentDownload).isNull(), file.isNull());
@@ -149,13 +149,13 @@ private slots:
         auto s = newSite();
         QVERIFY(QDir(s->folder()).mkdir(s->state->files.paymentDownload));
         sandbox->queueLines({ line });
-        QVERIFY_THROWS_EXCEPTION(RuntimeError, DownloadPaymentFile(*s->state));
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, downloadPaymentFile(*s->state));
         QCOMPARE(archive(*s).size(), 1);
 
         auto blocked = newSite();
         blocked->writeFile(u"archive"_qs, "not a folder");
         sandbox->queueLines({ line });
-        QVERIFY_THROWS_EXCEPTION(RuntimeError, DownloadPaymentFile(*blocked->state));
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, downloadPaymentFile(*blocked->state));
         QVERIFY(
             blocked->fileBytes(blocked->state->files.paymentDownload).startsWith(line.toLatin1()));
     }
@@ -166,7 +166,7 @@ private slots:
         TestSite &site = *s;
         QCOMPARE(sandbox->queueRent(QString(), u"Rent"_qs, u"11/2/2026"_qs).size(), 3);
         QCOMPARE(sandbox->queueRent(u"15"_qs, u"Late Fee"_qs, u"11/3/2026"_qs).size(), 3);
-        CheckForPaymentFile(*site.state);
+        checkForPaymentFile(*site.state);
         QCOMPARE(site.prompter.titles(), QStringList { u"Dwellix Remitra"_qs });
         const QByteArray downloaded = site.fileBytes(site.state->files.paymentDownload);
         QVERIFY(!downloaded.isNull());

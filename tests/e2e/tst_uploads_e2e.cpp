@@ -39,7 +39,7 @@ private slots:
     void uploadAllSendsTheTwoFiles()
     {
         auto s = site();
-        QVERIFY(UploadAll(*s->state));
+        QVERIFY(uploadAll(*s->state));
         QCOMPARE(s->prompter.texts(), QStringList { ProductTexts::success });
         const auto got = sandbox->received();
         QCOMPARE(got.size(), 1);

@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     for (const QString &stored : { TransferFile::fromAnsi(bytes), QString::fromUtf8(bytes) }) {
         QString plain;
         try {
-            plain = DecodeSetting(stored);
+            plain = decodeSetting(stored);
         } catch (const RuntimeError &) {
             continue;
         }
@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
             continue;
         QString again;
         try {
-            again = EncodeSetting(plain);
+            again = encodeSetting(plain);
         } catch (const RuntimeError &) {
             __builtin_trap();
         }

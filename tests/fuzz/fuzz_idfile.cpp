@@ -9,7 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     FuzzSite &site = FuzzSite::get();
     site.writeFile(u"IDFILE.DAT"_qs, data, size);
     try {
-        LoadIDFile(site.state().folder(), site.state().account);
+        loadIdFile(site.state().folder(), site.state().account);
     } catch (const RuntimeError &) {
     }
     site.prompter().clear();

@@ -28,7 +28,7 @@ struct Site
         UploadsFixture::addVendors(site);
         RentSupport::seedPortfolio(site);
         site.scriptProcessor();
-        UploadVendorFile(*site.state);
+        uploadVendorFile(*site.state);
         PostingChoices c;
         c.depositNumber = u"3"_qs;
         RentSupport::writePaymentFile(site,

@@ -37,7 +37,7 @@ class ThrowingClient : public ScriptedProcessorClient
 {
 public:
     using ScriptedProcessorClient::ScriptedProcessorClient;
-    bool Transmit(const CallText &, const CallText &) override { throw RuntimeError::deviceIo(); }
+    bool transmit(const CallText &, const CallText &) override { throw RuntimeError::deviceIo(); }
 };
 
 } // namespace
@@ -84,28 +84,28 @@ private slots:
         UploadsFixture::addAll(site);
         auto script = site.scriptProcessor();
         if (job == u"upload all"_qs) {
-            UploadAll(*site.state);
+            uploadAll(*site.state);
         } else if (job == u"tenants"_qs) {
-            BuildTenantUpload(*site.state);
-            SendTenantUpload(*site.state);
+            buildTenantUpload(*site.state);
+            sendTenantUpload(*site.state);
         } else if (job == u"owners"_qs) {
             script->replies.append({ true, 403, {} });
-            UploadOwnerFile(*site.state);
+            uploadOwnerFile(*site.state);
         } else if (job == u"vendors"_qs) {
-            UploadVendorFile(*site.state);
+            uploadVendorFile(*site.state);
         } else if (job == u"download"_qs) {
             script->replies.append({ true, 200, kDownloaded });
-            DownloadPaymentFile(*site.state);
+            downloadPaymentFile(*site.state);
         } else if (job == u"distribution"_qs) {
             DisburseFixture::populate(site);
             script->replies.append({ true, 200, u"V8,B3,0,\r\n"_qs });
             bool stop = true;
             DistributionRun(*site.state, stop)
-                .MakePaymentsNow(DisburseFixture::rowsFor(site, { { 3, 8 } }), {});
+                .makePaymentsNow(DisburseFixture::rowsFor(site, { { 3, 8 } }), {});
         } else {
             site.state->clientFactory
                 = [script] { return std::make_unique<ThrowingClient>(script); };
-            QCOMPARE(raisedError([&] { DownloadPaymentFile(*site.state); }), 57);
+            QCOMPARE(raisedError([&] { downloadPaymentFile(*site.state); }), 57);
         }
 
         // The exchange is the first run; a distribution's posting follows.
@@ -151,8 +151,8 @@ private slots:
         TestSite site;
         UploadsFixture::addAll(site);
         site.scriptProcessor();
-        UploadVendorFile(*site.state);
-        UploadVendorFile(*site.state);
+        uploadVendorFile(*site.state);
+        uploadVendorFile(*site.state);
         const QList<Journal::Run> runs = journal(site).runs();
         QCOMPARE(runs.size(), 2);
         QCOMPARE(journal(site).files(runs[0].id).first().archive,
@@ -220,7 +220,7 @@ private slots:
         DisburseFixture::answering(site, 200, u"V8,B3,0,\r\nO1,B1,7,limit\r\n"_qs);
         bool stop = true;
         QVERIFY(DistributionRun(*site.state, stop)
-                    .MakePaymentsNow(DisburseFixture::rowsFor(site, { { 3, 8 }, { 1, -1 } }), {}));
+                    .makePaymentsNow(DisburseFixture::rowsFor(site, { { 3, 8 }, { 1, -1 } }), {}));
         const Journal::Run posting = journal(site).runs().first();
         QCOMPARE(posting.kind, Journal::Kind::CheckPosting);
         QCOMPARE(posting.count, 1);

@@ -116,7 +116,7 @@ private slots:
         QVERIFY(!rows.isEmpty());
         auto script = DisburseFixture::answering(site, 200, u""_qs);
         bool stop = false;
-        QCOMPARE(raisedError([&] { DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}); }),
+        QCOMPARE(raisedError([&] { DistributionRun(*site.state, stop).makePaymentsNow(rows, {}); }),
             3265);
         QVERIFY(script->calls.isEmpty());
         QVERIFY(site.fileBytes(site.state->files.disbursementUpload).isNull());

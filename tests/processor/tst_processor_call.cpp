@@ -33,7 +33,7 @@ private slots:
         QFETCH(QString, text);
         TestSite site;
         site.prompter.beginBusy();
-        ReportResult(site.prompter, { qint16(code), flag });
+        reportResult(site.prompter, { qint16(code), flag });
         QCOMPARE(site.prompter.shown().size(), 1);
         QCOMPARE(site.prompter.shown()[0].text, text);
         const bool success = text == ProductTexts::success;

@@ -160,7 +160,7 @@ int runHelper(const QString &job, const QString &folder)
     QTextStream out(stdout);
     if (job == u"download"_qs) {
         out << "ready" << Qt::endl;
-        DownloadPaymentFile(*site.state);
+        downloadPaymentFile(*site.state);
         return 0;
     }
     if (job == u"rent"_qs) {
@@ -174,7 +174,7 @@ int runHelper(const QString &job, const QString &folder)
     const QList<PaymentRow> rows = DisburseList::load(site.state->db(), u"Payee"_qs);
     bool stop = false; // every rejection is asked about
     out << "ready" << Qt::endl;
-    return DistributionRun(*site.state, stop).MakePaymentsNow(rows, {}) ? 0 : 4;
+    return DistributionRun(*site.state, stop).makePaymentsNow(rows, {}) ? 0 : 4;
 }
 
 // A program folder with a copy of the seed's host database and its other files.
@@ -523,7 +523,7 @@ private slots:
             UnfinishedRun::settle(*site.state, stop);
             const QList<PaymentRow> listed = DisburseList::load(site.state->db(), u"Payee"_qs);
             if (!listed.isEmpty())
-                DistributionRun(*site.state, stop).MakePaymentsNow(listed, {});
+                DistributionRun(*site.state, stop).makePaymentsNow(listed, {});
 
             // No check was paid twice; every paid check is posted once, or is
             // still entered and named to the user as sent without an answer.

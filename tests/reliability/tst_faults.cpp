@@ -112,7 +112,7 @@ private slots:
         QElapsedTimer timer;
         timer.start();
         if (rent) {
-            DownloadPaymentFile(*site.state);
+            downloadPaymentFile(*site.state);
             QCOMPARE(site.prompter.texts(), QStringList({ message, ProductTexts::noneFound }));
             QCOMPARE(filesOf(site), QStringList({ u"IDFILE.DAT"_qs }));
         } else {
@@ -120,7 +120,7 @@ private slots:
             bool stop = false;
             bool emptied = false;
             QVERIFY(
-                !DistributionRun(*site.state, stop).MakePaymentsNow(rows, [&] { emptied = true; }));
+                !DistributionRun(*site.state, stop).makePaymentsNow(rows, [&] { emptied = true; }));
             QVERIFY(!emptied);
             QCOMPARE(site.prompter.texts(), QStringList({ message }));
             QCOMPARE(
@@ -159,7 +159,7 @@ private slots:
         while (body.size() < qsizetype(megabytes) * 1024 * 1024)
             body += line;
         sandbox->forceStatus(200, body);
-        DownloadPaymentFile(*site.state);
+        downloadPaymentFile(*site.state);
         if (!taken) {
             QCOMPARE(site.state->lastResult.code, qint16(501));
             QCOMPARE(site.prompter.texts().last(), ProductTexts::noneFound);
@@ -189,7 +189,7 @@ private slots:
             for (int b = 0; b < 256; ++b)
                 body += char(b);
         sandbox->forceStatus(200, body);
-        DownloadPaymentFile(*site.state);
+        downloadPaymentFile(*site.state);
         QCOMPARE(site.prompter.texts(), QStringList({ ProductTexts::success }));
         QCOMPARE(site.fileBytes(site.state->files.paymentDownload), body + "\r\n");
         QCOMPARE(ledgerSummary(site.db()), u"0|0|0|0|0|0|0|0"_qs);

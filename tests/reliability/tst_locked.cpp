@@ -123,7 +123,7 @@ private slots:
             site.prompter.clear();
             TopLevel::run(*site.state, [&] {
                 posted = rent ? UpdateLedgers::run(*site.state, loaded.rows, choices())
-                              : DistributionRun(*site.state, stop).MakePaymentsNow(rows, {});
+                              : DistributionRun(*site.state, stop).makePaymentsNow(rows, {});
             });
         };
         {

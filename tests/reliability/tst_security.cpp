@@ -93,22 +93,22 @@ private slots:
         g_log.clear();
         const QtMessageHandler previous = qInstallMessageHandler(keepLog);
         sandbox.forceStatus(401);
-        DownloadPaymentFile(*rent.state);
+        downloadPaymentFile(*rent.state);
         sandbox.queueLines({ RentSupport::line(10, 100, u"100.00"_qs) });
-        DownloadPaymentFile(*rent.state);
+        downloadPaymentFile(*rent.state);
         PaymentFile::LoadResult loaded = PaymentFile::load(*rent.state);
         QVERIFY(UpdateLedgers::run(*rent.state, loaded.rows, PostingChoices()));
         sandbox.forceStatus(403);
         bool stop = false;
         DistributionRun(*disb.state, stop)
-            .MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
+            .makePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
         DistributionRun(*disb.state, stop)
-            .MakePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
+            .makePaymentsNow(DisburseList::load(disb.db(), u"Payee"_qs), {});
         qInstallMessageHandler(previous);
         QCOMPARE(sandbox.requestCount(), 4);
 
         const QList<QByteArray> secrets = { kUser.toLatin1(), kPassword.toLatin1(),
-            EncodeSetting(kPassword).toLatin1(), EncodeSetting(kUser).toLatin1(),
+            encodeSetting(kPassword).toLatin1(), encodeSetting(kUser).toLatin1(),
             (kUser + u':' + kPassword).toLatin1().toBase64() };
         for (TestSite *site : { &rent, &disb }) {
             const QStringList said = site->prompter.texts() + site->prompter.titles() + g_log;
@@ -164,7 +164,7 @@ private slots:
         QVERIFY(QFile::exists(store));
         QCOMPARE(QFile(store).permissions(), ownerOnly);
         const Credentials::Stored stored = Credentials::read(site.state->settingsFile);
-        QCOMPARE(DecodeSetting(stored.password), kPassword);
+        QCOMPARE(decodeSetting(stored.password), kPassword);
     }
 
     void plainHttpOnlyOnTheLoopback_data()
@@ -203,7 +203,7 @@ private slots:
         site.state->clientFactory = [] { return std::make_unique<HttpProcessorClient>(30); };
         QElapsedTimer timer;
         timer.start();
-        DownloadPaymentFile(*site.state);
+        downloadPaymentFile(*site.state);
         QVERIFY(timer.elapsed() < 2000);
         QCOMPARE(site.state->lastResult.code, qint16(404));
     }
@@ -273,17 +273,17 @@ private slots:
         const QString written = TransferFile::fromAnsi(site.fileBytes(u"probe.txt"_qs));
         for (int i = 0; i < hostile.size(); ++i) {
             const QString expected = u"B%1|O%2|"_qs.arg(checks[i]).arg(50 + i)
-                + VbText::Trim(hostile[i]) + u'|' + QString::number(11 + i) + u"\r\n"_qs;
+                + VbText::trim(hostile[i]) + u'|' + QString::number(11 + i) + u"\r\n"_qs;
             QVERIFY2(written.contains(expected), qPrintable(hostile[i].left(40)));
         }
         // Upload files: the texts as they stand, trimmed.
-        BuildOwnerFile(*site.state);
-        BuildSetupFile(*site.state);
-        BuildTenantUpload(*site.state);
+        buildOwnerFile(*site.state);
+        buildSetupFile(*site.state);
+        buildTenantUpload(*site.state);
         const QString owners = TransferFile::fromAnsi(site.fileBytes(site.state->files.ownerUpload));
         for (const QString &text : hostile)
             QVERIFY2(
-                owners.contains(u'|' + VbText::Trim(text) + u" Z|"_qs), qPrintable(text.left(40)));
+                owners.contains(u'|' + VbText::trim(text) + u" Z|"_qs), qPrintable(text.left(40)));
         QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->files.tenantUpload))
                     .contains(u"|a; DROP TABLE Units; --|x' OR '1'='1|"_qs));
         QVERIFY(TransferFile::fromAnsi(site.fileBytes(site.state->files.setupUpload))

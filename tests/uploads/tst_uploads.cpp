@@ -50,10 +50,10 @@ struct Built
     void (*build)(ProgramState &);
     QString TransferFileNames::*name;
 };
-const Built kFiles[] = { { "setup", BuildSetupFile, &TransferFileNames::setupUpload },
-    { "tenant", BuildTenantUpload, &TransferFileNames::tenantUpload },
-    { "owner", BuildOwnerFile, &TransferFileNames::ownerUpload },
-    { "vendor", BuildVendorFile, &TransferFileNames::vendorUpload } };
+const Built kFiles[] = { { "setup", buildSetupFile, &TransferFileNames::setupUpload },
+    { "tenant", buildTenantUpload, &TransferFileNames::tenantUpload },
+    { "owner", buildOwnerFile, &TransferFileNames::ownerUpload },
+    { "vendor", buildVendorFile, &TransferFileNames::vendorUpload } };
 
 } // namespace
 
@@ -91,12 +91,12 @@ private slots:
         TestSite site;
         UploadsFixture::addPortfolio(site);
         site.writeFile(site.state->files.setupUpload, "old");
-        QCOMPARE(raisedError([&] { BuildSetupFile(*site.state); }), 3021);
+        QCOMPARE(raisedError([&] { buildSetupFile(*site.state); }), 3021);
         QCOMPARE(site.fileBytes(site.state->files.setupUpload), QByteArray("old"));
 
         TestSite empty;
         UploadsFixture::addCompany(empty);
-        BuildSetupFile(*empty.state);
+        buildSetupFile(*empty.state);
         QCOMPARE(empty.fileBytes(empty.state->files.setupUpload), QByteArray(""));
     }
 
@@ -109,13 +109,13 @@ private slots:
         UploadsFixture::addVendors(site);
         auto script = site.scriptProcessor();
         site.writeFile(site.state->files.tenantUpload, "old");
-        BuildTenantUpload(*site.state);
+        buildTenantUpload(*site.state);
         QVERIFY(site.fileBytes(site.state->files.tenantUpload).isNull());
-        SendTenantUpload(*site.state);
+        sendTenantUpload(*site.state);
         QCOMPARE(site.prompter.titles(), QStringList { u"Tenant Remitra"_qs });
         QVERIFY(
             site.prompter.texts().first().startsWith(u"The Tenant Remitra file was not found."_qs));
-        QCOMPARE(raisedError([&] { UploadAll(*site.state); }), 53);
+        QCOMPARE(raisedError([&] { uploadAll(*site.state); }), 53);
         QVERIFY(script->calls.isEmpty());
         QCOMPARE(site.fileBytes(site.state->files.setupUpload), QByteArray(""));
     }
@@ -126,8 +126,8 @@ private slots:
         UploadsFixture::addAll(site);
         site.state->login.missing = true;
         site.writeFile(site.state->files.tenantUpload, "old");
-        BuildTenantUpload(*site.state);
-        QVERIFY(!UploadAll(*site.state));
+        buildTenantUpload(*site.state);
+        QVERIFY(!uploadAll(*site.state));
         QCOMPARE(site.fileBytes(site.state->files.tenantUpload), QByteArray("old"));
         QVERIFY(site.fileBytes(site.state->files.setupUpload).isNull());
         QCOMPARE(
@@ -140,8 +140,8 @@ private slots:
     {
         TestSite site;
         auto script = site.scriptProcessor();
-        UploadOwnerFile(*site.state);
-        UploadVendorFile(*site.state);
+        uploadOwnerFile(*site.state);
+        uploadVendorFile(*site.state);
         QCOMPARE(script->calls.size(), 2);
         for (const auto &call : script->calls) {
             QCOMPARE(call.url, u"http://127.0.0.1:9/qps/evendorpay.php"_qs);
@@ -160,7 +160,7 @@ private slots:
         UploadsFixture::addAll(site);
         auto script = site.scriptProcessor();
         script->replies.append({ false, 501, {} });
-        QVERIFY(UploadAll(*site.state));
+        QVERIFY(uploadAll(*site.state));
         QCOMPARE(script->calls.size(), 1);
         QCOMPARE(site.state->lastResult.text, u"False"_qs);
         QCOMPARE(site.prompter.titles(), QStringList { u"Remitra error"_qs });

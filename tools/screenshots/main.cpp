@@ -195,8 +195,8 @@ void run(const Options &options)
 
     // The demo's sandbox makes every enrolled tenant pay once the tenants
     // are uploaded.
-    UploadAll(state);
-    DownloadPaymentFile(state);
+    uploadAll(state);
+    downloadPaymentFile(state);
     {
         RentReviewDialog review(state, &mainMenu);
         camera.take(review, u"review"_qs);
