@@ -186,7 +186,10 @@ void moveAside(const ProgramState &state)
     TransferFile::renameReplacing(state.pathOf(state.files.paymentDownload), last);
 }
 
-QString fileSha256(const ProgramState &state)
+namespace {
+
+// The payment file's bytes, as they stand.
+QByteArray fileBytes(const ProgramState &state)
 {
     const QString path = state.pathOf(state.files.paymentDownload);
     if (!TransferFile::exists(path))
@@ -194,7 +197,14 @@ QString fileSha256(const ProgramState &state)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw RuntimeError::permissionDenied();
-    return RentPostingRecord::sha256(file.readAll());
+    return file.readAll();
+}
+
+} // namespace
+
+QString fileSha256(const ProgramState &state)
+{
+    return RentPostingRecord::sha256(fileBytes(state));
 }
 
 namespace {
@@ -251,14 +261,7 @@ LoadResult load(ProgramState &state)
     try {
         // The file is read once: its text and its SHA-256 come from the
         // same bytes.
-        const QString path = state.pathOf(state.files.paymentDownload);
-        if (!TransferFile::exists(path))
-            throw RuntimeError::fileNotFound();
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly))
-            throw RuntimeError::permissionDenied();
-        QByteArray bytes = file.readAll();
-        file.close();
+        QByteArray bytes = fileBytes(state);
         result.fileSha256 = RentPostingRecord::sha256(bytes);
         // Payments that a posting run recorded as posted are never offered
         // again, even when the program ended before their file was moved.
@@ -267,7 +270,7 @@ LoadResult load(ProgramState &state)
         const QString text = TransferFile::fromAnsi(std::exchange(bytes, {}));
         if (countCandidates(linesOf(text)) <= 0) {
             prompter.notice(kNoPayments, kNoPaymentsTitle);
-            if (!TransferFile::remove(path))
+            if (!TransferFile::remove(state.pathOf(state.files.paymentDownload)))
                 throw RuntimeError::permissionDenied();
             result.status = LoadStatus::NoPayments;
             return result;
