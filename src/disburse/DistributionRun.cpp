@@ -252,10 +252,8 @@ bool DistributionRun::finish(ProgramState &state, qint64 runId, const QList<Paym
             RentBackup::write(db, state.folder());
         } catch (const RuntimeError &error) {
             busy.release();
-            prompter.notice(u"A backup copy of the Dwellix data could not be written to the "
-                            "\"backups\" folder ("_qs
-                    + error.description()
-                    + u"). The payments that Quenta Payment Services accepted were not posted "
+            prompter.notice(RentBackup::notWrittenText(error.description())
+                    + u". The payments that Quenta Payment Services accepted were not posted "
                       "yet; they will be posted the next time you make payments."_qs,
                 kNoticeTitle);
             return false;

@@ -80,4 +80,10 @@ QString write(const HostDb &db, const QString &programFolder)
     return target;
 }
 
+QString notWrittenText(const QString &reason)
+{
+    return u"A backup copy of the Dwellix data could not be written to the \"backups\" folder ("_qs
+        + reason + u')';
+}
+
 } // namespace RentBackup

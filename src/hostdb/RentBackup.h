@@ -16,4 +16,8 @@ inline const QString FolderName = u"backups"_qs;
 // or the copy cannot be written.
 QString write(const HostDb &db, const QString &programFolder);
 
+// What the user is told when write() failed, before what was left undone:
+// the copy could not be written, and why.
+QString notWrittenText(const QString &reason);
+
 } // namespace RentBackup

@@ -289,10 +289,8 @@ bool run(ProgramState &state, qint64 runId)
         RentBackup::write(db, state.folder());
     } catch (const RuntimeError &error) {
         busy.release();
-        prompter.notice(u"A backup copy of the Dwellix data could not be written to the "
-                        "\"backups\" folder ("_qs
-                + error.description() + u")."_qs + kNothingChanged,
-            Title);
+        prompter.notice(
+            RentBackup::notWrittenText(error.description()) + u'.' + kNothingChanged, Title);
         return false;
     }
 

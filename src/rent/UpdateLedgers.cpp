@@ -170,10 +170,8 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
     try {
         RentBackup::write(db, state.folder());
     } catch (const RuntimeError &error) {
-        state.prompter().notice(u"A backup copy of the Dwellix data could not be written to the "
-                                "\"backups\" folder ("_qs
-                + error.description() + u")."_qs + kNothingPosted,
-            kTitle);
+        state.prompter().notice(
+            RentBackup::notWrittenText(error.description()) + u'.' + kNothingPosted, kTitle);
         return false;
     }
     const Journal::File file = postedFile(state, fileSha256);
