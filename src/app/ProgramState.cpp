@@ -5,7 +5,8 @@
 #include <QDir>
 
 ProgramState::ProgramState(Prompter &prompter, QString folder)
-    : m_prompter(&prompter), m_folder(QDir(folder).absolutePath())
+    : m_prompter(&prompter)
+    , m_folder(QDir(folder).absolutePath())
 {
 }
 

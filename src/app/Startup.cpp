@@ -36,8 +36,8 @@ bool readCredentials(ProgramState &state, LoginScreen &login)
     state.login.user = decodeSetting(stored.username);
     state.login.password = decodeSetting(stored.password);
     state.login.url = decodeSetting(stored.url);
-    state.login.missing = state.login.user.isEmpty() || state.login.password.isEmpty()
-        || state.login.url.isEmpty();
+    state.login.missing
+        = state.login.user.isEmpty() || state.login.password.isEmpty() || state.login.url.isEmpty();
     return true;
 }
 

@@ -8,7 +8,7 @@ namespace TopLevel {
 QString errorText(const RuntimeError &error)
 {
     return u"Run-time error '"_qs + QString::number(error.number()) + u"':\n\n"_qs
-           + error.description();
+        + error.description();
 }
 
 void reportFatal(ProgramState &state, const RuntimeError &error)

@@ -23,8 +23,7 @@ void reportFatal(ProgramState &state, const RuntimeError &error);
 
 // Runs body; an escaping error is reported and ends the program. Returns
 // false when that happened.
-template <typename Body>
-bool run(ProgramState &state, Body &&body)
+template <typename Body> bool run(ProgramState &state, Body &&body)
 {
     try {
         body();

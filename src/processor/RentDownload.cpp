@@ -17,17 +17,22 @@
 
 namespace {
 
-const QString kLoginText = u"You must have a valid LOGIN entry in the User Name, Password, and URL. Please "
-                           "correct that and try again."_qs;
+const QString kLoginText
+    = u"You must have a valid LOGIN entry in the User Name, Password, and URL. Please "
+      "correct that and try again."_qs;
 const QString kLoginTitle = u"Login Message"_qs;
-const QString kWaitingAtStart =
-    u"You already have Remitra Tenant transactions waiting to be processed - no more Tenant transactions "
-    "can be downloaded until you have taken care of the existing ones. To post these deposits to the "
-    "Dwellix, click on the 'Download and Post Rent Payments' button."_qs;
-const QString kWaitingFromMenu =
-    u"You already have Remitra Tenant transactions waiting to be processed from a previous download - no "
-    "more Tenant transactions can be downloaded until you have taken care of the existing ones. Please "
-    "either post these payments to the Dwellix ledgers or delete them from the next screen."_qs;
+const QString kWaitingAtStart
+    = u"You already have Remitra Tenant transactions waiting to be processed - no more Tenant "
+      u"transactions "
+      "can be downloaded until you have taken care of the existing ones. To post these deposits to "
+      "the "
+      "Dwellix, click on the 'Download and Post Rent Payments' button."_qs;
+const QString kWaitingFromMenu
+    = u"You already have Remitra Tenant transactions waiting to be processed from a previous "
+      u"download - no "
+      "more Tenant transactions can be downloaded until you have taken care of the existing ones. "
+      "Please "
+      "either post these payments to the Dwellix ledgers or delete them from the next screen."_qs;
 const QString kNoticeTitle = u"Remitra Notice"_qs;
 const QString kNoneFound = u"There were no Remita Tenant transactions found"_qs;
 const QString kNoneFoundTitle = u"Dwellix Remitra"_qs;

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "core/RunSettings.h"
 #include "hostdb/RentLedger.h"
 #include "hostdb/RentPostingRecord.h"
-#include "core/RunSettings.h"
 #include "rent/AccountSetting.h"
 #include "rent/PostingChoices.h"
 #include "rent/RentPayment.h"

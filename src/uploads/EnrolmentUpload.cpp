@@ -27,7 +27,8 @@ void send(ProgramState &state, Roster roster)
         break;
     }
     // Taken by the processor, or nothing to send (no rows on the roster).
-    if ((state.lastResult.text == u"True"_qs && state.lastResult.code == 200) || state.lastResult.text.isEmpty())
+    if ((state.lastResult.text == u"True"_qs && state.lastResult.code == 200)
+        || state.lastResult.text.isEmpty())
         PendingUploadRecord::clear(state.store(), roster);
 }
 

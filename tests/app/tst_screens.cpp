@@ -113,9 +113,10 @@ private slots:
         s.site.state->disbursementEnabled = enabled;
         auto script = s.site.scriptProcessor();
         if (!namesBuilt) {
-            for (QString *name : { &s.site.state->files.setupUpload, &s.site.state->files.tenantUpload,
-                     &s.site.state->files.paymentDownload, &s.site.state->files.ownerUpload,
-                     &s.site.state->files.vendorUpload, &s.site.state->files.disbursementUpload })
+            for (QString *name :
+                { &s.site.state->files.setupUpload, &s.site.state->files.tenantUpload,
+                    &s.site.state->files.paymentDownload, &s.site.state->files.ownerUpload,
+                    &s.site.state->files.vendorUpload, &s.site.state->files.disbursementUpload })
                 name->clear();
         }
         for (const QString &name : kGatedByLogin + kGatedByDisbursement) {

@@ -142,12 +142,14 @@ private slots:
         TestSite site;
         site.state->account.idItems = {};
         if (content.isNull()) {
-            QCOMPARE(raisedError([&] { loadIdFile(site.state->folder(), site.state->account); }), 53);
+            QCOMPARE(
+                raisedError([&] { loadIdFile(site.state->folder(), site.state->account); }), 53);
             return;
         }
         site.writeFile(u"IDFILE.DAT"_qs, content);
         loadIdFile(site.state->folder(), site.state->account);
-        QTEST(QStringList(site.state->account.idItems.begin(), site.state->account.idItems.end()).join(u'|'),
+        QTEST(QStringList(site.state->account.idItems.begin(), site.state->account.idItems.end())
+                  .join(u'|'),
             "expected");
     }
 
@@ -165,8 +167,8 @@ private slots:
         QVERIFY(s.state->disbursementEnabled);
         QVERIFY(s.state->hasDb());
         QCOMPARE(s.state->databasePath, s.site.path(u"dxdatafl.db"_qs));
-        QCOMPARE(QStringList({ s.state->login.user, s.state->login.password,
-                     s.state->login.url, s.state->siteCode })
+        QCOMPARE(QStringList({ s.state->login.user, s.state->login.password, s.state->login.url,
+                     s.state->siteCode })
                 + s.fileNames(),
             (QStringList { u"acme"_qs, u"pass"_qs, u"http://127.0.0.1:9/qps/upload.php"_qs,
                 u"DXRM"_qs, u"DX_Quenta_Setup_DXRM.txt"_qs, u"DX_Quenta_Tenant_DXRM.txt"_qs,

@@ -198,8 +198,7 @@ private slots:
             site.state->login.url = local;
             server.close();
         } else if (how == u"tls"_qs) {
-            site.state->login.url
-                = u"https://127.0.0.1:%1/qps/upload.php"_qs.arg(sandbox->port());
+            site.state->login.url = u"https://127.0.0.1:%1/qps/upload.php"_qs.arg(sandbox->port());
         } else if (how == u"timeout"_qs) {
             sandbox->forceDelay(2500);
         } else if (how == u"dropped"_qs) {

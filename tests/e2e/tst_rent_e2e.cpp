@@ -78,7 +78,8 @@ private slots:
         s->state->account.idItems = {};
         checkForPaymentFile(*s->state);
         QCOMPARE(s->prompter.texts(), QStringList { ProductTexts::success });
-        QCOMPARE(s->state->account.idItems[5], u"Late fee;2"_qs); // the account settings are read first
+        QCOMPARE(
+            s->state->account.idItems[5], u"Late fee;2"_qs); // the account settings are read first
         // The processor's text, then the line end the download adds.
         const QByteArray expected = (lines.join(u"\r\n"_qs) + u"\r\n\r\n"_qs).toLatin1();
         const QString file = s->state->files.paymentDownload;

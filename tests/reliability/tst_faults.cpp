@@ -123,8 +123,8 @@ private slots:
                 !DistributionRun(*site.state, stop).makePaymentsNow(rows, [&] { emptied = true; }));
             QVERIFY(!emptied);
             QCOMPARE(site.prompter.texts(), QStringList({ message }));
-            QCOMPARE(
-                filesOf(site), QStringList({ site.state->files.disbursementUpload, u"archive"_qs }));
+            QCOMPARE(filesOf(site),
+                QStringList({ site.state->files.disbursementUpload, u"archive"_qs }));
         }
         QVERIFY2(timer.elapsed() < 10000, "the time-out was not kept");
         QCOMPARE(site.prompter.titles().first(), u"Remitra error"_qs);

@@ -280,7 +280,8 @@ private slots:
         buildOwnerFile(*site.state);
         buildSetupFile(*site.state);
         buildTenantUpload(*site.state);
-        const QString owners = TransferFile::fromAnsi(site.fileBytes(site.state->files.ownerUpload));
+        const QString owners
+            = TransferFile::fromAnsi(site.fileBytes(site.state->files.ownerUpload));
         for (const QString &text : hostile)
             QVERIFY2(
                 owners.contains(u'|' + VbText::trim(text) + u" Z|"_qs), qPrintable(text.left(40)));
