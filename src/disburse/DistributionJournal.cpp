@@ -10,6 +10,7 @@ namespace DistributionJournal {
 QList<Journal::Line> lines(const QList<PaymentRow> &checks, const ResponseMatcher *answer)
 {
     QList<Journal::Line> found;
+    found.reserve(checks.size());
     int position = 0;
     for (const PaymentRow &check : checks) {
         Journal::Line line;
@@ -35,6 +36,16 @@ Currency total(const QList<PaymentRow> &checks)
     Currency sum;
     for (const PaymentRow &check : checks)
         sum += check.CkAmount.abs();
+    return sum;
+}
+
+Currency acceptedTotal(const QList<PaymentRow> &checks, const ResponseMatcher &response)
+{
+    Currency sum;
+    for (const PaymentRow &check : checks) {
+        if (response.verdict(check.payeeId(), check.CkID).accepted)
+            sum += check.CkAmount.abs();
+    }
     return sum;
 }
 

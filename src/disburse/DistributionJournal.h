@@ -14,5 +14,7 @@ QList<Journal::Line> lines(
     const QList<PaymentRow> &checks, const ResponseMatcher *answer = nullptr);
 // The sum of the amounts as they are paid (absolute values).
 Currency total(const QList<PaymentRow> &checks);
+// The total of the checks the processor accepted.
+Currency acceptedTotal(const QList<PaymentRow> &checks, const ResponseMatcher &response);
 
 } // namespace DistributionJournal

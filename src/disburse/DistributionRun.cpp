@@ -71,6 +71,7 @@ QList<PaymentRow> DistributionRun::freshRows(const QList<PaymentRow> &selected)
         for (const PaymentRow &row : selected)
             ids.append(row.CkID);
         const QHash<qint64, PaymentRow> current = lookup.enteredChecks(ids);
+        rows.reserve(selected.size());
         for (const PaymentRow &row : selected) {
             const auto found = current.constFind(row.CkID);
             std::optional<PaymentRow> now;
@@ -263,10 +264,16 @@ bool DistributionRun::finish(ProgramState &state, qint64 runId, const QList<Paym
         HostWriteLog written;
         written.keepSlim(Journal::readsRowsFromHost(db, state.store()));
         written.keepKeysOnly(true);
-        PaidCheckPosting posting(db, &written);
-        const int posted = posting.postCheck(rows, response);
-        posting.deleteEnteredSplits();
-        posting.deleteEnteredChecks(rows);
+        int posted = 0;
+        {
+            // The posting's caches of split lines and balances are freed
+            // before the journal entry is written.
+            PaidCheckPosting posting(db, &written);
+            posted = posting.postCheck(rows, response);
+            posting.deleteEnteredSplits();
+            posting.deleteEnteredChecks(rows);
+            messages = posting.messages();
+        }
         // Attached, the record and the journal commit with the posting; on
         // its own connection the record follows the commit (a run found
         // answered whose checks are gone is then closed quietly by
@@ -276,18 +283,12 @@ bool DistributionRun::finish(ProgramState &state, qint64 runId, const QList<Paym
         entry.title = u"Checks accepted by Quenta Payment Services"_qs;
         entry.lines = DistributionJournal::lines(rows, &response);
         entry.rows = &written;
-        QList<PaymentRow> accepted;
-        for (const PaymentRow &row : rows) {
-            if (response.verdict(row.payeeId(), row.CkID).accepted)
-                accepted.append(row);
-        }
         const qint64 journalRun
             = Journal(state.store())
                   .commitPosting(tx, entry,
-                      { Journal::Posted, {}, {}, posted, DistributionJournal::total(accepted), {} },
+                      { Journal::Posted, {}, {}, posted, DistributionJournal::acceptedTotal(rows, response), {} },
                       [&] { record.setPosted(runId); });
         capture.attach(journalRun);
-        messages = posting.messages();
 
         const QString sent = state.pathOf(state.files.disbursementUpload);
         if (TransferFile::exists(sent))

@@ -11,7 +11,7 @@ class QJsonDocument;
 #include <QVariant>
 #include <QVariantMap>
 
-#include <vector>
+#include <deque>
 
 // The host rows a posting run wrote, in the order written, as the journal
 // keeps them: rows added (every field as written), balances changed (the
@@ -105,8 +105,8 @@ public:
         const QString &field, const QVariant &value);
 
     const QList<Entry> &entries() const { return m_entries; }
-    const std::vector<Slim> &slimEntries() const { return m_slim; }
-    const std::vector<SlimBalance> &slimBalances() const { return m_slimBalances; }
+    const std::deque<Slim> &slimEntries() const { return m_slim; }
+    const std::deque<SlimBalance> &slimBalances() const { return m_slimBalances; }
     bool isEmpty() const { return m_entries.isEmpty() && m_slim.empty(); }
 
     // The fields the journal reads from the host for a slim row of the
@@ -141,8 +141,8 @@ private:
         Currency before, Currency after);
 
     QList<Entry> m_entries;
-    std::vector<Slim> m_slim;
-    std::vector<SlimBalance> m_slimBalances;
+    std::deque<Slim> m_slim;
+    std::deque<SlimBalance> m_slimBalances;
     bool m_slimRows = false;
     bool m_keysOnly = false;
     int m_line = 0;

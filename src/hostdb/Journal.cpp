@@ -187,7 +187,7 @@ bool Journal::readsRowsFromHost(const HostDb &db, const RemitraStore &store)
 
 void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
 {
-    const std::vector<HostWriteLog::Slim> &slim = log.slimEntries();
+    const std::deque<HostWriteLog::Slim> &slim = log.slimEntries();
     // The rows go in the order written, a window of rows at a time (so the
     // journal's index grows at its end), in a statement per table, kind and
     // balance field, handed over as a JSON array of
