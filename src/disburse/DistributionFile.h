@@ -1,6 +1,6 @@
 #pragma once
 
-#include "disburse/PaymentRow.h"
+#include "hostdb/PaymentRow.h"
 
 #include <QList>
 #include <QString>

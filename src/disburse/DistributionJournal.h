@@ -1,7 +1,7 @@
 #pragma once
 
-#include "disburse/PaymentRow.h"
 #include "hostdb/Journal.h"
+#include "hostdb/PaymentRow.h"
 
 class ResponseMatcher;
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "disburse/PaymentRow.h"
 #include "hostdb/CheckPosting.h"
+#include "hostdb/PaymentRow.h"
 #include "hostdb/PostingTargets.h"
 
 #include <QList>

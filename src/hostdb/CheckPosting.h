@@ -1,11 +1,11 @@
 #pragma once
 
 #include "core/Currency.h"
-#include "disburse/PaymentRow.h"
 #include "hostdb/HostDb.h"
 #include "hostdb/HostWriteLog.h"
 #include "hostdb/KeyedRows.h"
 #include "hostdb/LedgerWriter.h"
+#include "hostdb/PaymentRow.h"
 
 #include <QList>
 #include <QSet>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "disburse/PaymentRow.h"
 #include "hostdb/BatchRead.h"
 #include "hostdb/HostDb.h"
+#include "hostdb/PaymentRow.h"
 
 #include <QList>
 #include <QSqlQuery>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "disburse/PaymentRow.h"
 #include "hostdb/HostDb.h"
+#include "hostdb/PaymentRow.h"
 
 #include <QSqlQuery>
 

@@ -3,7 +3,7 @@
 #include "ScriptedProcessorClient.h"
 #include "TestSupport.h"
 
-#include "disburse/PaymentRow.h"
+#include "hostdb/PaymentRow.h"
 
 // Owners, vendors and entered checks for the payment screen and its runs.
 //
