@@ -51,14 +51,6 @@ private:
     sqlite3_stmt *m_statement;
 };
 
-RuntimeError engineFailure(sqlite3 *handle, int rc, const char *operation)
-{
-    if (rc == SQLITE_BUSY || rc == SQLITE_LOCKED)
-        return RuntimeError::databaseBusy();
-    return RuntimeError::database(
-        QString::fromLatin1(operation), QString::fromUtf8(sqlite3_errmsg(handle)));
-}
-
 int bind(sqlite3_stmt *statement, int position, const QVariant &value)
 {
     if (value.isNull())
@@ -109,6 +101,14 @@ void runOnEngine(sqlite3 *handle, const QString &sql, const QList<qint64> &keys,
 }
 
 } // namespace
+
+RuntimeError engineFailure(sqlite3 *handle, int rc, const char *operation)
+{
+    if (rc == SQLITE_BUSY || rc == SQLITE_LOCKED)
+        return RuntimeError::databaseBusy();
+    return RuntimeError::database(
+        QString::fromLatin1(operation), QString::fromUtf8(sqlite3_errmsg(handle)));
+}
 
 void run(const HostDb &db, const QString &sqlPrefix, QList<qint64> keys, const char *operation,
     const std::function<void(const Row &)> &row, const QVariantList &leading)

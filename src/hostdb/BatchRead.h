@@ -9,6 +9,8 @@
 
 class HostDb;
 class QSqlQuery;
+class RuntimeError;
+struct sqlite3;
 
 // Reads (or deletes) the rows of many keys with a few statements:
 // `sqlPrefix` ends in "IN (" and the marks of a batch of keys follow it. The
@@ -52,5 +54,10 @@ private:
 // are bound before the keys (the new value of an UPDATE).
 void run(const HostDb &db, const QString &sqlPrefix, QList<qint64> keys, const char *operation,
     const std::function<void(const Row &)> &row, const QVariantList &leading = {});
+
+// The error to raise when a call of the engine's own interface failed with
+// rc: the busy error for a lock, else the database error with the engine's
+// message.
+RuntimeError engineFailure(sqlite3 *handle, int rc, const char *operation);
 
 } // namespace BatchRead

@@ -1,16 +1,21 @@
 #include "hostdb/Journal.h"
 
 #include "core/RuntimeError.h"
+#include "hostdb/BatchRead.h"
 #include "hostdb/EngineSql.h"
 #include "hostdb/RemitraStore.h"
 
 #include <QFileInfo>
+#include <QHash>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QHash>
 #include <QSet>
 
+#include <sqlite3.h>
+
 #include <algorithm>
+#include <memory>
+#include <vector>
 
 namespace {
 
@@ -56,26 +61,6 @@ std::optional<qint64> countOf(const QVariant &v)
 std::optional<Currency> totalOf(const QVariant &v)
 {
     return v.isNull() ? std::nullopt : Currency::parse(v.toString());
-}
-
-// A text as a JSON string.
-void appendJsonString(QByteArray &out, const QString &text)
-{
-    out += '"';
-    for (const char c : text.toUtf8()) {
-        const auto u = static_cast<unsigned char>(c);
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += c;
-        } else if (u < 0x20) {
-            out += "\\u00";
-            out += "0123456789abcdef"[u >> 4];
-            out += "0123456789abcdef"[u & 15];
-        } else {
-            out += c;
-        }
-    }
-    out += '"';
 }
 
 // The columns of a run with its latest result (see runAt()).
@@ -187,79 +172,99 @@ bool Journal::readsRowsFromHost(const HostDb &db, const RemitraStore &store)
 
 void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
 {
-    const std::deque<HostWriteLog::Slim> &slim = log.slimEntries();
-    // The rows go in the order written, a window of rows at a time (so the
-    // journal's index grows at its end), in a statement per table, kind and
-    // balance field, handed over as a JSON array of
-    // [position, line, handle, before, after]. Their fields are read from
-    // the host row in the same statement (a removed row's from the copy made
-    // before it was removed, see HostWriteLog::removing).
-    constexpr size_t kWindow = 20000;
+    // Slim rows are kept only where the store shares the SQLite host's
+    // connection (readsRowsFromHost), so they go straight through the
+    // engine's own interface, in the order written, in the posting's own
+    // transaction: a statement per table, kind and balance field, each row
+    // bound as numbers. Its fields are read from the host row by the same
+    // statement (a removed row's from the copy made before it was removed,
+    // see HostWriteLog::removing).
+    constexpr auto operation = "adding the posted rows to the journal";
+    sqlite3 *handle = m_store.host().sqliteHandle();
+    if (!handle)
+        throw RuntimeError::database(QString::fromLatin1(operation),
+            u"the journal's rows need the SQLite host's own connection"_qs);
+    using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
     const auto groupOf
         = [](const HostWriteLog::Slim &s) { return s.table << 16 | int(s.change) << 8 | s.field; };
-    QHash<int, QSqlQuery> statements;
+    QHash<int, sqlite3_stmt *> statements;
+    std::vector<Statement> owned;
     QSet<int> removedTables;
-    const auto statement = [&](int group) -> QSqlQuery & {
-        auto it = statements.find(group);
-        if (it != statements.end())
-            return *it;
+    const auto bindText = [](sqlite3_stmt *statement, int position, const QString &text) {
+        return text.isNull() ? sqlite3_bind_null(statement, position)
+                             : sqlite3_bind_text16(statement, position, text.utf16(),
+                                 int(text.size() * sizeof(char16_t)), SQLITE_TRANSIENT);
+    };
+    // ?1 run, ?2 position, ?3 line, ?4 handle, ?5 before, ?6 after; the
+    // table, kind and field of the group are bound once.
+    const auto statement = [&](int group) -> sqlite3_stmt * {
+        if (sqlite3_stmt *known = statements.value(group))
+            return known;
         const QString table = HostWriteLog::slimTables().at(group >> 16);
         const auto change = HostWriteLog::Change((group >> 8) & 0xff);
-        QString fields, from = u"json_each(:rows) e"_qs;
+        const QString field = HostWriteLog::slimFields().at(group & 0xff);
+        QString fields;
         if (log.keepsKeysOnly() && change != HostWriteLog::Change::Balance) {
             fields = u"NULL"_qs;
         } else if (change == HostWriteLog::Change::Removed) {
-            fields = u"r.fields"_qs;
-            from += u" LEFT JOIN temp.remitra_removed r ON r.tbl = :tbl AND r.handle = "
-                    "e.value ->> 2"_qs;
+            fields = u"(SELECT r.fields FROM temp.remitra_removed r WHERE r.tbl = ?7 AND "
+                     "r.handle = ?4)"_qs;
             removedTables.insert(group >> 16);
         } else {
-            fields = HostWriteLog::jsonFieldsSql(table, change, u"h"_qs);
-            from += u" LEFT JOIN main."_qs + table + u" h ON h.rowid = e.value ->> 2"_qs;
+            fields = u"(SELECT "_qs + HostWriteLog::jsonFieldsSql(table, change, u"h"_qs)
+                + u" FROM (SELECT 1) LEFT JOIN main."_qs + table + u" h ON h.rowid = ?4)"_qs;
         }
-        return *statements.insert(group,
-            m_store.prepare(u"INSERT INTO "_qs + m_store.table("journal_rows")
-                + u" (run_id, position, line, tbl, handle, change, fields, field, before, "
-                  "after) SELECT :run, e.value ->> 0, nullif(e.value ->> 1, 0), :tbl, "
-                  "e.value ->> 2, :change, "_qs
-                + fields + u", :field, e.value ->> 3, e.value ->> 4 FROM "_qs + from));
+        const QString sql = u"INSERT INTO "_qs + m_store.table("journal_rows")
+            + u" (run_id, position, line, tbl, handle, change, fields, field, before, after) "
+              "VALUES (?1, ?2, ?3, ?7, ?4, ?8, "_qs
+            + fields + u", ?9, ?5, ?6)"_qs;
+        sqlite3_stmt *raw = nullptr;
+        const int prepared = sqlite3_prepare16_v3(handle, sql.utf16(),
+            int(sql.size() * sizeof(char16_t)), SQLITE_PREPARE_PERSISTENT, &raw, nullptr);
+        owned.emplace_back(raw, sqlite3_finalize);
+        if (prepared != SQLITE_OK)
+            throw BatchRead::engineFailure(handle, prepared, operation);
+        int rc = sqlite3_bind_int64(raw, 1, runId);
+        if (rc == SQLITE_OK)
+            rc = bindText(raw, 7, table);
+        if (rc == SQLITE_OK)
+            rc = bindText(raw, 8, HostWriteLog::changeName(change));
+        if (rc == SQLITE_OK)
+            rc = field.isEmpty() ? sqlite3_bind_null(raw, 9) : bindText(raw, 9, field);
+        if (rc != SQLITE_OK)
+            throw BatchRead::engineFailure(handle, rc, operation);
+        statements.insert(group, raw);
+        return raw;
     };
-    for (size_t start = 0; start < slim.size(); start += kWindow) {
-        const size_t end = std::min(slim.size(), start + kWindow);
-        QHash<int, QByteArray> rows;
-        for (size_t i = start; i < end; ++i) {
-            const HostWriteLog::Slim &s = slim[i];
-            QByteArray &out = rows[groupOf(s)];
-            out += out.isEmpty() ? '[' : ',';
-            out += '[' + QByteArray::number(s.position) + ',' + QByteArray::number(s.line) + ','
-                + QByteArray::number(s.handle) + ',';
-            if (s.change == HostWriteLog::Change::Balance) {
-                const HostWriteLog::SlimBalance &b = log.slimBalances().at(size_t(s.balance));
-                appendJsonString(out, b.before.toPlainText());
-                out += ',';
-                appendJsonString(out, b.after.toPlainText());
-            } else {
-                out += "null,null";
-            }
-            out += ']';
+    for (const HostWriteLog::Slim &s : log.slimEntries()) {
+        sqlite3_stmt *row = statement(groupOf(s));
+        sqlite3_reset(row);
+        int rc = sqlite3_bind_int64(row, 2, s.position);
+        if (rc == SQLITE_OK)
+            rc = s.line ? sqlite3_bind_int64(row, 3, s.line) : sqlite3_bind_null(row, 3);
+        if (rc == SQLITE_OK)
+            rc = sqlite3_bind_int64(row, 4, s.handle);
+        if (s.change == HostWriteLog::Change::Balance) {
+            const HostWriteLog::SlimBalance &b = log.slimBalances().at(size_t(s.balance));
+            if (rc == SQLITE_OK)
+                rc = bindText(row, 5, b.before.toPlainText());
+            if (rc == SQLITE_OK)
+                rc = bindText(row, 6, b.after.toPlainText());
+        } else {
+            if (rc == SQLITE_OK)
+                rc = sqlite3_bind_null(row, 5);
+            if (rc == SQLITE_OK)
+                rc = sqlite3_bind_null(row, 6);
         }
-        for (auto it = rows.begin(); it != rows.end(); ++it) {
-            const int group = it.key();
-            const QString field = HostWriteLog::slimFields().at(group & 0xff);
-            QSqlQuery &q = statement(group);
-            q.bindValue(u":run"_qs, runId);
-            q.bindValue(u":tbl"_qs, HostWriteLog::slimTables().at(group >> 16));
-            q.bindValue(
-                u":change"_qs, HostWriteLog::changeName(HostWriteLog::Change((group >> 8) & 0xff)));
-            q.bindValue(u":field"_qs, field.isEmpty() ? QVariant() : QVariant(field));
-            q.bindValue(u":rows"_qs, QString::fromLatin1(it.value() + ']'));
-            HostDb::exec(q, "adding the posted rows to the journal");
-        }
+        if (rc == SQLITE_OK)
+            rc = sqlite3_step(row);
+        if (rc != SQLITE_DONE)
+            throw BatchRead::engineFailure(handle, rc, operation);
     }
     for (const int table : std::as_const(removedTables)) {
         QSqlQuery taken = m_store.prepare(u"DELETE FROM temp.remitra_removed WHERE tbl = :tbl"_qs);
         taken.bindValue(u":tbl"_qs, HostWriteLog::slimTables().at(table));
-        HostDb::exec(taken, "adding the posted rows to the journal");
+        HostDb::exec(taken, operation);
     }
 }
 
