@@ -102,6 +102,31 @@ void runOnEngine(sqlite3 *handle, const QString &sql, const QList<qint64> &keys,
 
 } // namespace
 
+void forEachRow(const HostDb &db, const QString &sql, const char *operation,
+    const std::function<void(const Row &)> &row)
+{
+    if (sqlite3 *handle = db.sqliteHandle()) {
+        sqlite3_stmt *raw = nullptr;
+        const int prepared = sqlite3_prepare16_v2(
+            handle, sql.utf16(), int(sql.size() * sizeof(char16_t)), &raw, nullptr);
+        std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(raw, sqlite3_finalize);
+        if (prepared != SQLITE_OK)
+            throw engineFailure(handle, prepared, operation);
+        const StatementRow current(raw);
+        int rc = SQLITE_OK;
+        while ((rc = sqlite3_step(raw)) == SQLITE_ROW)
+            row(current);
+        if (rc != SQLITE_DONE)
+            throw engineFailure(handle, rc, operation);
+        return;
+    }
+    QSqlQuery query = db.prepare(sql);
+    HostDb::exec(query, operation);
+    const QueryRow current(query);
+    while (query.next())
+        row(current);
+}
+
 RuntimeError engineFailure(sqlite3 *handle, int rc, const char *operation)
 {
     if (rc == SQLITE_BUSY || rc == SQLITE_LOCKED)

@@ -55,6 +55,12 @@ private:
 void run(const HostDb &db, const QString &sqlPrefix, QList<qint64> keys, const char *operation,
     const std::function<void(const Row &)> &row, const QVariantList &leading = {});
 
+// Calls row() for every row of one statement without keys: on the SQLite
+// host straight through the engine's own interface, elsewhere through the
+// driver.
+void forEachRow(const HostDb &db, const QString &sql, const char *operation,
+    const std::function<void(const Row &)> &row);
+
 // The error to raise when a call of the engine's own interface failed with
 // rc: the busy error for a lock, else the database error with the engine's
 // message.

@@ -40,15 +40,14 @@ QSqlQuery setupRows(HostDb &db)
     return run(db, HostFeature::SetupFile, sql, "reading the portfolio for the setup file");
 }
 
-QSqlQuery tenantUploadRows(HostDb &db)
+QString tenantUploadSql(HostDb &db)
 {
-    const QString sql
-        = u"SELECT Owners.OwnerID, Properties.PropID, Properties.PropCity, Properties.PropState,"
-          " Properties.PropZip, Units.UTenantID, Units.UAddress, Tenants.TenantID,"
-          " Tenants.TCurrBal, Tenants.TStartDate, Tenants.TFirstName1, Tenants.TLastName1,"
-          " Tenants.TACH"_qs
+    db.require(HostFeature::TenantUpload);
+    return u"SELECT Owners.OwnerID, Properties.PropID, Properties.PropCity, Properties.PropState,"
+           " Properties.PropZip, Units.UTenantID, Units.UAddress, Tenants.TenantID,"
+           " Tenants.TCurrBal, Tenants.TStartDate, Tenants.TFirstName1, Tenants.TLastName1,"
+           " Tenants.TACH"_qs
         + portfolioJoin(db) + tenantOrder(db);
-    return run(db, HostFeature::TenantUpload, sql, "reading the portfolio for the tenant upload");
 }
 
 QSqlQuery exportRows(HostDb &db)

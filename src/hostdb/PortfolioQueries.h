@@ -31,7 +31,7 @@ enum SetupColumn {
 };
 QSqlQuery setupRows(HostDb &db);
 
-// Columns of tenantUploadRows(), in the database's order of tenants.
+// Columns of tenantUploadSql(), in the database's order of tenants.
 enum TenantColumn {
     TenantOwnerID,
     TenantPropID,
@@ -47,7 +47,8 @@ enum TenantColumn {
     TenantTLastName1,
     TenantTACH,
 };
-QSqlQuery tenantUploadRows(HostDb &db);
+// The statement of the tenant upload's rows (the host must hold its fields).
+QString tenantUploadSql(HostDb &db);
 
 // Columns of exportRows(): the tenants whose trimmed flag reads "Y" without
 // regard to case, in the database's order.

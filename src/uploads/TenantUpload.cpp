@@ -4,6 +4,7 @@
 #include "core/Prompter.h"
 #include "core/TransferFile.h"
 #include "core/VbText.h"
+#include "hostdb/BatchRead.h"
 #include "hostdb/PortfolioQueries.h"
 #include "processor/ExchangeJournal.h"
 #include "processor/ProcessorCall.h"
@@ -60,47 +61,49 @@ void buildTenantUpload(ProgramState &state)
     const QString path = state.pathOf(state.files.tenantUpload);
     const QString site = VbText::trim(state.siteCode);
     StartDates startDates;
-    QSqlQuery rows = tenantUploadRows(state.db());
+    const QString sql = tenantUploadSql(state.db());
     TransferFile::LineWriter out(path);
     QString line;
     line.reserve(512);
     // Each field is appended to the line itself: a line of fields joined
     // through temporaries costs an allocation per field.
-    while (rows.next()) {
-        const QString tenantId = FieldRules::raw(rows.value(TenantTenantID));
-        line.truncate(0);
-        line += site;
-        line += u"|O"_qs;
-        line += FieldRules::raw(rows.value(TenantOwnerID));
-        line += u"|P"_qs;
-        line += FieldRules::raw(rows.value(TenantPropID));
-        line += u"|U"_qs;
-        line += FieldRules::raw(rows.value(TenantUTenantID));
-        line += u"|T"_qs;
-        line += tenantId;
-        line += u'|';
-        line += FieldRules::plainCurrency(rows.value(TenantTCurrBal));
-        line += u'|';
-        line += startDates.text(rows.value(TenantTStartDate));
-        line += u"|Rent|T"_qs;
-        line += tenantId;
-        line += u'|';
-        line += FieldRules::text(rows.value(TenantTFirstName1));
-        line += u'|';
-        line += FieldRules::text(rows.value(TenantTLastName1));
-        line += u'|';
-        line += FieldRules::text(rows.value(TenantUAddress));
-        line += u'|';
-        line += FieldRules::text(rows.value(TenantPropCity));
-        line += u'|';
-        line += FieldRules::text(rows.value(TenantPropState));
-        line += u'|';
-        line += FieldRules::text(rows.value(TenantPropZip));
-        line += u'|';
-        line += tenantAction(rows.value(TenantTFirstName1), rows.value(TenantTACH));
-        line += u'|';
-        out.writeLine(line);
-    }
+    BatchRead::forEachRow(state.db(), sql, "reading the portfolio for the tenant upload",
+        [&](const BatchRead::Row &row) {
+            const QString tenantId = FieldRules::raw(row.value(TenantTenantID));
+            const QVariant firstName = row.value(TenantTFirstName1);
+            line.truncate(0);
+            line += site;
+            line += u"|O"_qs;
+            line += FieldRules::raw(row.value(TenantOwnerID));
+            line += u"|P"_qs;
+            line += FieldRules::raw(row.value(TenantPropID));
+            line += u"|U"_qs;
+            line += FieldRules::raw(row.value(TenantUTenantID));
+            line += u"|T"_qs;
+            line += tenantId;
+            line += u'|';
+            line += FieldRules::plainCurrency(row.value(TenantTCurrBal));
+            line += u'|';
+            line += startDates.text(row.value(TenantTStartDate));
+            line += u"|Rent|T"_qs;
+            line += tenantId;
+            line += u'|';
+            line += FieldRules::text(firstName);
+            line += u'|';
+            line += FieldRules::text(row.value(TenantTLastName1));
+            line += u'|';
+            line += FieldRules::text(row.value(TenantUAddress));
+            line += u'|';
+            line += FieldRules::text(row.value(TenantPropCity));
+            line += u'|';
+            line += FieldRules::text(row.value(TenantPropState));
+            line += u'|';
+            line += FieldRules::text(row.value(TenantPropZip));
+            line += u'|';
+            line += tenantAction(firstName, row.value(TenantTACH));
+            line += u'|';
+            out.writeLine(line);
+        });
     if (out.lineCount() > 0) {
         out.commit();
     } else {

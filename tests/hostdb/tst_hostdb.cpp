@@ -105,8 +105,7 @@ private slots:
         QCOMPARE(raisedError([&] { site.db().require(HostFeature::TenantUpload); }, &text), 3265);
         QVERIFY(text.contains(u"Tenants.TACH"_qs));
         QVERIFY(TopLevel::run(*site.state, [&] { PortfolioQueries::ownerRows(site.db()); }));
-        QVERIFY(
-            !TopLevel::run(*site.state, [&] { PortfolioQueries::tenantUploadRows(site.db()); }));
+        QVERIFY(!TopLevel::run(*site.state, [&] { PortfolioQueries::tenantUploadSql(site.db()); }));
         QCOMPARE(site.prompter.texts(), QStringList { Startup::fieldNotFoundText() });
         QCOMPARE(site.prompter.titles(), QStringList { u"Remitra"_qs });
         QVERIFY(!site.state->endRequested);
