@@ -117,6 +117,16 @@ QStringList hostRows(TestSite &site)
     return rows;
 }
 
+PostingChoices everything()
+{
+    PostingChoices c;
+    c.postMgmtFees = true;
+    c.createDeposit = true;
+    c.depositNumber = u"77"_qs;
+    c.remark = PostingChoices::MethodRemark;
+    return c;
+}
+
 bool post(TestSite &site, const RentPayments &rows, const PostingChoices &choices)
 {
     site.prompter.clear();

@@ -34,6 +34,9 @@ void writeLargePaymentFile(TestSite &site, int tenants, int count);
 // Every row of the host tables a rent posting writes or changes, with its
 // rowid, one text per row: to compare a host database row for row.
 QStringList hostRows(TestSite &site);
+// Every choice of the review screen on: fees, a deposit numbered 77, the
+// payment method as the remark.
+PostingChoices everything();
 // Posts the rows with the choices; the prompter is cleared first.
 bool post(TestSite &site, const RentPayments &rows, const PostingChoices &choices);
 // The payment file's rows as the review screen loads them.

@@ -25,16 +25,6 @@ const QStringList kPayments = {
     line(20, 200, u"400"_qs, u"11/04/2026"_qs, u"5"_qs), // fee 25
 };
 
-PostingChoices everything()
-{
-    PostingChoices c;
-    c.postMgmtFees = true;
-    c.createDeposit = true;
-    c.depositNumber = u"77"_qs;
-    c.remark = PostingChoices::MethodRemark;
-    return c;
-}
-
 // A site with balances that are not all zero, owned by the store mode given.
 struct Site
 {
@@ -82,7 +72,7 @@ private slots:
         QFETCH(bool, ownConnection);
         Site s(ownConnection);
         const QStringList before = RentSupport::hostRows(s.site);
-        QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), everything()));
+        QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), RentSupport::everything()));
         const QStringList posted = RentSupport::hostRows(s.site);
         QVERIFY(posted != before);
         // No earlier posting of these payments: the product's one message.
@@ -113,7 +103,7 @@ private slots:
         const RentPayments again = RentSupport::load(s.site);
         QVERIFY(std::all_of(again.cbegin(), again.cend(),
             [](const RentPayment &r) { return r.postedNote.isEmpty(); }));
-        QVERIFY(RentSupport::post(s.site, again, everything()));
+        QVERIFY(RentSupport::post(s.site, again, RentSupport::everything()));
         QCOMPARE(s.site.prompter.texts(), { ProductTexts::ledgersUpdated });
         const QStringList reposted = RentSupport::hostRows(s.site);
         for (const QString &table : { u"Tenants|"_qs, u"Units|"_qs, u"Owners|"_qs })
@@ -158,7 +148,7 @@ private slots:
         QFETCH(QString, edit);
         QFETCH(QString, reason);
         Site s(false);
-        QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), everything()));
+        QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), RentSupport::everything()));
         const qint64 run = s.lastRun();
         s.site.db().execText(edit, "test");
         const QStringList edited = RentSupport::hostRows(s.site);
@@ -185,7 +175,7 @@ private slots:
     void laterBalanceChangesStay()
     {
         Site s(false);
-        QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), everything()));
+        QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), RentSupport::everything()));
         s.site.db().execText(
             u"UPDATE Tenants SET TCurrBal = TCurrBal + 50 WHERE TenantID = 100"_qs, "test");
         QVERIFY(s.reverse(s.lastRun()));
@@ -203,13 +193,13 @@ private slots:
         s.site.db().execText(u"DELETE FROM Tenants WHERE TenantID = 200"_qs, "test");
         const QStringList before = RentSupport::hostRows(s.site);
         const RentPayments rows = RentSupport::load(s.site);
-        QVERIFY(!RentSupport::post(s.site, rows, everything()));
+        QVERIFY(!RentSupport::post(s.site, rows, RentSupport::everything()));
         const qint64 first = s.lastRun();
         QCOMPARE(s.journal().run(first)->result.state, Journal::Stopped);
         s.site.insert(u"Tenants"_qs,
             { { u"TenantID"_qs, 200 }, { u"TPropID"_qs, 20 }, { u"TCurrBal"_qs, 0 } });
         const QStringList repaired = RentSupport::hostRows(s.site);
-        QVERIFY(RentSupport::post(s.site, rows, everything()));
+        QVERIFY(RentSupport::post(s.site, rows, RentSupport::everything()));
         const qint64 second = s.lastRun();
 
         QVERIFY(!s.reverse(first));
@@ -241,7 +231,7 @@ private slots:
     void rowsFoundByTheirValues()
     {
         Site s(false);
-        QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), everything()));
+        QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), RentSupport::everything()));
         QList<Journal::Row> rows = s.journal().rows(s.lastRun());
         Journal::Row line = rows.first();
         Journal::Row unit = rows.at(1);
@@ -274,7 +264,7 @@ private slots:
     {
         QFETCH(bool, leaveOut);
         Site s(false);
-        QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), everything()));
+        QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), RentSupport::everything()));
         const qint64 run = s.lastRun();
         // The processor hands two of them over again, with a new one.
         RentSupport::writePaymentFile(
@@ -286,7 +276,7 @@ private slots:
 
         s.site.prompter.clear();
         s.site.prompter.queueAnswer(leaveOut ? Prompter::Answer::Yes : Prompter::Answer::No);
-        QVERIFY(UpdateLedgers::run(*s.site.state, rows, everything()));
+        QVERIFY(UpdateLedgers::run(*s.site.state, rows, RentSupport::everything()));
         QCOMPARE(s.site.prompter.texts(),
             QStringList({ DuplicateGuard::questionText(2, Currency::fromWhole(1400)),
                 ProductTexts::ledgersUpdated }));

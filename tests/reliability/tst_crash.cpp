@@ -140,16 +140,6 @@ struct FolderState
     }
 };
 
-PostingChoices rentChoices()
-{
-    PostingChoices choices;
-    choices.postMgmtFees = true;
-    choices.createDeposit = true;
-    choices.depositNumber = u"77"_qs;
-    choices.remark = PostingChoices::MethodRemark;
-    return choices;
-}
-
 // The helper's side: runs one job over the folder, saying "ready" just
 // before it starts.
 int runHelper(const QString &job, const QString &folder)
@@ -168,8 +158,10 @@ int runHelper(const QString &job, const QString &folder)
         if (loaded.status != PaymentFile::LoadStatus::Loaded)
             return 3;
         out << "ready" << Qt::endl;
-        return UpdateLedgers::run(*site.state, loaded.rows, rentChoices(), loaded.fileSha256) ? 0
-                                                                                              : 4;
+        return UpdateLedgers::run(
+                   *site.state, loaded.rows, RentSupport::everything(), loaded.fileSha256)
+            ? 0
+            : 4;
     }
     const QList<PaymentRow> rows = DisburseList::load(site.state->db(), u"Payee"_qs);
     bool stop = false; // every rejection is asked about
@@ -432,8 +424,8 @@ private slots:
             if (now == before) {
                 ++atBefore;
                 QCOMPARE(loaded.rows.size(), std::size_t(kPayments));
-                QVERIFY(
-                    UpdateLedgers::run(*site.state, loaded.rows, rentChoices(), loaded.fileSha256));
+                QVERIFY(UpdateLedgers::run(
+                    *site.state, loaded.rows, RentSupport::everything(), loaded.fileSha256));
             } else {
                 ++atAfter;
                 // Posted: nothing is offered again, whenever the kill came.
