@@ -16,7 +16,7 @@ Deposit::Deposit(ProgramState &state, RentLedger &ledger, const RentPayments &ro
 {
 }
 
-void Deposit::createDeposit()
+bool Deposit::createDeposit()
 {
     m_total = Currency();
     RentLedger::Deposit deposit;
@@ -27,8 +27,12 @@ void Deposit::createDeposit()
 
     createSplits();
 
-    if (!m_ledger.setDepositAmount(m_depositId, m_total))
-        m_state.prompter().notice(u"Deposit Not found"_qs, u"Remitra"_qs, Prompter::Icon::None);
+    return m_ledger.setDepositAmount(m_depositId, m_total);
+}
+
+void Deposit::showNotFound(ProgramState &state)
+{
+    state.prompter().notice(u"Deposit Not found"_qs, u"Remitra"_qs, Prompter::Icon::None);
 }
 
 void Deposit::createSplits()

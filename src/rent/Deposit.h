@@ -15,9 +15,12 @@ public:
     Deposit(ProgramState &state, RentLedger &ledger, const RentPayments &rows,
         const PostingChoices &choices);
 
-    // Writes the deposit, its splits, then stores the total on it ("Deposit
-    // Not found" when it cannot be found again; the amount then stays 0).
-    void createDeposit();
+    // Writes the deposit, its splits, then stores the total on it. False
+    // when the deposit could not be found again (its amount then stays 0):
+    // the caller tells the user once the database is free again
+    // (showNotFound()).
+    bool createDeposit();
+    static void showNotFound(ProgramState &state);
     // Writes the split lines and adds each absolute amount to the running total.
     void createSplits();
 

@@ -206,6 +206,7 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
             posting.resumeAt(row.line, previous.missing);
     }
     qint64 runId = 0;
+    bool depositNotFound = false;
     {
         HostDb::Transaction transaction(db);
         posting.run();
@@ -214,7 +215,7 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
         const bool deposit = choices.createDeposit && !toDeposit.empty();
         if (deposit) {
             Deposit bankDeposit(state, ledger, toDeposit, choices);
-            bankDeposit.createDeposit();
+            depositNotFound = !bankDeposit.createDeposit();
         }
 
         // The journal entry: each payment this run touched, what it wrote
@@ -284,14 +285,18 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
 
     busy.release();
     if (posting.failed()) {
-        // The lines written before the stop are safe now; the message comes
+        // The lines written before the stop are safe now; the messages come
         // once the database is free again.
+        if (depositNotFound)
+            Deposit::showNotFound(state);
         posting.reportStop();
         return false;
     }
     // The file is out of the way before anything waits on the user.
     if (TransferFile::exists(state.pathOf(state.files.paymentDownload)))
         PaymentFile::moveAside(state);
+    if (depositNotFound)
+        Deposit::showNotFound(state);
     state.prompter().notice(u"Your Dwellix Ledgers are now updated."_qs, u"Dwellix Remitra"_qs);
     return true;
 }

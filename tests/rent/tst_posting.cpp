@@ -1,11 +1,14 @@
 #include "RentSupport.h"
 
 #include "core/RuntimeError.h"
+#include "core/ScriptedPrompter.h"
 #include "hostdb/RentBackup.h"
 #include "rent/PaymentFile.h"
 #include "rent/UpdateLedgers.h"
 
 #include <QDir>
+#include <QScopeGuard>
+#include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QTest>
@@ -55,6 +58,43 @@ PostingChoices choices(int remark, bool fees, bool deposit)
     c.createDeposit = deposit;
     return c;
 }
+
+// A prompter that, each time it shows a message, tries to take the host
+// database's write lock from a connection of its own.
+class LockProbe : public ScriptedPrompter
+{
+public:
+    explicit LockProbe(QString path)
+        : m_path(std::move(path))
+    {
+    }
+    void notice(const QString &text, const QString &title, Icon icon) override
+    {
+        databaseFree << canWrite();
+        ScriptedPrompter::notice(text, title, icon);
+    }
+    QList<bool> databaseFree;
+
+private:
+    bool canWrite() const
+    {
+        bool free = false;
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_qs, u"probe"_qs);
+            db.setDatabaseName(m_path);
+            db.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=0"_qs);
+            if (db.open()) {
+                QSqlQuery q(db);
+                free = q.exec(u"BEGIN IMMEDIATE"_qs);
+                if (free)
+                    q.exec(u"ROLLBACK"_qs);
+            }
+        }
+        QSqlDatabase::removeDatabase(u"probe"_qs);
+        return free;
+    }
+    QString m_path;
+};
 
 } // namespace
 
@@ -285,6 +325,26 @@ private slots:
                      u"SELECT count(*) FROM Transactions UNION ALL "
                      "SELECT count(*) FROM CheckDepPrinted"_qs),
             before);
+    }
+
+    void depositLostBehindThePostingIsToldOnceTheDatabaseIsFree()
+    {
+        TestSite site;
+        RentSupport::seedPortfolio(site);
+        const RentPayments rows = loadRows(site, { line(10, 100, u"500"_qs) });
+        site.db().execText(u"CREATE TRIGGER lost AFTER INSERT ON CheckDepPrinted "
+                           "WHEN NEW.CkPayee = 'DEPOSIT' BEGIN "
+                           "DELETE FROM CheckDepPrinted WHERE rowid = NEW.rowid; END"_qs,
+            "test");
+        LockProbe probe(site.state->pathOf(QString::fromLatin1(HostDb::SqliteFileName)));
+        site.state->setPrompter(probe);
+        const auto restore = qScopeGuard([&] { site.state->setPrompter(site.prompter); });
+        QVERIFY(UpdateLedgers::run(
+            *site.state, rows, choices(PostingChoices::DefaultRemark, false, true)));
+        QCOMPARE(
+            probe.texts(), (QStringList { u"Deposit Not found"_qs, ProductTexts::ledgersUpdated }));
+        QCOMPARE(probe.databaseFree, (QList<bool> { true, true }));
+        QVERIFY(!QFile::exists(site.state->pathOf(site.state->files.paymentDownload)));
     }
 
     void successMovesTheFileAsideAndKeepsTenBackups()
