@@ -51,41 +51,17 @@ private:
     sqlite3_stmt *m_statement;
 };
 
-int bind(sqlite3_stmt *statement, int position, const QVariant &value)
-{
-    if (value.isNull())
-        return sqlite3_bind_null(statement, position);
-    switch (value.typeId()) {
-    case QMetaType::Int:
-    case QMetaType::LongLong:
-    case QMetaType::UInt:
-    case QMetaType::Bool:
-        return sqlite3_bind_int64(statement, position, value.toLongLong());
-    case QMetaType::Double:
-        return sqlite3_bind_double(statement, position, value.toDouble());
-    default: {
-        const QString text = value.toString();
-        return sqlite3_bind_text16(statement, position, text.utf16(),
-            int(text.size() * sizeof(char16_t)), SQLITE_TRANSIENT);
-    }
-    }
-}
-
 void runOnEngine(sqlite3 *handle, const QString &sql, const QList<qint64> &keys,
     const char *operation, const std::function<void(const Row &)> &row, const QVariantList &leading)
 {
-    sqlite3_stmt *raw = nullptr;
-    const int prepared = sqlite3_prepare16_v2(
-        handle, sql.utf16(), int(sql.size() * sizeof(char16_t)), &raw, nullptr);
-    std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(raw, sqlite3_finalize);
-    if (prepared != SQLITE_OK)
-        throw engineFailure(handle, prepared, operation);
+    const EngineStatement statement = prepareOnEngine(handle, sql, operation);
+    sqlite3_stmt *raw = statement.get();
     const int lead = int(leading.size());
     for (qsizetype first = 0; first < keys.size(); first += BatchKeys) {
         sqlite3_reset(raw);
         int rc = SQLITE_OK;
         for (int i = 0; i < lead && rc == SQLITE_OK; ++i)
-            rc = bind(raw, i + 1, leading.at(i));
+            rc = bindOnEngine(raw, i + 1, leading.at(i));
         // The last batch repeats its last key to fill the statement.
         for (int i = 0; i < BatchKeys && rc == SQLITE_OK; ++i)
             rc = sqlite3_bind_int64(
@@ -106,12 +82,8 @@ void forEachRow(const HostDb &db, const QString &sql, const char *operation,
     const std::function<void(const Row &)> &row)
 {
     if (sqlite3 *handle = db.sqliteHandle()) {
-        sqlite3_stmt *raw = nullptr;
-        const int prepared = sqlite3_prepare16_v2(
-            handle, sql.utf16(), int(sql.size() * sizeof(char16_t)), &raw, nullptr);
-        std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(raw, sqlite3_finalize);
-        if (prepared != SQLITE_OK)
-            throw engineFailure(handle, prepared, operation);
+        const EngineStatement statement = prepareOnEngine(handle, sql, operation);
+        sqlite3_stmt *raw = statement.get();
         const StatementRow current(raw);
         int rc = SQLITE_OK;
         while ((rc = sqlite3_step(raw)) == SQLITE_ROW)
@@ -125,6 +97,39 @@ void forEachRow(const HostDb &db, const QString &sql, const char *operation,
     const QueryRow current(query);
     while (query.next())
         row(current);
+}
+
+EngineStatement prepareOnEngine(
+    sqlite3 *handle, const QString &sql, const char *operation, bool persistent)
+{
+    sqlite3_stmt *raw = nullptr;
+    const int prepared
+        = sqlite3_prepare16_v3(handle, sql.utf16(), int(sql.size() * sizeof(char16_t)),
+            persistent ? SQLITE_PREPARE_PERSISTENT : 0, &raw, nullptr);
+    EngineStatement statement(raw, sqlite3_finalize);
+    if (prepared != SQLITE_OK)
+        throw engineFailure(handle, prepared, operation);
+    return statement;
+}
+
+int bindOnEngine(sqlite3_stmt *statement, int position, const QVariant &value)
+{
+    if (value.isNull())
+        return sqlite3_bind_null(statement, position);
+    switch (value.typeId()) {
+    case QMetaType::Int:
+    case QMetaType::LongLong:
+    case QMetaType::UInt:
+    case QMetaType::Bool:
+        return sqlite3_bind_int64(statement, position, value.toLongLong());
+    case QMetaType::Double:
+        return sqlite3_bind_double(statement, position, value.toDouble());
+    default: {
+        const QString text = value.toString();
+        return sqlite3_bind_text16(statement, position, text.utf16(),
+            int(text.size() * sizeof(char16_t)), SQLITE_TRANSIENT);
+    }
+    }
 }
 
 RuntimeError engineFailure(sqlite3 *handle, int rc, const char *operation)

@@ -6,11 +6,13 @@
 #include <QVariantList>
 
 #include <functional>
+#include <memory>
 
 class HostDb;
 class QSqlQuery;
 class RuntimeError;
 struct sqlite3;
+struct sqlite3_stmt;
 
 // Reads (or deletes) the rows of many keys with a few statements:
 // `sqlPrefix` ends in "IN (" and the marks of a batch of keys follow it. The
@@ -60,6 +62,16 @@ void run(const HostDb &db, const QString &sqlPrefix, QList<qint64> keys, const c
 // driver.
 void forEachRow(const HostDb &db, const QString &sql, const char *operation,
     const std::function<void(const Row &)> &row);
+
+// A statement of the engine's own interface, finalized when it goes.
+using EngineStatement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt *)>;
+// Prepares sql on the connection; raises engineFailure() when it cannot.
+// A statement kept for many steps is prepared as such (`persistent`).
+EngineStatement prepareOnEngine(
+    sqlite3 *handle, const QString &sql, const char *operation, bool persistent = false);
+// Binds a value as the Qt driver would: Null, a whole number, a double, or
+// text.
+int bindOnEngine(sqlite3_stmt *statement, int position, const QVariant &value);
 
 // The error to raise when a call of the engine's own interface failed with
 // rc: the busy error for a lock, else the database error with the engine's

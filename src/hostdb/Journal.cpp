@@ -184,17 +184,11 @@ void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
     if (!handle)
         throw RuntimeError::database(QString::fromLatin1(operation),
             u"the journal's rows need the SQLite host's own connection"_qs);
-    using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
     const auto groupOf
         = [](const HostWriteLog::Slim &s) { return s.table << 16 | int(s.change) << 8 | s.field; };
     QHash<int, sqlite3_stmt *> statements;
-    std::vector<Statement> owned;
+    std::vector<BatchRead::EngineStatement> owned;
     QSet<int> removedTables;
-    const auto bindText = [](sqlite3_stmt *statement, int position, const QString &text) {
-        return text.isNull() ? sqlite3_bind_null(statement, position)
-                             : sqlite3_bind_text16(statement, position, text.utf16(),
-                                 int(text.size() * sizeof(char16_t)), SQLITE_TRANSIENT);
-    };
     // ?1 run, ?2 position, ?3 line, ?4 handle, ?5 before, ?6 after; the
     // table, kind and field of the group are bound once.
     const auto statement = [&](int group) -> sqlite3_stmt * {
@@ -218,19 +212,15 @@ void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
             + u" (run_id, position, line, tbl, handle, change, fields, field, before, after) "
               "VALUES (?1, ?2, ?3, ?7, ?4, ?8, "_qs
             + fields + u", ?9, ?5, ?6)"_qs;
-        sqlite3_stmt *raw = nullptr;
-        const int prepared = sqlite3_prepare16_v3(handle, sql.utf16(),
-            int(sql.size() * sizeof(char16_t)), SQLITE_PREPARE_PERSISTENT, &raw, nullptr);
-        owned.emplace_back(raw, sqlite3_finalize);
-        if (prepared != SQLITE_OK)
-            throw BatchRead::engineFailure(handle, prepared, operation);
+        owned.push_back(BatchRead::prepareOnEngine(handle, sql, operation, true));
+        sqlite3_stmt *raw = owned.back().get();
         int rc = sqlite3_bind_int64(raw, 1, runId);
         if (rc == SQLITE_OK)
-            rc = bindText(raw, 7, table);
+            rc = BatchRead::bindOnEngine(raw, 7, table);
         if (rc == SQLITE_OK)
-            rc = bindText(raw, 8, HostWriteLog::changeName(change));
+            rc = BatchRead::bindOnEngine(raw, 8, HostWriteLog::changeName(change));
         if (rc == SQLITE_OK)
-            rc = field.isEmpty() ? sqlite3_bind_null(raw, 9) : bindText(raw, 9, field);
+            rc = BatchRead::bindOnEngine(raw, 9, field.isEmpty() ? QVariant() : QVariant(field));
         if (rc != SQLITE_OK)
             throw BatchRead::engineFailure(handle, rc, operation);
         statements.insert(group, raw);
@@ -247,9 +237,9 @@ void Journal::addSlimRows(qint64 runId, const HostWriteLog &log)
         if (s.change == HostWriteLog::Change::Balance) {
             const HostWriteLog::SlimBalance &b = log.slimBalances().at(size_t(s.balance));
             if (rc == SQLITE_OK)
-                rc = bindText(row, 5, b.before.toPlainText());
+                rc = BatchRead::bindOnEngine(row, 5, b.before.toPlainText());
             if (rc == SQLITE_OK)
-                rc = bindText(row, 6, b.after.toPlainText());
+                rc = BatchRead::bindOnEngine(row, 6, b.after.toPlainText());
         } else {
             if (rc == SQLITE_OK)
                 rc = sqlite3_bind_null(row, 5);
