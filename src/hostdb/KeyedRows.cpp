@@ -52,6 +52,17 @@ void KeyedRows::readKeys(const QList<qint64> &keys)
             const QVariant key = q.value(handles);
             m_all[key.toLongLong()].append(rowAt(q, key, handles + 1));
         });
+    if (handles == 0)
+        return;
+    // A key's rows in the order a seek on the key meets them (see rowsSql).
+    for (const qint64 key : std::as_const(wanted)) {
+        const auto it = m_all.find(key);
+        if (it != m_all.end() && it->size() > 1) {
+            std::sort(it->begin(), it->end(), [](const Row &a, const Row &b) {
+                return a.handle.toLongLong() < b.handle.toLongLong();
+            });
+        }
+    }
 }
 
 bool KeyedRows::isRead(const QVariant &key) const

@@ -1,6 +1,7 @@
 #include "hostdb/RentLedger.h"
 
 #include "core/VbText.h"
+#include "hostdb/BatchRead.h"
 #include "hostdb/EngineSql.h"
 
 #include <QDate>
@@ -77,8 +78,36 @@ bool RentLedger::addToTenantBalance(const QVariant &tenantId, Currency delta)
     return m_ledger.addToBalance(LedgerWriter::Balance::Tenant, tenantId, delta);
 }
 
+void RentLedger::readAhead(const QList<qint64> &tenantIds, const QList<qint64> &ownerIds)
+{
+    if (m_db.sql().handleColumns() > 0) {
+        m_ledger.readBalances(LedgerWriter::Balance::Unit, tenantIds);
+        m_ledger.readBalances(LedgerWriter::Balance::Tenant, tenantIds);
+    }
+    QList<qint64> owners;
+    for (const qint64 id : ownerIds) {
+        if (!m_feesRead.contains(id)) {
+            m_feesRead.insert(id);
+            owners.append(id);
+        }
+    }
+    // OwnerID is unique, so an owner has one fee setting at most.
+    BatchRead::run(m_db, u"SELECT OwnerID, OMgmtFee FROM Owners WHERE OwnerID IN ("_qs, owners,
+        "finding an owner", [&](const BatchRead::Row &row) {
+            const qint64 id = row.value(0).toLongLong();
+            if (!m_fees.contains(id))
+                m_fees.insert(id, VbText::text(row.value(1)));
+        });
+}
+
 std::optional<QString> RentLedger::ownerMgmtFee(const QVariant &ownerId)
 {
+    if (ownerId.typeId() == QMetaType::LongLong && m_feesRead.contains(ownerId.toLongLong())) {
+        const auto it = m_fees.constFind(ownerId.toLongLong());
+        if (it == m_fees.cend())
+            return std::nullopt;
+        return *it;
+    }
     m_ownerFee.bindValue(u":id"_qs, ownerId);
     HostDb::exec(m_ownerFee, "finding an owner");
     std::optional<QString> fee;

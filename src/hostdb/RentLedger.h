@@ -5,6 +5,8 @@
 #include "hostdb/HostWriteLog.h"
 #include "hostdb/LedgerWriter.h"
 
+#include <QHash>
+#include <QSet>
 #include <QString>
 #include <QVariant>
 
@@ -42,6 +44,15 @@ public:
     // text when the field is Null.
     std::optional<QString> ownerMgmtFee(const QVariant &ownerId);
 
+    // Reads at once what posting these tenants' payments will look up: the
+    // tenants' and their units' balances and the owners' fee settings, a
+    // batch of keys per statement instead of a seek per payment. Balances
+    // only where the engine has row handles, so that a tenant's units keep
+    // the order a seek meets them in. The caller's transaction must already
+    // hold the database, so that what is read cannot change before it is
+    // used.
+    void readAhead(const QList<qint64> &tenantIds, const QList<qint64> &ownerIds);
+
     struct Deposit
     {
         QString date; // ISO
@@ -73,6 +84,10 @@ private:
     const HostDb &m_db;
     LedgerWriter m_ledger;
     QSqlQuery m_ownerFee;
+    // Owners' fee settings read by readAhead(); an owner read and not found
+    // is in m_feesRead only.
+    QHash<qint64, QString> m_fees;
+    QSet<qint64> m_feesRead;
     HostWriteLog *m_log = nullptr;
     bool m_depositReady = false;
     QSqlQuery m_insertDeposit;

@@ -78,6 +78,17 @@ std::optional<Currency> PostPayments::managementFeeFor(
     return -fee->abs();
 }
 
+QList<qint64> PostPayments::feeOwnerIds(const RentPayments &rows)
+{
+    QList<qint64> owners;
+    for (const RentPayment &row : rows) {
+        const QVariant owner = RentPayment::key(row.ownerId());
+        if (row.isRent() && owner.typeId() == QMetaType::LongLong)
+            owners.append(owner.toLongLong());
+    }
+    return owners;
+}
+
 bool PostPayments::stop(const QString &message)
 {
     m_stopMessage = message;
@@ -100,6 +111,13 @@ bool PostPayments::run()
     m_late = lateFee(m_state.account);
     if (!m_late.valid)
         return stop(kNoLateCategory);
+    QList<qint64> tenants;
+    for (const RentPayment &row : m_rows) {
+        const QVariant tenant = RentPayment::key(row.tenantId());
+        if (tenant.typeId() == QMetaType::LongLong)
+            tenants.append(tenant.toLongLong());
+    }
+    m_ledger.readAhead(tenants, m_choices.postMgmtFees ? feeOwnerIds(m_rows) : QList<qint64>());
     for (const RentPayment &row : m_rows) {
         if (!postRow(row))
             return false;

@@ -51,6 +51,9 @@ public:
     // a flat amount, or "n%" of the payment (4 decimal places, not rounded to
     // cents); always negative or zero. nullopt when the setting cannot be read.
     static std::optional<Currency> managementFeeFor(const QString &ownerSetting, Currency payment);
+    // The owners whose fee settings a posting of these rows looks up: those
+    // of the rent payments, where the id is a whole number.
+    static QList<qint64> feeOwnerIds(const RentPayments &rows);
 
 private:
     bool stop(const QString &message);

@@ -60,6 +60,7 @@ QString firstUnreadable(
     if (fees) {
         snapshot.emplace(state.db());
         ledger.emplace(state.db());
+        ledger->readAhead({}, PostPayments::feeOwnerIds(rows));
     }
     for (const RentPayment &row : rows) {
         if (!row.amount)
