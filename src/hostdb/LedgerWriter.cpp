@@ -110,3 +110,9 @@ void LedgerWriter::readBalances(Balance which, const QList<qint64> &ids)
     if (!ids.isEmpty())
         rows(which).readKeys(ids);
 }
+
+void LedgerWriter::dropBalances()
+{
+    for (std::unique_ptr<KeyedRows> &rows : m_balances)
+        rows.reset();
+}

@@ -47,6 +47,9 @@ public:
     bool addToBalance(Balance which, const QVariant &id, Currency delta);
     // Reads at once the records that addToBalance() will change.
     void readBalances(Balance which, const QList<qint64> &ids);
+    // Lets go of every balance record read so far (they are read again when
+    // next needed).
+    void dropBalances();
 
 private:
     KeyedRows &rows(Balance which);

@@ -100,6 +100,13 @@ void RentLedger::readAhead(const QList<qint64> &tenantIds, const QList<qint64> &
         });
 }
 
+void RentLedger::dropReadAhead()
+{
+    m_ledger.dropBalances();
+    m_fees = {};
+    m_feesRead = {};
+}
+
 std::optional<QString> RentLedger::ownerMgmtFee(const QVariant &ownerId)
 {
     if (ownerId.typeId() == QMetaType::LongLong && m_feesRead.contains(ownerId.toLongLong())) {

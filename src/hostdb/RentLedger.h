@@ -52,6 +52,9 @@ public:
     // hold the database, so that what is read cannot change before it is
     // used.
     void readAhead(const QList<qint64> &tenantIds, const QList<qint64> &ownerIds);
+    // Lets go of what readAhead() and the posting read (a large posting
+    // frees it before its journal entry is written).
+    void dropReadAhead();
 
     struct Deposit
     {

@@ -4,6 +4,8 @@
 #include "core/Prompter.h"
 #include "hostdb/RentLedger.h"
 
+#include <algorithm>
+
 namespace {
 
 const QString kTitle = u"Remitra"_qs;
@@ -78,7 +80,7 @@ std::optional<Currency> PostPayments::managementFeeFor(
     return -fee->abs();
 }
 
-QList<qint64> PostPayments::feeOwnerIds(const RentPayments &rows)
+QList<qint64> PostPayments::feeOwnerIds(std::span<const RentPayment> rows)
 {
     QList<qint64> owners;
     for (const RentPayment &row : rows) {
@@ -111,16 +113,26 @@ bool PostPayments::run()
     m_late = lateFee(m_state.account);
     if (!m_late.valid)
         return stop(kNoLateCategory);
-    QList<qint64> tenants;
-    for (const RentPayment &row : m_rows) {
-        const QVariant tenant = RentPayment::key(row.tenantId());
-        if (tenant.typeId() == QMetaType::LongLong)
-            tenants.append(tenant.toLongLong());
-    }
-    m_ledger.readAhead(tenants, m_choices.postMgmtFees ? feeOwnerIds(m_rows) : QList<qint64>());
-    for (const RentPayment &row : m_rows) {
-        if (!postRow(row))
-            return false;
+    // The records the payments look up are read a chunk of payments at a
+    // time and let go before the next chunk, so memory stays flat however
+    // long the file. A record needed again is read again, with what this
+    // transaction wrote to it.
+    const std::size_t chunk = std::max<std::size_t>(readAheadChunk, 1);
+    for (std::size_t first = 0; first < m_rows.size(); first += chunk) {
+        const std::span<const RentPayment> part(
+            m_rows.data() + first, std::min(chunk, m_rows.size() - first));
+        QList<qint64> tenants;
+        for (const RentPayment &row : part) {
+            const QVariant tenant = RentPayment::key(row.tenantId());
+            if (tenant.typeId() == QMetaType::LongLong)
+                tenants.append(tenant.toLongLong());
+        }
+        m_ledger.dropReadAhead();
+        m_ledger.readAhead(tenants, m_choices.postMgmtFees ? feeOwnerIds(part) : QList<qint64>());
+        for (const RentPayment &row : part) {
+            if (!postRow(row))
+                return false;
+        }
     }
     return true;
 }

@@ -7,6 +7,8 @@
 #include "rent/PostingChoices.h"
 #include "rent/RentPayment.h"
 
+#include <span>
+
 class ProgramState;
 
 // Writes every payment row as an income line on the tenant's ledger, raises
@@ -53,7 +55,9 @@ public:
     static std::optional<Currency> managementFeeFor(const QString &ownerSetting, Currency payment);
     // The owners whose fee settings a posting of these rows looks up: those
     // of the rent payments, where the id is a whole number.
-    static QList<qint64> feeOwnerIds(const RentPayments &rows);
+    static QList<qint64> feeOwnerIds(std::span<const RentPayment> rows);
+    // Payments whose look-ups are read at once, a chunk at a time (run()).
+    static inline std::size_t readAheadChunk = 8192;
 
 private:
     bool stop(const QString &message);

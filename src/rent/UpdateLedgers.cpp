@@ -218,6 +218,9 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
             Deposit bankDeposit(state, ledger, toDeposit, choices);
             depositNotFound = !bankDeposit.createDeposit();
         }
+        // What the posting read of the ledgers is freed before the journal
+        // entry is written: a large posting's peak memory.
+        ledger.dropReadAhead();
 
         // The journal entry: each payment this run touched, what it wrote
         // and the file it came from.

@@ -4,6 +4,7 @@
 #include "core/ScriptedPrompter.h"
 #include "hostdb/RentBackup.h"
 #include "rent/PaymentFile.h"
+#include "rent/PostPayments.h"
 #include "rent/UpdateLedgers.h"
 
 #include <QDir>
@@ -120,8 +121,21 @@ class TestPosting : public QObject
     }
 
 private slots:
+    void paymentsAndFees_data()
+    {
+        QTest::addColumn<int>("chunk");
+        QTest::newRow("read at once") << 8192;
+        // Tenants 100 and 200 and owner 1 are read again in the second
+        // chunk, with what the first one wrote.
+        QTest::newRow("in chunks of 3") << 3;
+    }
+
     void paymentsAndFees()
     {
+        QFETCH(int, chunk);
+        const auto restore
+            = qScopeGuard([was = PostPayments::readAheadChunk] { PostPayments::readAheadChunk = was; });
+        PostPayments::readAheadChunk = std::size_t(chunk);
         TestSite site;
         RentSupport::seedPortfolio(site);
         site.db().execText(u"UPDATE Owners SET OMgmtFee = '7.125 %' WHERE OwnerID = 3"_qs, "test");
@@ -130,7 +144,8 @@ private slots:
                 line(10, 101, u"30"_qs, u"11/03/2026"_qs, u""_qs, u"Card"_qs, u"Late Fee"_qs),
                 line(20, 200, u"400"_qs, u"11/04/2026"_qs, u"5"_qs, u"ACH"_qs, u"Rent Payment"_qs),
                 line(20, 200, u"60"_qs, u"11/04/2026"_qs, u"6"_qs, u"ACH"_qs, u"Other"_qs),
-                line(30, 300, u"333.33"_qs) }); // 7.125%: -23.7498
+                line(30, 300, u"333.33"_qs), // 7.125%: -23.7498
+                line(10, 100, u"50"_qs) }); // 8%: -4
         QVERIFY(UpdateLedgers::run(
             *site.state, rows, choices(PostingChoices::DefaultRemark, true, false)));
         QCOMPARE(site.prompter.texts(), QStringList { ProductTexts::ledgersUpdated });
@@ -146,10 +161,12 @@ private slots:
                 u"6100 200 -25 2026-11-04 Null Management Fee E U N 2 20 200 200"_qs,
                 u"4000 200 60 2026-11-04 6 Rent received I B N 2 20 200 200"_qs,
                 u"4000 300 333.33 2026-11-02 1001 Rent received I B N 3 30 300 300"_qs,
-                u"6100 300 -23.7498 2026-11-02 Null Management Fee E U N 3 30 300 300"_qs }));
+                u"6100 300 -23.7498 2026-11-02 Null Management Fee E U N 3 30 300 300"_qs,
+                u"4000 100 50 2026-11-02 1001 Rent received I B N 1 10 100 100"_qs,
+                u"6100 100 -4 2026-11-02 Null Management Fee E U N 1 10 100 100"_qs }));
         // Payments raise what their code names ("B" both, "T" the tenant);
         // fees lower the unit only.
-        const QString after = u"100 1000 920, 101 30 0, 200 460 435, 300 333.33 309.5802"_qs;
+        const QString after = u"100 1050 966, 101 30 0, 200 460 435, 300 333.33 309.5802"_qs;
         QCOMPARE(balances(site), after);
 
         // With code "U" a payment changes no balance.
