@@ -262,7 +262,7 @@ bool DistributionRun::finish(ProgramState &state, qint64 runId, const QList<Paym
         DistributionRecord record(state.store());
         HostDb::Transaction tx(db);
         HostWriteLog written;
-        written.keepSlim(Journal::readsRowsFromHost(db, state.store()));
+        written.keepSlim(Journal::readsRowsFromHost(db, state.store()) ? &db : nullptr);
         written.keepKeysOnly(true);
         int posted = 0;
         {

@@ -148,12 +148,22 @@ QString HostWriteLog::jsonFieldsSql(const QString &table, Change change, const Q
 QVariantMap HostWriteLog::fieldsFromJson(
     const QString &table, Change change, const QJsonDocument &json)
 {
+    if (json.isObject())
+        return fieldsFromJson(table, change, QJsonValue(json.object()));
+    if (json.isArray())
+        return fieldsFromJson(table, change, QJsonValue(json.array()));
+    return {};
+}
+
+QVariantMap HostWriteLog::fieldsFromJson(
+    const QString &table, Change change, const QJsonValue &json)
+{
     QVariantMap fields;
     if (json.isObject()) {
-        fields = json.object().toVariantMap();
+        fields = json.toObject().toVariantMap();
     } else if (json.isArray()) {
         const QStringList names = hostFields(table, change);
-        const QJsonArray values = json.array();
+        const QJsonArray values = json.toArray();
         for (qsizetype i = 0; i < names.size() && i < values.size(); ++i)
             fields.insert(names.at(i), values.at(i).toVariant());
     }
@@ -171,7 +181,7 @@ void HostWriteLog::removing(const HostDb &db, const QString &table, const QList<
         return;
     if (m_keysOnly) {
         for (const qint64 handle : handles)
-            addSlim(Change::Removed, table, handle, {}, {}, {});
+            pack(Change::Removed, table, handle, {});
         return;
     }
     // Slim rows exist only on the SQLite host; the table lives in the
@@ -232,6 +242,128 @@ void HostWriteLog::addSlim(Change change, const QString &table, const QVariant &
     m_slim.push_back(slim);
 }
 
+namespace {
+
+// A value as JSON, as the engine's json_array() writes a host value.
+void appendJson(QByteArray &out, const QVariant &value)
+{
+    if (value.isNull()) {
+        out += "null";
+        return;
+    }
+    switch (value.typeId()) {
+    case QMetaType::Int:
+    case QMetaType::LongLong:
+        out += QByteArray::number(value.toLongLong());
+        return;
+    case QMetaType::Double: {
+        const double d = value.toDouble();
+        out += std::isfinite(d) ? QByteArray::number(d, 'g', 17) : QByteArray("null");
+        return;
+    }
+    default:
+        break;
+    }
+    out += '"';
+    for (const char c : value.toString().toUtf8()) {
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += c;
+        } else if (static_cast<unsigned char>(c) < 0x20) {
+            out += "\\u00";
+            out += QByteArray::number(static_cast<unsigned char>(c), 16).rightJustified(2, '0');
+        } else {
+            out += c;
+        }
+    }
+    out += '"';
+}
+
+} // namespace
+
+QByteArray HostWriteLog::identity(
+    const KeyedRows &rows, const KeyedRows::Change &change, int index)
+{
+    QByteArray json("[");
+    for (const QString &field : hostFields(rows.table(), Change::Balance)) {
+        if (json.size() > 1)
+            json += ',';
+        if (field == rows.keyField()) {
+            appendJson(json, change.row.key);
+            continue;
+        }
+        const qsizetype at = rows.fields().indexOf(field);
+        if (at < 0 || at == index)
+            return {}; // not read with the balance
+        appendJson(json, change.row.values.value(at));
+    }
+    return json + ']';
+}
+
+const QString HostWriteLog::MovedBlocksTable = u"temp.remitra_row_blocks"_qs;
+
+void HostWriteLog::pack(Change change, const QString &table, qint64 handle,
+    const QByteArray &fields, const QString &field, const QByteArray &before,
+    const QByteArray &after)
+{
+    if (!m_blocks.empty() && m_blocks.back().count >= blockRows && m_host) {
+        // A full block leaves memory.
+        if (!m_movedBlocks) {
+            m_host->execText(u"CREATE TEMP TABLE IF NOT EXISTS remitra_row_blocks ("
+                             "position INTEGER PRIMARY KEY, count INTEGER NOT NULL, "
+                             "rows TEXT NOT NULL)"_qs,
+                "keeping the posted rows for the journal");
+            m_host->execText(u"DELETE FROM "_qs + MovedBlocksTable,
+                "keeping the posted rows for the journal");
+            m_movedBlocks = true;
+        }
+        const Block &full = m_blocks.back();
+        QSqlQuery move = m_host->prepare(u"INSERT INTO "_qs + MovedBlocksTable
+            + u" (position, count, rows) VALUES (:position, :count, :rows)"_qs);
+        move.bindValue(u":position"_qs, full.position);
+        move.bindValue(u":count"_qs, full.count);
+        move.bindValue(u":rows"_qs, QString(u'[' + QString::fromUtf8(full.rows) + u']'));
+        HostDb::exec(move, "keeping the posted rows for the journal");
+        m_blocks.pop_back();
+    }
+    if (m_blocks.empty() || m_blocks.back().count >= blockRows)
+        m_blocks.push_back({ m_position + 1, 0, {} });
+    Block &block = m_blocks.back();
+    QByteArray &rows = block.rows;
+    if (block.count++)
+        rows += ',';
+    // Table, field and change names are plain identifiers and money text is
+    // digits, a sign and a point: nothing in them needs escaping.
+    const auto quotedOrNull = [&rows](const QByteArray &text) {
+        if (text.isNull()) {
+            rows += "null";
+        } else {
+            rows += '"';
+            rows += text;
+            rows += '"';
+        }
+    };
+    rows += '[';
+    rows += QByteArray::number(++m_position);
+    rows += ',';
+    rows += m_line ? QByteArray::number(m_line) : QByteArray("null");
+    rows += ',';
+    quotedOrNull(table.toLatin1());
+    rows += ',';
+    rows += QByteArray::number(handle);
+    rows += ',';
+    quotedOrNull(changeName(change).toLatin1());
+    rows += ',';
+    rows += fields.isEmpty() ? QByteArray("null") : fields;
+    rows += ',';
+    quotedOrNull(field.isEmpty() ? QByteArray() : field.toLatin1());
+    rows += ',';
+    quotedOrNull(before);
+    rows += ',';
+    quotedOrNull(after);
+    rows += ']';
+}
+
 void HostWriteLog::added(const QString &table, const QVariant &handle, const QVariantMap &fields)
 {
     m_entries.append(
@@ -248,6 +380,13 @@ void HostWriteLog::balance(const QString &table, const QVariant &handle,
 void HostWriteLog::balance(const KeyedRows &rows, const KeyedRows::Change &change, int index)
 {
     if (m_slimRows && !change.row.handle.isNull()) {
+        const QByteArray fields = identity(rows, change, index);
+        if (!fields.isEmpty()) {
+            pack(Change::Balance, rows.table(), change.row.handle.toLongLong(), fields,
+                rows.fields().at(index), change.before.toPlainText().toLatin1(),
+                change.after.toPlainText().toLatin1());
+            return;
+        }
         addSlim(Change::Balance, rows.table(), change.row.handle, rows.fields().at(index),
             change.before, change.after);
         return;

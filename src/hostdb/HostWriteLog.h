@@ -5,6 +5,7 @@
 
 class HostDb;
 class QJsonDocument;
+class QJsonValue;
 
 #include <QList>
 #include <QString>
@@ -12,6 +13,7 @@ class QJsonDocument;
 #include <QVariantMap>
 
 #include <deque>
+#include <vector>
 
 // The host rows a posting run wrote, in the order written, as the journal
 // keeps them: rows added (every field as written), balances changed (the
@@ -59,15 +61,41 @@ public:
     {
         Currency before, after;
     };
+    // Slim rows whose every value the log holds are kept packed instead: a
+    // balance whose row's identifying fields were read with it, and a row
+    // named by its handle alone (keepKeysOnly). Each is a JSON array of
+    // [position, line, table, handle, change, fields, field, before, after],
+    // a block of up to blockRows of them (`rows` without its brackets), in
+    // the order written; the journal stores a block as one entry. blocks()
+    // are those still in memory, after any that moved out (keepSlim).
+    struct Block
+    {
+        int position = 0; // of its first row
+        int count = 0;
+        QByteArray rows;
+    };
+    static inline int blockRows = 1024;
+    const std::vector<Block> &blocks() const { return m_blocks; }
     // The tables and balance fields a slim row can name.
     static const QStringList &slimTables();
     static const QStringList &slimFields();
 
-    // Keeps rows with handles slim (see Slim). Only where the journal can
-    // read them from the host in the posting's transaction (SQLite, with
-    // the store attached): a large posting then keeps a few bytes a row.
-    void keepSlim(bool on) { m_slimRows = on; }
+    // Keeps rows with handles slim (see Slim), given the host where the
+    // journal can read them from it in the posting's transaction (SQLite,
+    // with the store attached; nullptr elsewhere): a large posting then keeps
+    // a few bytes a row. Full blocks of packed rows move out of memory into
+    // a table of the host connection's own (temp.remitra_row_blocks), which
+    // goes with the posting's transaction, until the journal takes them.
+    void keepSlim(const HostDb *host)
+    {
+        m_host = host;
+        m_slimRows = host != nullptr;
+    }
     bool keepsSlim() const { return m_slimRows; }
+    // Whether blocks moved out of memory (see keepSlim).
+    bool movedBlocks() const { return m_movedBlocks; }
+    // The SQL of that table, for the journal.
+    static const QString MovedBlocksTable;
     // Slim rows added or removed are named by their handles alone, without
     // their fields (a posting that is never undone: the paid checks, whose
     // printed copies hold what the entered ones held).
@@ -82,7 +110,9 @@ public:
     template <typename MakeFields>
     void addedRow(const QString &table, const QVariant &handle, MakeFields &&fields)
     {
-        if (m_slimRows && !handle.isNull())
+        if (m_slimRows && !handle.isNull() && m_keysOnly)
+            pack(Change::Added, table, handle.toLongLong(), {});
+        else if (m_slimRows && !handle.isNull())
             addSlim(Change::Added, table, handle, {}, {}, {});
         else
             added(table, handle, fields());
@@ -107,7 +137,10 @@ public:
     const QList<Entry> &entries() const { return m_entries; }
     const std::deque<Slim> &slimEntries() const { return m_slim; }
     const std::deque<SlimBalance> &slimBalances() const { return m_slimBalances; }
-    bool isEmpty() const { return m_entries.isEmpty() && m_slim.empty(); }
+    bool isEmpty() const
+    {
+        return m_entries.isEmpty() && m_slim.empty() && m_blocks.empty() && !m_movedBlocks;
+    }
 
     // The fields the journal reads from the host for a slim row of the
     // table: every field written for an added row, the identifying fields
@@ -132,6 +165,7 @@ public:
     // the array of a slim row's values.
     static QVariantMap fieldsFromJson(
         const QString &table, Change change, const QJsonDocument &json);
+    static QVariantMap fieldsFromJson(const QString &table, Change change, const QJsonValue &json);
 
     // Fields as JSON text, the journal's form.
     static QString json(const QVariantMap &fields);
@@ -139,10 +173,18 @@ public:
 private:
     void addSlim(Change change, const QString &table, const QVariant &handle, const QString &field,
         Currency before, Currency after);
+    void pack(Change change, const QString &table, qint64 handle, const QByteArray &fields,
+        const QString &field = {}, const QByteArray &before = {}, const QByteArray &after = {});
+    // The JSON array of hostFields() of a balance's row, from what the
+    // posting read with the balance; empty when it did not read them all.
+    static QByteArray identity(const KeyedRows &rows, const KeyedRows::Change &change, int index);
 
     QList<Entry> m_entries;
     std::deque<Slim> m_slim;
     std::deque<SlimBalance> m_slimBalances;
+    std::vector<Block> m_blocks;
+    const HostDb *m_host = nullptr;
+    bool m_movedBlocks = false;
     bool m_slimRows = false;
     bool m_keysOnly = false;
     int m_line = 0;

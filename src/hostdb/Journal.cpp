@@ -7,6 +7,7 @@
 
 #include <QFileInfo>
 #include <QHash>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
@@ -161,6 +162,26 @@ qint64 Journal::addRun(const Entry &entry)
             HostDb::exec(row, "adding a posted row to the journal");
         }
         addSlimRows(id, *entry.rows);
+        if (entry.rows->movedBlocks()) {
+            // The store shares the host's connection wherever blocks move.
+            QSqlQuery moved = m_store.prepare(u"INSERT INTO "_qs
+                + m_store.table("journal_row_blocks")
+                + u" (run_id, position, count, rows) SELECT :run, position, count, rows FROM "_qs
+                + HostWriteLog::MovedBlocksTable + u" ORDER BY position"_qs);
+            moved.bindValue(u":run"_qs, id);
+            HostDb::exec(moved, "adding the posted rows to the journal");
+            m_store.host().execText(u"DELETE FROM "_qs + HostWriteLog::MovedBlocksTable,
+                "adding the posted rows to the journal");
+        }
+        QSqlQuery block = m_store.prepare(u"INSERT INTO "_qs + m_store.table("journal_row_blocks")
+            + u" (run_id, position, count, rows) VALUES (:run, :position, :count, :rows)"_qs);
+        for (const HostWriteLog::Block &b : entry.rows->blocks()) {
+            block.bindValue(u":run"_qs, id);
+            block.bindValue(u":position"_qs, b.position);
+            block.bindValue(u":count"_qs, b.count);
+            block.bindValue(u":rows"_qs, QString(u'[' + QString::fromUtf8(b.rows) + u']'));
+            HostDb::exec(block, "adding the posted rows to the journal");
+        }
     }
     return id;
 }
@@ -519,20 +540,65 @@ void Journal::forEachRow(qint64 runId, const std::function<bool(const Row &)> &v
         + m_store.table("journal_rows") + u" WHERE run_id = :run ORDER BY position"_qs);
     q.bindValue(u":run"_qs, runId);
     HostDb::exec(q, "reading the journal");
-    while (q.next()) {
+    // Packed rows come a block at a time and are merged with the others by
+    // position: each kind is in position order, and blocks do not overlap.
+    QSqlQuery blocks = m_store.prepare(u"SELECT rows, count FROM "_qs
+        + m_store.table("journal_row_blocks") + u" WHERE run_id = :run ORDER BY position"_qs);
+    blocks.bindValue(u":run"_qs, runId);
+    HostDb::exec(blocks, "reading the journal");
+    QJsonArray packed;
+    qsizetype next = 0;
+    const auto nextPacked = [&]() -> bool {
+        while (next == packed.size()) {
+            if (!blocks.next())
+                return false;
+            QJsonParseError error;
+            const QJsonDocument json
+                = QJsonDocument::fromJson(blocks.value(0).toString().toUtf8(), &error);
+            packed = json.array();
+            next = 0;
+            // A block that does not read back whole is never taken as fewer rows.
+            if (error.error != QJsonParseError::NoError || packed.size() != blocks.value(1).toInt())
+                throw RuntimeError::database(u"reading the journal"_qs,
+                    u"a block of the rows of run "_qs + QString::number(runId)
+                        + u" cannot be read"_qs);
+        }
+        return true;
+    };
+    const auto text = [](const QJsonValue &v) { return v.isString() ? QVariant(v.toString()) : QVariant(); };
+    bool stored = q.next();
+    for (;;) {
+        const bool morePacked = nextPacked();
+        const QJsonArray p = morePacked ? packed.at(next).toArray() : QJsonArray();
         Row row;
-        row.position = q.value(0).toInt();
-        row.line = q.value(1).toInt();
-        row.table = q.value(2).toString();
-        row.handle = q.value(3);
-        row.change = HostWriteLog::changeOf(q.value(4).toString());
-        row.fields = HostWriteLog::fieldsFromJson(
-            row.table, row.change, QJsonDocument::fromJson(q.value(5).toString().toUtf8()));
-        row.field = q.value(6).toString();
-        row.before = q.value(7);
-        row.after = q.value(8);
+        if (stored && (!morePacked || q.value(0).toInt() < p.at(0).toInt())) {
+            row.position = q.value(0).toInt();
+            row.line = q.value(1).toInt();
+            row.table = q.value(2).toString();
+            row.handle = q.value(3);
+            row.change = HostWriteLog::changeOf(q.value(4).toString());
+            row.fields = HostWriteLog::fieldsFromJson(
+                row.table, row.change, QJsonDocument::fromJson(q.value(5).toString().toUtf8()));
+            row.field = q.value(6).toString();
+            row.before = q.value(7);
+            row.after = q.value(8);
+            stored = q.next();
+        } else if (morePacked) {
+            row.position = p.at(0).toInt();
+            row.line = p.at(1).toInt();
+            row.table = p.at(2).toString();
+            row.handle = p.at(3).toInteger();
+            row.change = HostWriteLog::changeOf(p.at(4).toString());
+            row.fields = HostWriteLog::fieldsFromJson(row.table, row.change, p.at(5));
+            row.field = p.at(6).toString();
+            row.before = text(p.at(7));
+            row.after = text(p.at(8));
+            ++next;
+        } else {
+            return;
+        }
         if (!visit(row))
-            break;
+            return;
     }
 }
 
@@ -557,8 +623,10 @@ qint64 Journal::lineCount(qint64 runId)
 
 qint64 Journal::rowCount(qint64 runId)
 {
-    QSqlQuery q = m_store.prepare(
-        u"SELECT count(*) FROM "_qs + m_store.table("journal_rows") + u" WHERE run_id = :run"_qs);
+    QSqlQuery q = m_store.prepare(u"SELECT (SELECT count(*) FROM "_qs
+        + m_store.table("journal_rows") + u" WHERE run_id = :run) + (SELECT coalesce(sum(count), 0) FROM "_qs
+        + m_store.table("journal_row_blocks") + u" WHERE run_id = :run2)"_qs);
+    q.bindValue(u":run2"_qs, runId);
     q.bindValue(u":run"_qs, runId);
     HostDb::exec(q, "reading the journal");
     return q.next() ? q.value(0).toLongLong() : 0;

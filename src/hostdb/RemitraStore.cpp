@@ -71,6 +71,11 @@ const char *const kTables[] = {
     "position INTEGER NOT NULL, line INTEGER, tbl TEXT NOT NULL, handle INTEGER, "
     "change TEXT NOT NULL, fields TEXT, field TEXT, before TEXT, after TEXT, "
     "PRIMARY KEY (run_id, position))",
+    // More of those rows, packed a block to an entry (HostWriteLog::Block):
+    // the rows of a block as a JSON array, from `position` on.
+    "CREATE TABLE IF NOT EXISTS %1journal_row_blocks (run_id INTEGER NOT NULL, "
+    "position INTEGER NOT NULL, count INTEGER NOT NULL, rows TEXT NOT NULL, "
+    "PRIMARY KEY (run_id, position))",
     // What the user was told and asked during a run, with the answer.
     "CREATE TABLE IF NOT EXISTS %1journal_messages (message_id INTEGER PRIMARY KEY, "
     "run_id INTEGER NOT NULL, at TEXT NOT NULL, title TEXT, text TEXT, answer TEXT)",
@@ -80,7 +85,7 @@ const char *const kTables[] = {
 // The journal is append-only: the store itself refuses to change or remove
 // what it holds.
 const char *const kJournalTables[] = { "journal_runs", "journal_results", "journal_files",
-    "journal_lines", "journal_rows", "journal_messages" };
+    "journal_lines", "journal_rows", "journal_row_blocks", "journal_messages" };
 constexpr auto kKeepTrigger = "CREATE TRIGGER IF NOT EXISTS %1%2_kept_%3 BEFORE %4 ON %2 "
                               "BEGIN SELECT RAISE(ABORT, 'the journal keeps what it holds'); END";
 

@@ -198,7 +198,7 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
 
     RentLedger ledger(db);
     HostWriteLog written;
-    written.keepSlim(Journal::readsRowsFromHost(db, state.store()));
+    written.keepSlim(Journal::readsRowsFromHost(db, state.store()) ? &db : nullptr);
     ledger.setLog(&written);
     PostPayments posting(state, ledger, toPost, choices);
     for (const RentPayment &row : toPost) {

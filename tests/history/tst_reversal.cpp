@@ -9,6 +9,7 @@
 #include "rent/ReversePosting.h"
 #include "rent/UpdateLedgers.h"
 
+#include <QScopeGuard>
 #include <QTest>
 
 using RentSupport::line;
@@ -64,13 +65,23 @@ private slots:
     void reversalLeavesTheHostAsBeforeAndTheFileCanBePostedAgain_data()
     {
         QTest::addColumn<bool>("ownConnection");
-        QTest::newRow("store attached") << false;
-        QTest::newRow("store on its own connection") << true;
+        QTest::addColumn<int>("blockRows"); // packed journal rows a block
+        QTest::newRow("store attached") << false << 1024;
+        QTest::newRow("store attached, two rows a block") << false << 2;
+        QTest::newRow("store on its own connection") << true << 1024;
     }
     void reversalLeavesTheHostAsBeforeAndTheFileCanBePostedAgain()
     {
         QFETCH(bool, ownConnection);
+        QFETCH(int, blockRows);
+        const auto restore = qScopeGuard(
+            [was = HostWriteLog::blockRows] { HostWriteLog::blockRows = was; });
+        HostWriteLog::blockRows = blockRows;
         Site s(ownConnection);
+        // Text the journal must quote.
+        s.site.db().execText(
+            u"UPDATE Units SET UAddress = 'Flat \"B\" \\ 2' || char(9) WHERE UTenantID = 100"_qs,
+            "test");
         const QStringList before = RentSupport::hostRows(s.site);
         QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), RentSupport::everything()));
         const QStringList posted = RentSupport::hostRows(s.site);
