@@ -183,16 +183,30 @@ std::optional<Currency> Currency::percentOf(const QString &ratePercent) const
 
 QString Currency::toPlainText() const
 {
-    std::int64_t a = m_raw < 0 ? -m_raw : m_raw;
-    QString text = QString::number(a / Scale);
-    std::int64_t frac = a % Scale;
+    // Written by hand: postings and the journal write this for every row.
+    const std::uint64_t a = m_raw < 0 ? 0 - std::uint64_t(m_raw) : std::uint64_t(m_raw);
+    char buffer[32];
+    char *end = buffer + sizeof buffer;
+    char *p = end;
+    std::uint64_t frac = a % Scale;
     if (frac != 0) {
-        QString f = QStringLiteral("%1").arg(frac, 4, 10, QChar(u'0'));
-        while (f.endsWith(u'0'))
-            f.chop(1);
-        text += u'.' + f;
+        int digits = 4;
+        while (frac % 10 == 0) {
+            frac /= 10;
+            --digits;
+        }
+        for (int i = 0; i < digits; ++i, frac /= 10)
+            *--p = char('0' + frac % 10);
+        *--p = '.';
     }
-    return m_raw < 0 ? u'-' + text : text;
+    std::uint64_t whole = a / Scale;
+    do {
+        *--p = char('0' + whole % 10);
+        whole /= 10;
+    } while (whole != 0);
+    if (m_raw < 0)
+        *--p = '-';
+    return QString::fromLatin1(p, end - p);
 }
 
 QString Currency::toDollars() const

@@ -343,20 +343,29 @@ void HostWriteLog::pack(Change change, const QString &table, qint64 handle,
             rows += '"';
         }
     };
+    const auto quotedName = [&rows](const QString &name) {
+        rows += '"';
+        for (const QChar c : name)
+            rows += char(c.unicode());
+        rows += '"';
+    };
     rows += '[';
     rows += QByteArray::number(++m_position);
     rows += ',';
     rows += m_line ? QByteArray::number(m_line) : QByteArray("null");
     rows += ',';
-    quotedOrNull(table.toLatin1());
+    quotedName(table);
     rows += ',';
     rows += QByteArray::number(handle);
     rows += ',';
-    quotedOrNull(changeName(change).toLatin1());
+    quotedName(changeName(change));
     rows += ',';
     rows += fields.isEmpty() ? QByteArray("null") : fields;
     rows += ',';
-    quotedOrNull(field.isEmpty() ? QByteArray() : field.toLatin1());
+    if (field.isEmpty())
+        rows += "null";
+    else
+        quotedName(field);
     rows += ',';
     quotedOrNull(before);
     rows += ',';

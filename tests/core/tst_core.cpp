@@ -26,7 +26,8 @@ private slots:
             { u"-35", u"-35" }, { u"0.00", u"0" }, { u"12.3456", u"12.3456" }, { u"1.00005", u"1" },
             { u"1.00015", u"1.0002" }, { u"-2.00025", u"-2.0002" }, { u"1.000050001", u"1.0001" },
             { u"$1,234.50", u"1234.5" }, { u"($12.50)", u"-12.5" }, { u"  7 ", u"7" },
-            { u".5", u"0.5" }, { u"", nullptr }, { u"abc", nullptr }, { u"12abc", nullptr },
+            { u".5", u"0.5" }, { u"0.0005", u"0.0005" }, { u"-0.05", u"-0.05" },
+            { u"100.0300", u"100.03" }, { u"", nullptr }, { u"abc", nullptr }, { u"12abc", nullptr },
             { u"1.2.3", nullptr }, { u"-", nullptr }, { u".", nullptr } };
         for (const auto &[input, plain] : rows)
             QTest::newRow(QString::fromUtf16(input).toUtf8().constData())
