@@ -22,18 +22,14 @@ QString keyOf(const RentPayment &row, const QString &iso)
 QHash<int, Earlier> find(ProgramState &state, const RentPayments &rows, const QString &fileSha256)
 {
     QHash<int, Earlier> found;
-    // A file holds few distinct dates: each is read once.
-    QHash<QString, QString> isoOf;
+    IsoDates isoOf;
     QList<QString> isoDates(qsizetype(rows.size()));
     QString first, last;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const RentPayment &row = rows[i];
         if (!row.amount)
             continue;
-        auto known = isoOf.constFind(row.date);
-        if (known == isoOf.cend())
-            known = isoOf.insert(row.date, row.isoDate());
-        const QString &iso = known.value();
+        const QString &iso = isoOf.of(row);
         if (iso.isEmpty())
             continue;
         isoDates[qsizetype(i)] = iso;

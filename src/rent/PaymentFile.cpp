@@ -161,14 +161,10 @@ Currency transactionTotal(const RentPayments &rows)
 
 void markPosted(RentLookup &lookup, RentPayments &rows)
 {
-    // A file holds few distinct dates: each is read as a date once.
-    QHash<QString, QString> isoDates;
+    IsoDates isoDates;
     for (RentPayment &row : rows) {
         row.postedNote.clear();
-        auto known = isoDates.constFind(row.date);
-        if (known == isoDates.cend())
-            known = isoDates.insert(row.date, row.isoDate());
-        const QString &iso = *known;
+        const QString &iso = isoDates.of(row);
         if (!row.amount || iso.isEmpty())
             continue;
         const auto posted = lookup.postedPayment(

@@ -154,7 +154,7 @@ bool PostPayments::postRow(const RentPayment &row)
     line.accountId = RentPayment::longValue(setting.accountId);
     line.postToId = RentPayment::longValue(tenantId);
     line.amount = amount;
-    line.date = row.isoDate();
+    line.date = m_isoDates.of(row);
     line.checkNumber = row.checkValue();
     line.remark = remark;
     line.type = u"I"_qs;

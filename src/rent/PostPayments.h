@@ -70,6 +70,7 @@ private:
     const PostingChoices &m_choices;
     AccountSetting m_rent;
     AccountSetting m_late;
+    IsoDates m_isoDates;
     bool m_failed = false;
     QString m_stopMessage;
     QHash<int, Missing> m_resume;

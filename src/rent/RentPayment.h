@@ -3,6 +3,7 @@
 #include "core/Currency.h"
 #include "core/VbText.h"
 
+#include <QHash>
 #include <QString>
 #include <QVariant>
 
@@ -84,3 +85,20 @@ struct RentPayment
 };
 
 using RentPayments = std::vector<RentPayment>;
+
+// Payment dates as ISO dates, each distinct date worked out once: a file
+// holds far fewer dates than payments.
+class IsoDates
+{
+public:
+    const QString &of(const RentPayment &row)
+    {
+        auto known = m_known.constFind(row.date);
+        if (known == m_known.cend())
+            known = m_known.insert(row.date, row.isoDate());
+        return known.value();
+    }
+
+private:
+    QHash<QString, QString> m_known;
+};

@@ -62,11 +62,12 @@ QString firstUnreadable(
         ledger.emplace(state.db());
         ledger->readAhead({}, PostPayments::feeOwnerIds(rows));
     }
+    IsoDates isoDates;
     for (const RentPayment &row : rows) {
         if (!row.amount)
             return u"The amount "_qs + quoted(row.amountText) + u" on "_qs + lineText(row)
                 + u" cannot be read."_qs;
-        if (row.isoDate().isEmpty())
+        if (isoDates.of(row).isEmpty())
             return u"The date "_qs + quoted(row.date) + u" on "_qs + lineText(row)
                 + u" cannot be read."_qs;
         if (!fees || !row.isRent())
@@ -111,13 +112,13 @@ Journal::File postedFile(ProgramState &state, const QString &fileSha256)
     return file;
 }
 
-Journal::Line journalLine(const RentPayment &row, const QString &outcome)
+Journal::Line journalLine(const RentPayment &row, const QString &outcome, IsoDates &isoDates)
 {
     Journal::Line line;
     line.line = row.line;
     line.tenantId = RentPayment::longValue(row.tenantId());
     line.amount = row.amount.value_or(Currency()).abs().toPlainText();
-    line.date = row.isoDate();
+    line.date = isoDates.of(row);
     line.checkNumber = row.checkValue().toString();
     line.transType = row.transType.trimmed();
     line.text = row.tenantName + u", "_qs + row.address;
@@ -243,23 +244,24 @@ bool run(ProgramState &state, const RentPayments &rows, const PostingChoices &ch
         entry.rows = &written;
         qint64 count = 0;
         Currency total;
+        IsoDates isoDates;
         for (const RentPayment &row : rows) {
             Journal::Line line;
             if (const auto it = duplicates.earlier.constFind(row.line);
                 it != duplicates.earlier.cend()) {
-                line = journalLine(row, u"left out"_qs);
+                line = journalLine(row, u"left out"_qs, isoDates);
                 line.text += u" (the same as line "_qs + QString::number(it->line) + u" of run "_qs
                     + QString::number(it->runId) + u')';
             } else if (const auto it = posted.constFind(row.line); it != posted.cend()) {
                 const bool whole = it.value() == PostPayments::Missing::Nothing;
-                line = journalLine(row, whole ? u"posted"_qs : u"part posted"_qs);
+                line = journalLine(row, whole ? u"posted"_qs : u"part posted"_qs, isoDates);
                 line.missing = RentPostingRecord::missingText(it.value());
                 ++count;
                 total += row.amount.value_or(Currency()).abs();
             } else if (deposited.contains(row.line)) {
-                line = journalLine(row, u"deposited"_qs);
+                line = journalLine(row, u"deposited"_qs, isoDates);
             } else if (toPostLines.contains(row.line)) {
-                line = journalLine(row, u"not posted"_qs);
+                line = journalLine(row, u"not posted"_qs, isoDates);
             } else {
                 continue; // posted by an earlier run, nothing done now
             }
