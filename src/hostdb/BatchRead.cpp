@@ -3,6 +3,10 @@
 #include "core/RuntimeError.h"
 #include "hostdb/HostDb.h"
 
+#include <QDate>
+#include <QDateTime>
+#include <QTime>
+
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -112,9 +116,28 @@ EngineStatement prepareOnEngine(
     return statement;
 }
 
+bool isNullValue(const QVariant &value)
+{
+    // As the driver tells a Null: a null text, date or time is one too.
+    switch (value.typeId()) {
+    case QMetaType::QString:
+        return static_cast<const QString *>(value.constData())->isNull();
+    case QMetaType::QByteArray:
+        return static_cast<const QByteArray *>(value.constData())->isNull();
+    case QMetaType::QDate:
+        return static_cast<const QDate *>(value.constData())->isNull();
+    case QMetaType::QTime:
+        return static_cast<const QTime *>(value.constData())->isNull();
+    case QMetaType::QDateTime:
+        return static_cast<const QDateTime *>(value.constData())->isNull();
+    default:
+        return value.isNull();
+    }
+}
+
 int bindOnEngine(sqlite3_stmt *statement, int position, const QVariant &value)
 {
-    if (value.isNull())
+    if (isNullValue(value))
         return sqlite3_bind_null(statement, position);
     switch (value.typeId()) {
     case QMetaType::Int:

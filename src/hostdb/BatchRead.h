@@ -69,9 +69,11 @@ using EngineStatement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt *)>;
 // A statement kept for many steps is prepared as such (`persistent`).
 EngineStatement prepareOnEngine(
     sqlite3 *handle, const QString &sql, const char *operation, bool persistent = false);
-// Binds a value as the Qt driver would: Null, a whole number, a double, or
-// text.
+// Binds a value as the Qt driver would: Null (isNullValue), a whole
+// number, a double, or text.
 int bindOnEngine(sqlite3_stmt *statement, int position, const QVariant &value);
+// Whether the driver binds the value as Null.
+bool isNullValue(const QVariant &value);
 
 // The error to raise when a call of the engine's own interface failed with
 // rc: the busy error for a lock, else the database error with the engine's

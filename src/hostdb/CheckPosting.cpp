@@ -4,6 +4,7 @@
 #include "hostdb/BatchRead.h"
 #include "hostdb/EngineSql.h"
 
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -48,9 +49,9 @@ Currency money(const QVariant &v)
     return Currency::fromVariant(v).value_or(Currency());
 }
 
-QVariant handleOf(const HostDb &db, const QSqlQuery &insert)
+QVariant handleOf(const HostDb &db, const QVariant &reported)
 {
-    return db.sql().handleColumns() > 0 ? insert.lastInsertId() : QVariant();
+    return db.sql().handleColumns() > 0 ? reported : QVariant();
 }
 
 QVariantMap splitFields(const CheckPosting::Split &split)
@@ -71,8 +72,8 @@ const HostDb &checked(const HostDb &db)
 
 CheckPosting::CheckPosting(const HostDb &db)
     : m_host(checked(db))
-    , m_addPrinted(db.prepare(kAddPrinted))
-    , m_addSplit(db.prepare(kAddSplit))
+    , m_addPrinted(db, kAddPrinted)
+    , m_addSplit(db, kAddSplit)
     , m_ledger(db)
     , m_splits(db, u"SplitChecks"_qs, u"CkNumber"_qs, kSplitFields)
     , m_deleteSplits(db.prepare(deleteSplitsSql(db.sql())))
@@ -81,16 +82,17 @@ CheckPosting::CheckPosting(const HostDb &db)
 
 qint64 CheckPosting::addPrintedCheck(const PaymentRow &check)
 {
-    m_addPrinted.bindValue(u":payee"_qs, nullable(check.CkPayee));
-    m_addPrinted.bindValue(u":vendor"_qs, check.CkVendorID);
-    m_addPrinted.bindValue(u":amount"_qs, check.CkAmount.toDatabaseValue());
-    m_addPrinted.bindValue(u":date"_qs, check.CkDate);
-    m_addPrinted.bindValue(u":invoice"_qs, nullable(check.CkInvoice));
-    m_addPrinted.bindValue(u":remark"_qs, nullable(check.CkRemark));
-    HostDb::exec(m_addPrinted, "adding a printed check");
-    const qint64 id = m_host.newCounter(m_addPrinted);
+    // In the order of the statement's parameters.
+    const QVariant values[] = { nullable(check.CkPayee), check.CkVendorID,
+        check.CkAmount.toDatabaseValue(), check.CkDate, nullable(check.CkInvoice),
+        nullable(check.CkRemark) };
+    for (int i = 0; i < int(std::size(values)); ++i)
+        m_addPrinted.bind(i, values[i]);
+    m_addPrinted.exec("adding a printed check");
+    const QVariant reported = m_addPrinted.lastInsertId();
+    const qint64 id = m_host.newCounter(reported);
     if (m_log) {
-        m_log->addedRow(u"CheckDepPrinted"_qs, handleOf(m_host, m_addPrinted), [&] {
+        m_log->addedRow(u"CheckDepPrinted"_qs, handleOf(m_host, reported), [&] {
             return QVariantMap { { u"CkID"_qs, id }, { u"CkPayee"_qs, nullable(check.CkPayee) },
                 { u"CkVendorID"_qs, check.CkVendorID },
                 { u"CkAmount"_qs, check.CkAmount.toPlainText() }, { u"CkDate"_qs, check.CkDate },
@@ -136,17 +138,14 @@ QList<CheckPosting::Split> CheckPosting::splitsOf(qint64 ckId)
 
 void CheckPosting::addPrintedSplit(qint64 printedCkId, const Split &split)
 {
-    m_addSplit.bindValue(u":ck"_qs, printedCkId);
-    m_addSplit.bindValue(u":amount"_qs, (-money(split.amount).abs()).toDatabaseValue());
-    m_addSplit.bindValue(u":account"_qs, split.accountId);
-    m_addSplit.bindValue(u":postToId"_qs, split.postToId);
-    m_addSplit.bindValue(u":remark"_qs, split.remark);
-    m_addSplit.bindValue(u":status"_qs, split.status);
-    m_addSplit.bindValue(u":type"_qs, split.type);
-    m_addSplit.bindValue(u":postTo"_qs, split.postTo);
-    HostDb::exec(m_addSplit, "adding a printed split line");
+    // In the order of the statement's parameters.
+    const QVariant values[] = { printedCkId, (-money(split.amount).abs()).toDatabaseValue(),
+        split.accountId, split.postToId, split.remark, split.status, split.type, split.postTo };
+    for (int i = 0; i < int(std::size(values)); ++i)
+        m_addSplit.bind(i, values[i]);
+    m_addSplit.exec("adding a printed split line");
     if (m_log) {
-        m_log->addedRow(u"SplitPrintedChecks"_qs, handleOf(m_host, m_addSplit), [&] {
+        m_log->addedRow(u"SplitPrintedChecks"_qs, handleOf(m_host, m_addSplit.lastInsertId()), [&] {
             return QVariantMap { { u"CkNumber"_qs, printedCkId },
                 { u"CkAmount"_qs, (-money(split.amount).abs()).toPlainText() },
                 { u"CkAccountID"_qs, split.accountId }, { u"CkPostToID"_qs, split.postToId },

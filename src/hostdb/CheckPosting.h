@@ -2,6 +2,7 @@
 
 #include "core/Currency.h"
 #include "hostdb/HostDb.h"
+#include "hostdb/HostStatement.h"
 #include "hostdb/HostWriteLog.h"
 #include "hostdb/KeyedRows.h"
 #include "hostdb/LedgerWriter.h"
@@ -93,7 +94,7 @@ public:
 
 private:
     const HostDb &m_host;
-    QSqlQuery m_addPrinted, m_addSplit;
+    HostStatement m_addPrinted, m_addSplit;
     LedgerWriter m_ledger;
     QList<qint64> m_enteredPaid; // marked at flush()
     KeyedRows m_splits;

@@ -281,7 +281,11 @@ void HostDb::verifySchema() const
 
 qint64 HostDb::newCounter(QSqlQuery &insert) const
 {
-    const QVariant reported = insert.lastInsertId();
+    return newCounter(insert.lastInsertId());
+}
+
+qint64 HostDb::newCounter(const QVariant &reported) const
+{
     if (reported.isValid())
         return reported.toLongLong();
     const QString statement = sql().lastCounter();

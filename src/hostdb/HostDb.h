@@ -76,6 +76,8 @@ public:
 
     // The counter (CkID) that the insert just run gave its row.
     qint64 newCounter(QSqlQuery &insert) const;
+    // The same, from the id the insert reported (invalid: none).
+    qint64 newCounter(const QVariant &reported) const;
 
     // A prepared statement (forward-only); throws on a syntax error.
     QSqlQuery prepare(const QString &sql) const;

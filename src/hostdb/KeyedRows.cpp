@@ -129,6 +129,24 @@ void KeyedRows::remember(const Row &changed, int index, const QVariant &value)
 int KeyedRows::set(const Row &row, int index, const QVariant &value)
 {
     const bool byHandle = row.handle.isValid();
+    if (byHandle) {
+        // The posting's balance writes: one statement per field, by handle.
+        auto it = m_handleSetters.find(index);
+        if (it == m_handleSetters.end()) {
+            it = m_handleSetters
+                     .try_emplace(index, m_db,
+                         m_engine.setRowSql(m_table, m_key, m_fields, m_fields.at(index), {}))
+                     .first;
+        }
+        HostStatement &q = it->second;
+        q.bind(0, value); // :value, then :row
+        q.bind(1, row.handle);
+        q.exec("changing a record");
+        const int changed = q.changes();
+        if (changed > 0)
+            remember(row, index, value);
+        return changed;
+    }
     QList<bool> nulls;
     QString pattern = QString::number(index) + u':';
     if (!byHandle) {

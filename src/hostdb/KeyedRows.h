@@ -2,6 +2,7 @@
 
 #include "core/Currency.h"
 #include "hostdb/BatchRead.h"
+#include "hostdb/HostStatement.h"
 
 #include <QHash>
 #include <QList>
@@ -10,6 +11,7 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <map>
 #include <optional>
 
 class EngineSql;
@@ -99,6 +101,7 @@ private:
     QStringList m_fields;
     QSqlQuery m_rows;
     QHash<QString, QSqlQuery> m_setters; // by field index and Null pattern
+    std::map<int, HostStatement> m_handleSetters; // by field index
     bool isRead(const QVariant &key) const;
 
     bool m_readAll = false;

@@ -6,6 +6,8 @@
 
 #include <QDate>
 
+#include <iterator>
+
 namespace {
 
 const QString kInsertTransactionSql
@@ -28,7 +30,7 @@ QVariant dateValue(const QVariant &date)
 
 LedgerWriter::LedgerWriter(const HostDb &db)
     : m_db(db)
-    , m_insertTransaction(db.prepare(kInsertTransactionSql))
+    , m_insertTransaction(db, kInsertTransactionSql)
 {
 }
 
@@ -36,21 +38,14 @@ LedgerWriter::~LedgerWriter() = default;
 
 void LedgerWriter::addTransaction(const Line &line)
 {
-    QSqlQuery &q = m_insertTransaction;
-    q.bindValue(u":account"_qs, line.accountId);
-    q.bindValue(u":postTo"_qs, line.postToId);
-    q.bindValue(u":amount"_qs, line.amount.toDatabaseValue());
-    q.bindValue(u":date"_qs, dateValue(line.date));
-    q.bindValue(u":check"_qs, line.checkNumber);
-    q.bindValue(u":remark"_qs, line.remark);
-    q.bindValue(u":type"_qs, line.type);
-    q.bindValue(u":status"_qs, line.status);
-    q.bindValue(u":tax"_qs, line.tax);
-    q.bindValue(u":oid"_qs, line.ownerId);
-    q.bindValue(u":pid"_qs, line.propertyId);
-    q.bindValue(u":uid"_qs, line.unitId);
-    q.bindValue(u":tid"_qs, line.tenantId);
-    HostDb::exec(q, "adding a ledger transaction");
+    // In the order of the statement's parameters.
+    HostStatement &q = m_insertTransaction;
+    const QVariant values[] = { line.accountId, line.postToId, line.amount.toDatabaseValue(),
+        dateValue(line.date), line.checkNumber, line.remark, line.type, line.status, line.tax,
+        line.ownerId, line.propertyId, line.unitId, line.tenantId };
+    for (int i = 0; i < int(std::size(values)); ++i)
+        q.bind(i, values[i]);
+    q.exec("adding a ledger transaction");
     if (!m_log)
         return;
     const QVariant handle = m_db.sql().handleColumns() > 0 ? q.lastInsertId() : QVariant();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Currency.h"
+#include "hostdb/HostStatement.h"
 #include "hostdb/KeyedRows.h"
 
 #include <QList>
@@ -55,7 +56,7 @@ private:
     KeyedRows &rows(Balance which);
 
     const HostDb &m_db;
-    QSqlQuery m_insertTransaction;
+    HostStatement m_insertTransaction;
     // Made when first used: a posting that changes no owner needs no
     // owner's balance field.
     std::unique_ptr<KeyedRows> m_balances[4];

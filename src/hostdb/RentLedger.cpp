@@ -6,6 +6,8 @@
 
 #include <QDate>
 
+#include <iterator>
+
 namespace {
 const QString kOwnerFeeSql = u"SELECT OMgmtFee FROM Owners WHERE OwnerID = :id"_qs;
 const QString kInsertDepositSql
@@ -47,7 +49,7 @@ void RentLedger::prepareDeposit()
         return;
     m_db.require(HostFeature::Deposit);
     m_insertDeposit = m_db.prepare(kInsertDepositSql);
-    m_insertSplit = m_db.prepare(kInsertSplitSql);
+    m_insertSplit.emplace(m_db, kInsertSplitSql);
     m_setDepositAmount = m_db.prepare(kSetDepositAmountSql);
     m_depositReady = true;
 }
@@ -149,17 +151,17 @@ qint64 RentLedger::addDeposit(const Deposit &deposit)
 void RentLedger::addSplit(const Split &split)
 {
     prepareDeposit();
-    QSqlQuery &q = m_insertSplit;
-    q.bindValue(u":deposit"_qs, split.depositId);
-    q.bindValue(u":check"_qs, split.checkNumber);
-    q.bindValue(u":amount"_qs, split.amount.toDatabaseValue());
-    q.bindValue(u":account"_qs, split.accountId);
-    q.bindValue(u":postTo"_qs, split.postToId);
-    q.bindValue(u":remark"_qs, split.remark);
-    q.bindValue(u":code"_qs, split.postTo);
-    HostDb::exec(q, "adding a deposit split");
+    // In the order of the statement's parameters.
+    HostStatement &q = *m_insertSplit;
+    const QVariant values[] = { split.depositId, split.checkNumber,
+        split.amount.toDatabaseValue(), split.accountId, split.postToId, split.remark,
+        split.postTo };
+    for (int i = 0; i < int(std::size(values)); ++i)
+        q.bind(i, values[i]);
+    q.exec("adding a deposit split");
     if (m_log) {
-        m_log->addedRow(u"SplitPrintedChecks"_qs, insertedHandle(q), [&] {
+        const QVariant handle = m_db.sql().handleColumns() > 0 ? q.lastInsertId() : QVariant();
+        m_log->addedRow(u"SplitPrintedChecks"_qs, handle, [&] {
             return QVariantMap { { u"CkNumber"_qs, split.depositId },
                 { u"CkCheckNumber"_qs, split.checkNumber },
                 { u"CkAmount"_qs, split.amount.toPlainText() },

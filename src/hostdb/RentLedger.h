@@ -2,6 +2,7 @@
 
 #include "core/Currency.h"
 #include "hostdb/HostDb.h"
+#include "hostdb/HostStatement.h"
 #include "hostdb/HostWriteLog.h"
 #include "hostdb/LedgerWriter.h"
 
@@ -94,6 +95,6 @@ private:
     HostWriteLog *m_log = nullptr;
     bool m_depositReady = false;
     QSqlQuery m_insertDeposit;
-    QSqlQuery m_insertSplit;
+    std::optional<HostStatement> m_insertSplit;
     QSqlQuery m_setDepositAmount;
 };

@@ -8,10 +8,12 @@
 #include "hostdb/DisburseList.h"
 #include "hostdb/EngineSql.h"
 #include "hostdb/EnrolmentQueries.h"
+#include "hostdb/HostStatement.h"
 #include "hostdb/KeyedRows.h"
 #include "hostdb/PortfolioQueries.h"
 #include "hostdb/TenantListing.h"
 
+#include <QDate>
 #include <QSqlQuery>
 #include <QTest>
 
@@ -119,6 +121,39 @@ private slots:
             3265);
         QVERIFY(script->calls.isEmpty());
         QVERIFY(site.fileBytes(site.state->files.disbursementUpload).isNull());
+    }
+
+    void statementsBindAsTheDriverDoes_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::newRow("null text") << QVariant(QString());
+        QTest::newRow("empty text") << QVariant(u""_qs);
+        QTest::newRow("text") << QVariant(u"Flat \"B\""_qs);
+        QTest::newRow("null date") << QVariant(QDate());
+        QTest::newRow("date") << QVariant(QDate(2026, 11, 2));
+        QTest::newRow("whole number") << QVariant(qint64(-7));
+        QTest::newRow("money") << QVariant(1234.5678);
+        QTest::newRow("null") << QVariant();
+    }
+
+    // A posting's writes go through the engine's own interface: what they
+    // store must be what the driver would have stored.
+    void statementsBindAsTheDriverDoes()
+    {
+        QFETCH(QVariant, value);
+        TestSite site;
+        site.db().execText(u"CREATE TEMP TABLE bound (via TEXT, v)"_qs, "test");
+        HostStatement engine(site.db(), u"INSERT INTO bound VALUES ('engine', :v)"_qs);
+        engine.bind(0, value);
+        engine.exec("test");
+        QSqlQuery driver = site.db().prepare(u"INSERT INTO bound VALUES ('driver', :v)"_qs);
+        driver.bindValue(0, value);
+        HostDb::exec(driver, "test");
+        const auto stored = [&](const QString &via) {
+            return site.scalar(
+                u"SELECT typeof(v) || ':' || quote(v) FROM bound WHERE via = '"_qs + via + u"'"_qs);
+        };
+        QCOMPARE(stored(u"engine"_qs), stored(u"driver"_qs));
     }
 
     void keyedRows_data()
