@@ -1,6 +1,7 @@
 #include "hostdb/HostWriteLog.h"
 
 #include "core/VbText.h"
+#include "hostdb/BatchRead.h"
 #include "hostdb/HostDb.h"
 
 #include <QDate>
@@ -10,7 +11,9 @@
 #include <QJsonObject>
 #include <QSet>
 
+#include <charconv>
 #include <cmath>
+#include <cstdio>
 
 namespace {
 
@@ -244,42 +247,100 @@ void HostWriteLog::addSlim(Change change, const QString &table, const QVariant &
 
 namespace {
 
-// A value as JSON, as the engine's json_array() writes a host value.
+// A value as JSON, as the engine's json_array() writes the host value the
+// driver binds for it. Written straight into the block: the posting writes
+// this for every field of every row.
 void appendJson(QByteArray &out, const QVariant &value)
 {
-    if (value.isNull()) {
+    if (BatchRead::isNullValue(value)) {
         out += "null";
         return;
     }
+    char digits[32];
     switch (value.typeId()) {
     case QMetaType::Int:
     case QMetaType::LongLong:
-        out += QByteArray::number(value.toLongLong());
+    case QMetaType::Bool: {
+        const auto [end, ec] = std::to_chars(digits, digits + sizeof digits, value.toLongLong());
+        out.append(digits, end - digits);
         return;
+    }
     case QMetaType::Double: {
         const double d = value.toDouble();
         out += std::isfinite(d) ? QByteArray::number(d, 'g', 17) : QByteArray("null");
         return;
     }
+    case QMetaType::QDate: {
+        // Bound as its ISO text.
+        const QDate date = value.toDate();
+        if (date.year() >= 1 && date.year() <= 9999) {
+            const int n = std::snprintf(digits, sizeof digits, "\"%04d-%02d-%02d\"",
+                date.year(), date.month(), date.day());
+            out.append(digits, n);
+            return;
+        }
+        break;
+    }
     default:
         break;
     }
+    const QString text = value.toString();
+    const qsizetype opened = out.size();
     out += '"';
-    for (const char c : value.toString().toUtf8()) {
-        if (c == '"' || c == '\\') {
+    for (const QChar c : text) {
+        const char16_t u = c.unicode();
+        if (u == u'"' || u == u'\\') {
             out += '\\';
-            out += c;
-        } else if (static_cast<unsigned char>(c) < 0x20) {
-            out += "\\u00";
-            out += QByteArray::number(static_cast<unsigned char>(c), 16).rightJustified(2, '0');
+            out += char(u);
+        } else if (u < 0x20) {
+            std::snprintf(digits, sizeof digits, "\\u%04x", unsigned(u));
+            out += digits;
+        } else if (u < 0x80) {
+            out += char(u);
         } else {
-            out += c;
+            // Anything beyond ASCII: the whole text as UTF-8, escaped alike.
+            out.truncate(opened + 1);
+            for (const char b : text.toUtf8()) {
+                if (b == '"' || b == '\\') {
+                    out += '\\';
+                    out += b;
+                } else if (static_cast<unsigned char>(b) < 0x20) {
+                    std::snprintf(digits, sizeof digits, "\\u%04x", unsigned(b));
+                    out += digits;
+                } else {
+                    out += b;
+                }
+            }
+            break;
         }
     }
     out += '"';
 }
 
 } // namespace
+
+QByteArray HostWriteLog::jsonArray(const QVariantList &values)
+{
+    QByteArray json;
+    json.reserve(160);
+    json += '[';
+    for (qsizetype i = 0; i < values.size(); ++i) {
+        if (i)
+            json += ',';
+        appendJson(json, values.at(i));
+    }
+    return json + ']';
+}
+
+QVariantMap HostWriteLog::named(const QString &table, const QVariantList &values)
+{
+    const QStringList names = hostFields(table, Change::Added);
+    Q_ASSERT(names.size() == values.size());
+    QVariantMap fields;
+    for (qsizetype i = 0; i < names.size() && i < values.size(); ++i)
+        fields.insert(names.at(i), values.at(i));
+    return fields;
+}
 
 QByteArray HostWriteLog::identity(
     const KeyedRows &rows, const KeyedRows::Change &change, int index)

@@ -117,6 +117,19 @@ public:
         else
             added(table, handle, fields());
     }
+    // A row whose fields stay as written (nothing amends them later): kept
+    // packed where rows are slim, from the values given, so the journal need
+    // not read it back. `values` makes the values of hostFields(table,
+    // Added), in that order, as they were bound.
+    template <typename MakeValues>
+    void addedAsWritten(const QString &table, const QVariant &handle, MakeValues &&values)
+    {
+        if (m_slimRows && !handle.isNull())
+            pack(Change::Added, table, handle.toLongLong(),
+                m_keysOnly ? QByteArray() : jsonArray(values()));
+        else
+            added(table, handle, named(table, values()));
+    }
     void balance(const QString &table, const QVariant &handle, const QVariantMap &keyFields,
         const QString &field, Currency before, Currency after);
     // A balance changed through KeyedRows::addToFirst (field `index`).
@@ -178,6 +191,11 @@ private:
     // The JSON array of hostFields() of a balance's row, from what the
     // posting read with the balance; empty when it did not read them all.
     static QByteArray identity(const KeyedRows &rows, const KeyedRows::Change &change, int index);
+    // Values as a JSON array, as the engine's json_array() writes the host
+    // values they were bound as.
+    static QByteArray jsonArray(const QVariantList &values);
+    // The values of hostFields(table, Added) by name.
+    static QVariantMap named(const QString &table, const QVariantList &values);
 
     QList<Entry> m_entries;
     std::deque<Slim> m_slim;

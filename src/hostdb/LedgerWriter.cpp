@@ -49,15 +49,11 @@ void LedgerWriter::addTransaction(const Line &line)
     if (!m_log)
         return;
     const QVariant handle = m_db.sql().handleColumns() > 0 ? q.lastInsertId() : QVariant();
-    m_log->addedRow(u"Transactions"_qs, handle, [&] {
-        return QVariantMap { { u"TransAccountID"_qs, line.accountId },
-            { u"TransPostToID"_qs, line.postToId },
-            { u"TransAmount"_qs, line.amount.toPlainText() }, { u"TransDate"_qs, line.date },
-            { u"TransCheckNumber"_qs, line.checkNumber }, { u"TransRemark"_qs, line.remark },
-            { u"TransType"_qs, line.type }, { u"TransStatus"_qs, line.status },
-            { u"TransTax"_qs, line.tax }, { u"TransOID"_qs, line.ownerId },
-            { u"TransPID"_qs, line.propertyId }, { u"TransUID"_qs, line.unitId },
-            { u"TransTID"_qs, line.tenantId } };
+    // The values bound, the amount as the journal keeps money.
+    m_log->addedAsWritten(u"Transactions"_qs, handle, [&] {
+        QVariantList kept(std::begin(values), std::end(values));
+        kept[2] = line.amount.toPlainText();
+        return kept;
     });
 }
 

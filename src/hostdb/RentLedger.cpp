@@ -161,13 +161,11 @@ void RentLedger::addSplit(const Split &split)
     q.exec("adding a deposit split");
     if (m_log) {
         const QVariant handle = m_db.sql().handleColumns() > 0 ? q.lastInsertId() : QVariant();
-        m_log->addedRow(u"SplitPrintedChecks"_qs, handle, [&] {
-            return QVariantMap { { u"CkNumber"_qs, split.depositId },
-                { u"CkCheckNumber"_qs, split.checkNumber },
-                { u"CkAmount"_qs, split.amount.toPlainText() },
-                { u"CkAccountID"_qs, split.accountId }, { u"CkPostToID"_qs, split.postToId },
-                { u"CkRemark"_qs, split.remark }, { u"CkStatus"_qs, u"P"_qs },
-                { u"CkType"_qs, u"D"_qs }, { u"CkPostTo"_qs, split.postTo } };
+        // The values bound and the statement's own, in the order of
+        // HostWriteLog::hostFields, the amount as the journal keeps money.
+        m_log->addedAsWritten(u"SplitPrintedChecks"_qs, handle, [&] {
+            return QVariantList { split.depositId, split.checkNumber, split.amount.toPlainText(),
+                split.accountId, split.postToId, split.remark, u"P"_qs, u"D"_qs, split.postTo };
         });
     }
 }

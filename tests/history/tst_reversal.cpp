@@ -10,6 +10,7 @@
 #include "rent/UpdateLedgers.h"
 
 #include <QScopeGuard>
+#include <QSqlQuery>
 #include <QTest>
 
 using RentSupport::line;
@@ -79,9 +80,11 @@ private slots:
         HostWriteLog::blockRows = blockRows;
         Site s(ownConnection);
         // Text the journal must quote.
-        s.site.db().execText(
-            u"UPDATE Units SET UAddress = 'Flat \"B\" \\ 2' || char(9) WHERE UTenantID = 100"_qs,
-            "test");
+        const QString address = u"Flat \"B\" \\ 2 Rue Lépine\t"_qs;
+        QSqlQuery unit = s.site.db().prepare(
+            u"UPDATE Units SET UAddress = :address WHERE UTenantID = 100"_qs);
+        unit.bindValue(u":address"_qs, address);
+        HostDb::exec(unit, "test");
         const QStringList before = RentSupport::hostRows(s.site);
         QVERIFY(RentSupport::post(s.site, RentSupport::load(s.site), RentSupport::everything()));
         const QStringList posted = RentSupport::hostRows(s.site);
@@ -89,6 +92,13 @@ private slots:
         // No earlier posting of these payments: the product's one message.
         QCOMPARE(s.site.prompter.texts(), { ProductTexts::ledgersUpdated });
         const qint64 run = s.lastRun();
+        QStringList addresses;
+        s.journal().forEachRow(run, [&](const Journal::Row &row) {
+            if (row.table == u"Units"_qs)
+                addresses << row.fields.value(u"UAddress"_qs).toString();
+            return true;
+        });
+        QVERIFY(addresses.contains(address));
 
         // Declining the confirmation changes nothing.
         QVERIFY(!s.reverse(run, Prompter::Answer::No));
