@@ -148,9 +148,10 @@ int bindOnEngine(sqlite3_stmt *statement, int position, const QVariant &value)
     case QMetaType::Double:
         return sqlite3_bind_double(statement, position, value.toDouble());
     default: {
-        const QString text = value.toString();
-        return sqlite3_bind_text16(statement, position, text.utf16(),
-            int(text.size() * sizeof(char16_t)), SQLITE_TRANSIENT);
+        // As UTF-8, the host's own encoding: the engine copies it as it is.
+        const QByteArray text = value.toString().toUtf8();
+        return sqlite3_bind_text(
+            statement, position, text.constData(), int(text.size()), SQLITE_TRANSIENT);
     }
     }
 }

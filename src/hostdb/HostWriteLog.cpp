@@ -410,14 +410,22 @@ void HostWriteLog::pack(Change change, const QString &table, qint64 handle,
             rows += char(c.unicode());
         rows += '"';
     };
+    const auto number = [&rows](qint64 n) {
+        char digits[24];
+        const auto [end, ec] = std::to_chars(digits, digits + sizeof digits, n);
+        rows.append(digits, end - digits);
+    };
     rows += '[';
-    rows += QByteArray::number(++m_position);
+    number(++m_position);
     rows += ',';
-    rows += m_line ? QByteArray::number(m_line) : QByteArray("null");
+    if (m_line)
+        number(m_line);
+    else
+        rows += "null";
     rows += ',';
     quotedName(table);
     rows += ',';
-    rows += QByteArray::number(handle);
+    number(handle);
     rows += ',';
     quotedName(changeName(change));
     rows += ',';

@@ -128,7 +128,7 @@ private slots:
         QTest::addColumn<QVariant>("value");
         QTest::newRow("null text") << QVariant(QString());
         QTest::newRow("empty text") << QVariant(u""_qs);
-        QTest::newRow("text") << QVariant(u"Flat \"B\""_qs);
+        QTest::newRow("text") << QVariant(u"Flat \"B\", Rue Lépine"_qs);
         QTest::newRow("null date") << QVariant(QDate());
         QTest::newRow("date") << QVariant(QDate(2026, 11, 2));
         QTest::newRow("whole number") << QVariant(qint64(-7));
