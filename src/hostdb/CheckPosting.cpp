@@ -49,11 +49,6 @@ Currency money(const QVariant &v)
     return Currency::fromVariant(v).value_or(Currency());
 }
 
-QVariant handleOf(const HostDb &db, const QVariant &reported)
-{
-    return db.sql().handleColumns() > 0 ? reported : QVariant();
-}
-
 QVariantMap splitFields(const CheckPosting::Split &split)
 {
     QVariantMap fields { { u"CkNumber"_qs, split.row.key } };
@@ -89,10 +84,9 @@ qint64 CheckPosting::addPrintedCheck(const PaymentRow &check)
     for (int i = 0; i < int(std::size(values)); ++i)
         m_addPrinted.bind(i, values[i]);
     m_addPrinted.exec("adding a printed check");
-    const QVariant reported = m_addPrinted.lastInsertId();
-    const qint64 id = m_host.newCounter(reported);
+    const qint64 id = m_host.newCounter(m_addPrinted.lastInsertId());
     if (m_log) {
-        m_log->addedRow(u"CheckDepPrinted"_qs, handleOf(m_host, reported), [&] {
+        m_log->addedRow(u"CheckDepPrinted"_qs, m_addPrinted.insertedHandle(), [&] {
             return QVariantMap { { u"CkID"_qs, id }, { u"CkPayee"_qs, nullable(check.CkPayee) },
                 { u"CkVendorID"_qs, check.CkVendorID },
                 { u"CkAmount"_qs, check.CkAmount.toPlainText() }, { u"CkDate"_qs, check.CkDate },
@@ -145,7 +139,7 @@ void CheckPosting::addPrintedSplit(qint64 printedCkId, const Split &split)
         m_addSplit.bind(i, values[i]);
     m_addSplit.exec("adding a printed split line");
     if (m_log) {
-        m_log->addedRow(u"SplitPrintedChecks"_qs, handleOf(m_host, m_addSplit.lastInsertId()), [&] {
+        m_log->addedRow(u"SplitPrintedChecks"_qs, m_addSplit.insertedHandle(), [&] {
             return QVariantMap { { u"CkNumber"_qs, printedCkId },
                 { u"CkAmount"_qs, (-money(split.amount).abs()).toPlainText() },
                 { u"CkAccountID"_qs, split.accountId }, { u"CkPostToID"_qs, split.postToId },

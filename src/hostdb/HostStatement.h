@@ -28,6 +28,9 @@ public:
     // The new row's rowid after an insert; invalid where the engine gives
     // none (HostDb::newCounter finds it then).
     QVariant lastInsertId() const;
+    // The handle of the row an insert added, as the journal names rows: the
+    // rowid on SQLite, null where the engine has no handles.
+    QVariant insertedHandle() const { return m_handle ? lastInsertId() : QVariant(); }
     // Rows the last run changed.
     int changes() const;
     // The driver's query, where the statement runs through the driver.

@@ -284,34 +284,16 @@ void appendJson(QByteArray &out, const QVariant &value)
     default:
         break;
     }
-    const QString text = value.toString();
-    const qsizetype opened = out.size();
     out += '"';
-    for (const QChar c : text) {
-        const char16_t u = c.unicode();
-        if (u == u'"' || u == u'\\') {
+    for (const char b : value.toString().toUtf8()) {
+        if (b == '"' || b == '\\') {
             out += '\\';
-            out += char(u);
-        } else if (u < 0x20) {
-            std::snprintf(digits, sizeof digits, "\\u%04x", unsigned(u));
+            out += b;
+        } else if (static_cast<unsigned char>(b) < 0x20) {
+            std::snprintf(digits, sizeof digits, "\\u%04x", unsigned(b));
             out += digits;
-        } else if (u < 0x80) {
-            out += char(u);
         } else {
-            // Anything beyond ASCII: the whole text as UTF-8, escaped alike.
-            out.truncate(opened + 1);
-            for (const char b : text.toUtf8()) {
-                if (b == '"' || b == '\\') {
-                    out += '\\';
-                    out += b;
-                } else if (static_cast<unsigned char>(b) < 0x20) {
-                    std::snprintf(digits, sizeof digits, "\\u%04x", unsigned(b));
-                    out += digits;
-                } else {
-                    out += b;
-                }
-            }
-            break;
+            out += b;
         }
     }
     out += '"';
@@ -383,7 +365,7 @@ void HostWriteLog::pack(Change change, const QString &table, qint64 handle,
             + u" (position, count, rows) VALUES (:position, :count, :rows)"_qs);
         move.bindValue(u":position"_qs, full.position);
         move.bindValue(u":count"_qs, full.count);
-        move.bindValue(u":rows"_qs, QString(u'[' + QString::fromUtf8(full.rows) + u']'));
+        move.bindValue(u":rows"_qs, full.json());
         HostDb::exec(move, "keeping the posted rows for the journal");
         m_blocks.pop_back();
     }

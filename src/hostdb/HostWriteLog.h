@@ -73,6 +73,8 @@ public:
         int position = 0; // of its first row
         int count = 0;
         QByteArray rows;
+        // The rows as the journal stores them: one JSON array.
+        QString json() const { return u'[' + QString::fromUtf8(rows) + u']'; }
     };
     static inline int blockRows = 1024;
     const std::vector<Block> &blocks() const { return m_blocks; }

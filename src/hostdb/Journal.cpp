@@ -179,7 +179,7 @@ qint64 Journal::addRun(const Entry &entry)
             block.bindValue(u":run"_qs, id);
             block.bindValue(u":position"_qs, b.position);
             block.bindValue(u":count"_qs, b.count);
-            block.bindValue(u":rows"_qs, QString(u'[' + QString::fromUtf8(b.rows) + u']'));
+            block.bindValue(u":rows"_qs, b.json());
             HostDb::exec(block, "adding the posted rows to the journal");
         }
     }

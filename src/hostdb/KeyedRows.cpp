@@ -128,8 +128,7 @@ void KeyedRows::remember(const Row &changed, int index, const QVariant &value)
 
 int KeyedRows::set(const Row &row, int index, const QVariant &value)
 {
-    const bool byHandle = row.handle.isValid();
-    if (byHandle) {
+    if (row.handle.isValid()) {
         // The posting's balance writes: one statement per field, by handle.
         auto it = m_handleSetters.find(index);
         if (it == m_handleSetters.end()) {
@@ -147,13 +146,13 @@ int KeyedRows::set(const Row &row, int index, const QVariant &value)
             remember(row, index, value);
         return changed;
     }
+    // Without handles: the row where its key and every field read still
+    // hold the values read, a statement per field and pattern of Nulls.
     QList<bool> nulls;
     QString pattern = QString::number(index) + u':';
-    if (!byHandle) {
-        for (const QVariant &v : row.values) {
-            nulls.append(v.isNull());
-            pattern += v.isNull() ? u'0' : u'1';
-        }
+    for (const QVariant &v : row.values) {
+        nulls.append(v.isNull());
+        pattern += v.isNull() ? u'0' : u'1';
     }
     auto it = m_setters.find(pattern);
     if (it == m_setters.end()) {
@@ -162,14 +161,10 @@ int KeyedRows::set(const Row &row, int index, const QVariant &value)
     }
     QSqlQuery &q = it.value();
     q.bindValue(u":value"_qs, value);
-    if (byHandle) {
-        q.bindValue(u":row"_qs, row.handle);
-    } else {
-        q.bindValue(u":key"_qs, row.key);
-        for (qsizetype i = 0; i < row.values.size(); ++i) {
-            if (!row.values[i].isNull())
-                q.bindValue(u":v"_qs + QString::number(i), row.values[i]);
-        }
+    q.bindValue(u":key"_qs, row.key);
+    for (qsizetype i = 0; i < row.values.size(); ++i) {
+        if (!row.values[i].isNull())
+            q.bindValue(u":v"_qs + QString::number(i), row.values[i]);
     }
     HostDb::exec(q, "changing a record");
     const int changed = q.numRowsAffected();

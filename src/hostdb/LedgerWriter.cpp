@@ -48,7 +48,7 @@ void LedgerWriter::addTransaction(const Line &line)
     q.exec("adding a ledger transaction");
     if (!m_log)
         return;
-    const QVariant handle = m_db.sql().handleColumns() > 0 ? q.lastInsertId() : QVariant();
+    const QVariant handle = q.insertedHandle();
     // The values bound, the amount as the journal keeps money.
     m_log->addedAsWritten(u"Transactions"_qs, handle, [&] {
         QVariantList kept(std::begin(values), std::end(values));

@@ -160,7 +160,7 @@ void RentLedger::addSplit(const Split &split)
         q.bind(i, values[i]);
     q.exec("adding a deposit split");
     if (m_log) {
-        const QVariant handle = m_db.sql().handleColumns() > 0 ? q.lastInsertId() : QVariant();
+        const QVariant handle = q.insertedHandle();
         // The values bound and the statement's own, in the order of
         // HostWriteLog::hostFields, the amount as the journal keeps money.
         m_log->addedAsWritten(u"SplitPrintedChecks"_qs, handle, [&] {
